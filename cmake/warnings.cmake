@@ -1,0 +1,18 @@
+# Every target of the project links this one: its warnings, and what the presets switch on.
+add_library(tkv_options INTERFACE)
+target_compile_options(tkv_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wimplicit-fallthrough -Werror)
+
+# The page's arithmetic must give the same numbers on every processor: no fused multiply-add.
+target_compile_options(tkv_options INTERFACE -ffp-contract=off)
+
+if(TKV_SANITIZE)
+  target_compile_options(tkv_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(tkv_options INTERFACE -fsanitize=address,undefined)
+endif()
+if(TKV_COVERAGE)
+  target_compile_options(tkv_options INTERFACE --coverage)
+  target_link_options(tkv_options INTERFACE --coverage)
+endif()

@@ -1,0 +1,37 @@
+# Sourced by the scripts beside it: installs Debian packages that are missing.
+
+build_packages=(
+    cmake g++ ninja-build pkg-config
+    libcairo2-dev libexif-dev libfmt-dev libgdk-pixbuf-2.0-dev libgif-dev libglib2.0-dev
+    libicu-dev libjpeg62-turbo-dev liblcms2-dev libopenjp2-7-dev libpango1.0-dev
+    fonts-dejavu-core
+)
+
+# What the tests need besides: their framework, the checkers, other people's programs that open
+# what the tool wrote, and fonts for the scripts that DejaVu lacks.
+test_packages=(
+    clang-format clang-tidy libgtest-dev
+    imagemagick libimage-exiftool-perl libopenjp2-tools
+    fonts-noto-color-emoji fonts-vlgothic
+)
+
+# Installs those of the named packages that are missing.
+install_packages() {
+    local missing=() package as_root=()
+    for package in "$@"; do
+        [ "$(dpkg-query -W -f='${Status}' "$package" 2>/dev/null)" = "install ok installed" ] ||
+            missing+=("$package")
+    done
+    [ ${#missing[@]} -gt 0 ] || return 0
+    echo "Installing: ${missing[*]}"
+    if [ "$(id -u)" -ne 0 ]; then
+        command -v sudo >/dev/null || {
+            echo "These packages are missing, and there is neither root nor sudo to install them." >&2
+            return 1
+        }
+        as_root=(sudo)
+    fi
+    "${as_root[@]}" apt-get update -q
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive \
+        apt-get install -q -y --no-install-recommends "${missing[@]}"
+}

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <vector>
+
+#include "platform/bitmap.h"
+#include "platform/picture_file.h"
+
+// The picture formats, one source file each. A decoder takes a whole file in memory and gives an
+// upright sRGB bitmap, or none when the bytes are not a picture that it can show; `needed` and the
+// nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
+// its library fails; each file states the bitmap's resolution (72 dots per inch when as many
+// drawing units as pixels) where its format can hold one. None of them throws.
+
+namespace tkv {
+
+using Bytes = std::vector<std::uint8_t>;
+using ByteView = std::span<const std::uint8_t>;
+
+bool isJpeg(ByteView file);
+/// Decodes at the smallest of the eighths of the full size that `needed` allows.
+std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
+/// `factor`: compression factor in (0, 1], written at quality round(100 * factor), with full
+/// colour resolution from 0.95 on; none means quality 75. Alpha is dropped: what is transparent
+/// turns black.
+std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor);
+
+bool isJpeg2000(ByteView file);
+/// A boxed file or a bare codestream, at the smallest power-of-two reduction that `needed` allows.
+std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
+/// Lossless, boxed (JP2); with an alpha channel only when some pixel is not opaque.
+std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap);
+
+/// Any format that the system's GdkPixbuf loads; the first picture of an animation.
+std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
+/// With alpha.
+std::optional<Bytes> encodePng(const Bitmap& bitmap);
+/// With alpha.
+std::optional<Bytes> encodeTiff(const Bitmap& bitmap);
+/// 24 bits a pixel; what is transparent turns black.
+std::optional<Bytes> encodeBmp(const Bitmap& bitmap);
+
+/// At most 256 colours; pixels below half opacity share one transparent index.
+std::optional<Bytes> encodeGif(const Bitmap& bitmap);
+
+/// The largest pictures that are decoded: pixels a side as stored, and pixels after reduction.
+inline constexpr int kLargestSide = 32768;
+inline constexpr std::int64_t kMostPixels = 512'000'000;
+
+/// Whether a picture of this size, decoded at `reduced`, is within those limits.
+constexpr bool canHold(PixelSize full, PixelSize reduced) {
+    return full.width >= 1 && full.height >= 1 && full.width <= kLargestSide &&
+           full.height <= kLargestSide &&
+           std::int64_t{reduced.width} * reduced.height <= kMostPixels;
+}
+
+}  // namespace tkv

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+// Values as the diagnostic lines print them, in the notation of OpenStep property lists.
+
+namespace tkv {
+
+/// The text, or "nil" when there is none.
+std::string describe(const std::optional<std::string>& text);
+
+/// A list, one item a line between parentheses:
+///     (
+///         word,
+///         "two words"
+///     )
+/// An item that is not made of ASCII letters and digits alone stands in double quotes, what is
+/// not ASCII in it as \Uxxxx escapes of its UTF-16 units.
+std::string describe(const std::vector<std::string>& list);
+
+/// No list prints as an empty one.
+std::string describe(const std::optional<std::vector<std::string>>& list);
+
+/// Named values between braces, in the order given:
+///     {
+///         name = value;
+///     }
+std::string describe(const std::vector<std::pair<std::string, std::string>>& dictionary);
+
+}  // namespace tkv

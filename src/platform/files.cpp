@@ -1,0 +1,174 @@
+#include "platform/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+#include <string_view>
+#include <utility>
+
+namespace tkv {
+
+namespace {
+
+constexpr std::int64_t kLargestFile = std::int64_t{1} << 31;
+
+class Descriptor {
+  public:
+    explicit Descriptor(int number) : number_(number) {}
+    ~Descriptor() { close(); }
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+
+    int number() const { return number_; }
+    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
+
+  private:
+    int number_;
+};
+
+// Repeats `transfer(done)` until `size` bytes are done, the end of the file or an error; answers
+// how many are done.
+template <typename Transfer>
+std::size_t transferAll(std::size_t size, Transfer transfer) {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = transfer(done);
+        if (count < 0 && errno == EINTR) continue;
+        if (count <= 0) break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
+}
+
+// Copies up to `size` bytes from where the one file stands to where the other does; answers as
+// read and write do.
+ssize_t copyRange(int from, int to, std::size_t size) {
+#ifdef __linux__
+    // The kernel copies within itself, or lets both files share the blocks.
+    const ssize_t copied = copy_file_range(from, nullptr, to, nullptr, size, 0);
+    if (copied >= 0 || (errno != EXDEV && errno != EINVAL && errno != ENOSYS)) return copied;
+#endif
+    std::array<std::uint8_t, 65536> buffer;
+    const ssize_t got = read(from, buffer.data(), std::min(size, buffer.size()));
+    if (got <= 0) return got;
+    return static_cast<ssize_t>(transferAll(static_cast<std::size_t>(got), [&](std::size_t done) {
+        return write(to, buffer.data() + done, static_cast<std::size_t>(got) - done);
+    }));
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// The significant digits of the number at `position`, which moves behind it.
+std::string_view digitsAt(std::string_view text, std::size_t& position) {
+    while (position < text.size() && text[position] == '0')
+        ++position;
+    const std::size_t start = position;
+    while (position < text.size() && isDigit(text[position]))
+        ++position;
+    return text.substr(start, position - start);
+}
+
+// Names that differ in leading zeros alone ("7", "007") are told apart by their bytes.
+bool naturallyBefore(std::string_view a, std::string_view b) {
+    std::size_t i = 0;
+    std::size_t j = 0;
+    while (i < a.size() && j < b.size()) {
+        if (isDigit(a[i]) && isDigit(b[j])) {
+            const std::string_view first = digitsAt(a, i);
+            const std::string_view second = digitsAt(b, j);
+            if (first.size() != second.size()) return first.size() < second.size();
+            if (first != second) return first < second;
+        } else if (a[i] != b[j]) {
+            return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
+        } else {
+            ++i;
+            ++j;
+        }
+    }
+    if (i < a.size() || j < b.size()) return j < b.size();
+    return a < b;
+}
+
+}  // namespace
+
+std::optional<FileStamp> fileStamp(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+#ifdef __APPLE__
+    const timespec& modified = status.st_mtimespec;
+#else
+    const timespec& modified = status.st_mtim;
+#endif
+    return FileStamp{static_cast<std::uint64_t>(status.st_dev),
+                     static_cast<std::uint64_t>(status.st_ino), std::int64_t{status.st_size},
+                     std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec};
+}
+
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path) {
+    // Without O_NONBLOCK the opening of a FIFO would wait for somebody to write to it.
+    const Descriptor file(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat status {};
+    if (file.number() < 0 || fstat(file.number(), &status) != 0) return std::nullopt;
+    if (!S_ISREG(status.st_mode) || status.st_size > kLargestFile) return std::nullopt;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
+    const std::size_t got = transferAll(bytes.size(), [&](std::size_t done) {
+        return read(file.number(), bytes.data() + done, bytes.size() - done);
+    });
+    if (got < bytes.size()) return std::nullopt;
+    return bytes;
+}
+
+bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    if (file.number() < 0) return false;
+    const std::size_t written = transferAll(bytes.size(), [&](std::size_t done) {
+        return write(file.number(), bytes.data() + done, bytes.size() - done);
+    });
+    // A full disk or quota may show only here.
+    return file.close() && written == bytes.size();
+}
+
+bool copyFile(const std::string& from, const std::string& to) {
+    const Descriptor source(open(from.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    struct stat sourceStatus {};
+    if (source.number() < 0 || fstat(source.number(), &sourceStatus) != 0 ||
+        !S_ISREG(sourceStatus.st_mode)) {
+        return false;
+    }
+    // Truncating comes after the look at what was opened: the two names may be links to one file.
+    Descriptor target(open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    struct stat targetStatus {};
+    if (target.number() < 0 || fstat(target.number(), &targetStatus) != 0 ||
+        (sourceStatus.st_dev == targetStatus.st_dev &&
+         sourceStatus.st_ino == targetStatus.st_ino) ||
+        ftruncate(target.number(), 0) != 0) {
+        return false;
+    }
+    const auto size = static_cast<std::size_t>(sourceStatus.st_size);
+    const std::size_t copied = transferAll(size, [&](std::size_t done) {
+        return copyRange(source.number(), target.number(), size - done);
+    });
+    return target.close() && copied == size;
+}
+
+std::optional<std::vector<std::string>> folderNames(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(path, error), end; !error && entry != end;
+         entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    if (error) return std::nullopt;
+    std::sort(names.begin(), names.end(), naturallyBefore);
+    return names;
+}
+
+}  // namespace tkv

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+// Files as the disk has them. Paths are taken as they stand: tilde already expanded, links
+// followed.
+
+namespace tkv {
+
+/// Tells one state of a file from another: it changes when the file is written anew or replaced.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t bytes = 0;
+    std::int64_t modifiedNs = 0;
+    bool operator==(const FileStamp&) const = default;
+    auto operator<=>(const FileStamp&) const = default;
+};
+
+/// None when nothing is at `path`.
+std::optional<FileStamp> fileStamp(const std::string& path);
+
+/// The whole of a regular file; none when it cannot be read, is no regular file or is larger than
+/// 2 GiB.
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path);
+
+/// Creates or truncates the file and writes `bytes`; false when some could not be written.
+bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
+
+/// Makes `to` a copy of the regular file `from`, created or truncated first; false when that was
+/// not possible, or both names lead to one file, which is then left as it is.
+bool copyFile(const std::string& from, const std::string& to);
+
+/// The names in a folder, hidden ones included, "." and ".." not, in natural order: by bytes, but
+/// runs of digits compared as numbers, so that 9 stands before 10. None when it cannot be listed.
+std::optional<std::vector<std::string>> folderNames(const std::string& path);
+
+}  // namespace tkv

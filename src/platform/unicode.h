@@ -1,0 +1,30 @@
+#pragma once
+
+#include <ctime>
+#include <string>
+#include <string_view>
+
+namespace tkv {
+
+/// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD.
+std::string validUtf8(std::string_view text);
+
+/// Number of Unicode characters in a valid UTF-8 text.
+std::size_t characterCount(std::string_view text);
+
+/// The first `count` characters of a valid UTF-8 text.
+std::string_view firstCharacters(std::string_view text, std::size_t count);
+
+/// Upper case by Unicode's full rules in the user's language: "straße" gives "STRASSE".
+/// The text may be any bytes; the answer is valid UTF-8.
+std::string upperCased(std::string_view text);
+
+/// The first letter of each word upper case, the others lower case, by Unicode's word boundaries
+/// in the user's language: "l'été" gives "L'été". Valid UTF-8.
+std::string capitalized(std::string_view text);
+
+/// The local date of `time` in the long style of the user's date language, such as
+/// "21 novembre 2026".
+std::string longDate(std::time_t time);
+
+}  // namespace tkv

@@ -1,0 +1,17 @@
+#pragma once
+
+namespace tkv {
+
+/// The process-wide verbose flag, zero until the front end sets it: while it is not zero, routines
+/// write their diagnostic lines.
+int isVerbose();
+
+/// Keeps the low byte of `value`, as a signed number.
+void setVerbose(int value);
+
+/// The gate before the most detailed diagnostics, with their level (1 or 2): closed at every level.
+constexpr bool debugAlertsEnabled(int /*level*/) {
+    return false;
+}
+
+}  // namespace tkv

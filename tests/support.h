@@ -1,0 +1,79 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "platform/bitmap.h"
+
+// What the tests share: a folder of their own, the standard error stream as text, small pictures,
+// and other people's programs.
+
+namespace tkv::test {
+
+/// An empty folder that goes, with all it holds, at the end of the scope.
+class TempFolder {
+  public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    const std::string& path() const { return path_; }
+    /// The path of `name` below the folder; nothing is made.
+    std::string file(const std::string& name) const { return path_ + "/" + name; }
+    /// Makes a file below the folder, its parent folders too, and answers its path.
+    std::string write(const std::string& name, const std::string& content) const;
+
+  private:
+    std::string path_;
+};
+
+/// Sets an environment variable for the scope.
+class ScopedVariable {
+  public:
+    ScopedVariable(std::string name, const std::string& value);
+    ~ScopedVariable();
+    ScopedVariable(const ScopedVariable&) = delete;
+    ScopedVariable& operator=(const ScopedVariable&) = delete;
+
+  private:
+    std::string name_;
+    std::string before_;
+    bool wasSet_;
+};
+
+std::string readText(const std::string& path);
+
+/// The names in a folder in natural order; none when it cannot be listed.
+std::vector<std::string> namesIn(const std::string& folder);
+
+/// What `action` wrote to the standard error stream, log prefixes cut off.
+std::string errorsOf(const std::function<void()>& action);
+
+/// The same with the verbose flag set for the action.
+std::string verboseErrorsOf(const std::function<void()>& action);
+
+struct Rgba {
+    int red, green, blue, alpha;
+    bool operator==(const Rgba&) const = default;
+};
+void PrintTo(const Rgba& color, std::ostream* out);
+
+/// One pixel, not premultiplied; row 0 is the top.
+Rgba pixel(const Bitmap& bitmap, int x, int y);
+
+/// Whether no channel differs by more than `tolerance`.
+bool near(const Rgba& a, const Rgba& b, int tolerance);
+
+/// A bitmap whose pixels `paint(x, y)` answers (row 0 the top).
+Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
+
+/// Runs a program found on the path, its two output streams together as text.
+struct Outcome {
+    int status;
+    std::string output;
+};
+Outcome run(const std::vector<std::string>& words);
+
+}  // namespace tkv::test
