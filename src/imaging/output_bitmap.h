@@ -1,0 +1,23 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/bitmap.h"
+
+namespace tkv {
+
+/// The largest side of a picture that is written; the drawing library goes no further.
+inline constexpr int kLargestOutputSide = 32767;
+
+/// A transparent bitmap for a picture to be written, rows 32 bytes a pixel apart: that is eight
+/// times what the pixels need (the bits a pixel taken for bytes), which callers rely on.
+/// None when a side is below 1 or too large to draw or hold.
+inline std::optional<Bitmap> newOutputBitmap(PixelSize size) {
+    constexpr std::size_t kRowBytesPerPixel = 32;
+    if (size.width < 1 || size.width > kLargestOutputSide || size.height > kLargestOutputSide) {
+        return std::nullopt;
+    }
+    return Bitmap::create(size, kRowBytesPerPixel * static_cast<std::size_t>(size.width));
+}
+
+}  // namespace tkv

@@ -1,0 +1,110 @@
+#include "imaging/rescale.h"
+
+#include <algorithm>
+#include <cmath>
+#include <string_view>
+
+#include "imaging/export.h"
+#include "imaging/rescale_modes.h"
+#include "platform/drawing.h"
+#include "platform/log.h"
+#include "platform/paths.h"
+#include "platform/picture_file.h"
+#include "platform/verbose.h"
+#include "utils/existence.h"
+
+namespace tkv {
+
+namespace {
+
+constexpr int kLowestMode = -2;
+constexpr std::array<RescaleMode, 5> kModes{imgRescaleCover, imgRescaleFit, imgRescaleStretch,
+                                            imgRescaleFitPad, imgRescaleFillCrop};
+
+/// None for a number that names no mode.
+RescaleMode modeRoutine(int modeInt) {
+    if (modeInt < kLowestMode || modeInt >= kLowestMode + static_cast<int>(kModes.size())) {
+        return nullptr;
+    }
+    return kModes[static_cast<std::size_t>(modeInt - kLowestMode)];
+}
+
+bool keepsAlpha(const std::string& path) {
+    constexpr std::array<std::string_view, 4> kWithAlpha{"tif", "tiff", "gif", "png"};
+    return std::ranges::find(kWithAlpha, asciiLowered(pathExtension(path))) != kWithAlpha.end();
+}
+
+/// The size at which a picture covers the box; no mode shows more of its pixels.
+PixelSize coveringSize(PixelSize full, int dstW, int dstH) {
+    const double f =
+        std::min(static_cast<double>(full.width) / dstW, static_cast<double>(full.height) / dstH);
+    if (!(f > 1)) return full;
+    return {static_cast<int>(std::ceil(full.width / f)),
+            static_cast<int>(std::ceil(full.height / f))};
+}
+
+std::optional<Bitmap> loadFor(const std::string& path, int dstW, int dstH) {
+    return decodePicture(expandTilde(path),
+                         [&](PixelSize full) { return coveringSize(full, dstW, dstH); });
+}
+
+constexpr std::string_view mouth(bool smiling) {
+    return smiling ? ")" : "(";
+}
+
+}  // namespace
+
+bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPathStr, int dstW,
+                int dstH, double resolution, int modeInt, float quality) {
+    const auto* const path = std::get_if<std::string>(&srcPathStrOrImg);
+    const auto* const given = std::get_if<const Bitmap*>(&srcPathStrOrImg);
+    const Bitmap* image = given != nullptr ? *given : nullptr;
+    if (isVerbose()) {
+        logLine("imgRescale          - deb, srcPathStrOrImg = path ? {:d}, image ? {:d}",
+                path != nullptr, image != nullptr);
+    }
+    std::optional<Bitmap> loaded;
+    if (path != nullptr) {
+        const bool exists = fileExists(*path);
+        if (isVerbose()) logLine("imgRescale src path :-{} {}", mouth(exists), *path);
+        if (!exists) return false;
+        loaded = loadFor(*path, dstW, dstH);
+        if (loaded) image = &*loaded;
+    }
+    if (image == nullptr) return false;
+    if (isVerbose()) {
+        logLine("imgRescale          : size = {:.0f} x {:.0f}",
+                std::trunc(image->nominalSize().width), std::trunc(image->nominalSize().height));
+    }
+
+    std::optional<Bitmap> bitmap;
+    if (const RescaleMode rescaled = modeRoutine(modeInt)) {
+        bitmap = rescaled(image, dstW, dstH, resolution, keepsAlpha(dstPathStr));
+    }
+    if (isVerbose()) {
+        logLine("imgRescale          :-{} modeInt={}", mouth(bitmap.has_value()), modeInt);
+    }
+    return imgExport(std::move(bitmap), dstPathStr, quality);
+}
+
+std::optional<std::array<int, 2>> imgSizes(const std::string& path) {
+    const bool exists = fileExists(path);
+    if (isVerbose()) logLine("imgSizes - deb  : {} = {:d}", path, exists);
+    if (!exists) return std::nullopt;
+    // The nominal size is the whole picture's however few pixels are decoded.
+    const std::optional<Bitmap> image = decodePicture(expandTilde(path), [](PixelSize) {
+        return PixelSize{1, 1};
+    });
+    if (!image) return std::nullopt;
+    return std::array{static_cast<int>(image->nominalSize().width),
+                      static_cast<int>(image->nominalSize().height)};
+}
+
+bool imgColorFile(const Color& colour, const std::string& path, int width, int height) {
+    std::optional<Bitmap> swatch = Bitmap::create({100, 100});
+    if (!swatch) return false;
+    fillRect(*swatch, {0, 0, 100, 100}, colour);
+    return imgExport(imgRescaleStretch(&*swatch, width, height, 72.0, false), path, 1.0F);
+}
+
+}  // namespace tkv

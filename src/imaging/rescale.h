@@ -1,0 +1,36 @@
+#pragma once
+
+#include <array>
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "platform/bitmap.h"
+#include "platform/geometry.h"
+
+namespace tkv {
+
+/// A picture to rescale: the path of a file (leading tilde expanded), a picture in memory (not
+/// owned), or neither.
+using PictureSource = std::variant<std::monostate, std::string, const Bitmap*>;
+
+/// Fits a picture into a box of dstW x dstH pixels and writes it to `dstPathStr` through imgExport.
+/// `resolution`: dots per inch of the output; 0 or below means 72.
+/// `modeInt`: 2 fills the box and crops, 1 fits into it with bars, 0 stretches to it, -1 fits
+/// without bars, -2 covers it without cropping; any other fails.
+/// `quality`: as imgExport takes it.
+/// Files named .tif, .tiff, .gif and .png keep transparency, all others stand on black.
+/// True when a file exists at the destination afterwards; false, and nothing written, when there
+/// is no source or it cannot be decoded.
+bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPathStr, int dstW,
+                int dstH, double resolution, int modeInt, float quality);
+
+/// Width and height in pixels of the picture in a file; none when there is no file or it is not a
+/// picture.
+std::optional<std::array<int, 2>> imgSizes(const std::string& path);
+
+/// Writes a picture of one colour, width x height pixels, in the file type that the path's
+/// extension names, at the best quality. True when a file exists there afterwards.
+bool imgColorFile(const Color& colour, const std::string& path, int width, int height);
+
+}  // namespace tkv

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// Folders made and listed, items moved to the Trash. A leading tilde in a path is expanded. None of
+// these throws; what they do is logged while the verbose flag is set, failures always.
+
+namespace tkv {
+
+/// Makes the folder and all missing parents; the folder gets mode 0777 whatever the umask says.
+/// True when the folder is there afterwards; one that was there before keeps its mode.
+bool mkdirCocoa(const std::optional<std::string>& path);
+
+/// The full paths of all items in a folder, hidden ones included, in natural order. None when there
+/// is no item or the folder cannot be listed.
+std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>& folder);
+
+/// Moves one item to the Trash. Always true: ask `fileExists` whether it went.
+bool trashCocoa(const std::string& path);
+
+/// The folder that holds the item the path belongs to: a recording's bundle and the iDVD share of a
+/// movie project count as one item. Empty for no path or a bare name.
+std::string fichier_dirname(const std::optional<std::string>& path);
+
+/// The ".eyetv" bundle that directly holds the path, or else the path as it is.
+std::optional<std::string> EyetvBundle(const std::optional<std::string>& path);
+
+/// The text, cut to its first 50 characters and " […]" when it has more.
+std::string shortDescription(const std::string& text);
+
+}  // namespace tkv

@@ -1,0 +1,189 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/files.h"
+#include "platform/paths.h"
+#include "support.h"
+#include "utils/guarded_removal.h"
+
+namespace tkv {
+namespace {
+
+namespace fs = std::filesystem;
+using test::errorsOf;
+using test::namesIn;
+using test::TempFolder;
+using test::verboseErrorsOf;
+using enum RemovalVerdict;
+
+constexpr uid_t kNobody = 65534;
+
+// GLib looks for the home and the Trash once a process, so that one scratch home serves all tests:
+// nothing here may reach the Trash of the user who runs them.
+class ScratchHome : public testing::Environment {
+  public:
+    void SetUp() override {
+        folder_ = std::make_unique<TempFolder>();
+        setenv("HOME", path().c_str(), 1);
+        setenv("XDG_DATA_HOME", (path() + "/data").c_str(), 1);
+    }
+    void TearDown() override { folder_.reset(); }
+
+    const std::string& path() const { return folder_->path(); }
+    const TempFolder& folder() const { return *folder_; }
+
+  private:
+    std::unique_ptr<TempFolder> folder_;
+};
+
+auto* const scratch =
+    dynamic_cast<ScratchHome*>(testing::AddGlobalTestEnvironment(new ScratchHome));
+
+// Only a user without privileges meets what cannot be removed.
+class Removal : public testing::Test {
+  protected:
+    void SetUp() override {
+        const bool isNobody =
+            geteuid() != 0 ||
+            (chown(scratch->path().c_str(), kNobody, kNobody) == 0 && seteuid(kNobody) == 0);
+        if (!isNobody) GTEST_SKIP() << "there is no user but root here";
+        fs::create_directory(path("Movies"));
+    }
+    void TearDown() override {
+        if (geteuid() != getuid()) {
+            ASSERT_EQ(seteuid(getuid()), 0);
+        }
+        fs::remove_all(path("Movies"));
+        fs::remove_all(path("data"));
+    }
+
+    static std::string path(const std::string& name) { return scratch->folder().file(name); }
+    static std::string write(const std::string& name) { return scratch->folder().write(name, "x"); }
+    static bool isThere(const std::string& item) { return fs::exists(fs::symlink_status(item)); }
+    static RemovalVerdict verdict(const std::string& item) {
+        return removalVerdict(item, scratch->path(), "ada");
+    }
+};
+
+TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
+    const struct {
+        RemovalVerdict verdict;
+        std::vector<std::string> paths;
+    } cases[] = {
+        // Of "/home/é/" not the last two bytes count, but the last two characters.
+        {refused, {"", "/", "/home", "/home/ada", "/home/ada/", "/home/é/", "/Users", "/Us"}},
+        {refusedDirname, {"//", "/Applications", "/Users/other", "/Volumes/Data", "/*"}},
+        {refusedDirname, {"/Volumes/*", "/usr/.", "/usr/bin/../../usr"}},
+        {refusedJoker, {"*foo", "/*/x", "/Volumes/Users/*"}},
+        {allowed, {"/home/ada/Movies/old.jpg", "/Volumes/Data/x", "/tmp/a*b"}},
+        {allowed, {"/TKVauthoring", "/TKVauthoring/menus"}},
+    };
+    for (const auto& c : cases) {
+        for (const std::string& path : c.paths) {
+            EXPECT_EQ(removalVerdict(path, "/home/ada", "ada"), c.verdict) << path;
+        }
+    }
+    EXPECT_EQ(removalVerdict("/Volumes/Disk/ab/", "/Volumes/Disk/a", "ada"), refused);
+}
+
+TEST(RemovalVerdict, GuardsFoldersBelowTheMountPointsOfThisMachine) {
+    for (const std::string holder : {"/home", "/mnt", "/media"}) {
+        for (const std::string& name : namesIn(holder)) {
+            const std::string path = joinPath(holder, name);
+            const auto expected = fs::is_directory(path) ? refusedDirname : allowed;
+            EXPECT_EQ(removalVerdict(path, "/nowhere", "ada"), expected) << path;
+        }
+    }
+}
+
+TEST_F(Removal, SeesThroughDotsAndLinks) {
+    fs::create_directory_symlink("/", path("Movies/root"));
+    fs::create_directory_symlink(scratch->path(), path("Movies/home"));
+    EXPECT_EQ(verdict(path("Movies/root/usr")), refusedDirname);
+    EXPECT_EQ(verdict(path("Movies/..")), refusedDirname);
+    EXPECT_EQ(verdict(path("Movies/home/.")), refusedDirname);
+    EXPECT_EQ(verdict(path("Movies/root")), allowed) << "only the link goes";
+    fs::create_directory(path("Movies/real"));
+    fs::create_directory_symlink(path("Movies/real"), path("Movies/moved"));
+    EXPECT_EQ(removalVerdict(path("Movies/real"), path("Movies/moved"), "ada"), refusedDirname)
+        << "the home may be a link";
+    EXPECT_EQ(removalVerdict(path("Movies/real/../moved"), path("Movies/moved"), "ada"),
+              refusedDirname);
+}
+
+TEST_F(Removal, LeavesRefusedPathsUntouched) {
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~")); }), "");
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~/Movies/..")); }),
+              "alerte de sécurité dirname\n");
+    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("*")); }), "alerte de sécurité joker\n");
+    EXPECT_TRUE(isThere(path("Movies")));
+}
+
+TEST_F(Removal, RemovesFilesFoldersAndLinksButNotTheirTargets) {
+    const std::string kept = write("Movies/kept/file");
+    write("Movies/folder/deep/file");
+    fs::create_directory_symlink(path("Movies/kept"), path("Movies/folder/link"));
+    fs::create_directory_symlink(path("Movies/kept"), path("Movies/link"));
+    fs::create_directory_symlink(path("Movies/kept"), path("Movies/slash"));
+    fs::create_symlink(path("Movies/none"), path("Movies/dangling"));
+    for (const std::string name : {"folder/deep/file", "folder", "link", "slash/", "dangling"}) {
+        EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa("~/Movies/" + name)); }), "") << name;
+    }
+    EXPECT_EQ(namesIn(path("Movies")), std::vector<std::string>{"kept"});
+    EXPECT_TRUE(isThere(kept));
+}
+
+TEST_F(Removal, TellsItsSteps) {
+    const std::string item = write("Movies/old.jpg");
+    const std::string checks = "rmCocoa             - begin - " + item +
+                               "\nEyetvBundle         - begin - " + item +
+                               "\nEyetvBundle         - end   - " + item +
+                               "\nfichier_dirname     - end   - " + path("Movies") + "\n";
+    EXPECT_EQ(verboseErrorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
+              checks + "File current        : exists: " + item +
+                  "\nrmCocoa             - pre-fin\nrmCocoa             - end - " + item + "\n");
+    const std::string missing = "ERR: No such file or directory (" + item + ")\n";
+    EXPECT_EQ(verboseErrorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
+              checks + "rmCocoa d           : nil\nCocoa:does not exist:-/ " + missing +
+                  "Cocoa:does not exist;-) " + missing);
+}
+
+TEST_F(Removal, MovesWhatItCannotRemoveToTheTrash) {
+    write("Movies/item/locked/file");
+    fs::permissions(path("Movies/item/locked"), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("~/Movies/item")); }),
+              "File current        :-( not deleted 1\nFile current        :-/ …to trash\n");
+    EXPECT_FALSE(isThere(path("Movies/item")));
+    const std::string trashed = path("data/Trash/files/item/locked");
+    EXPECT_TRUE(isThere(trashed + "/file"));
+    fs::permissions(trashed, fs::perms::owner_all);
+}
+
+TEST_F(Removal, FailsWhenThereIsNoTrashEither) {
+    write("data");  // a file where the Trash's folder ought to be
+    const std::string item = write("Movies/locked/file");
+    fs::permissions(path("Movies/locked"), fs::perms::owner_read | fs::perms::owner_exec);
+    EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(rmCocoa(item)); }),
+              "File current        :-( not deleted 1\nFile current        :-/ …to trash\n"
+              "File current        :-( failure\n");
+    EXPECT_TRUE(isThere(item));
+    fs::permissions(path("Movies/locked"), fs::perms::owner_all);
+}
+
+TEST_F(Removal, LeavesAnUnreadableFile) {
+    const std::string item = write("Movies/secret");
+    fs::permissions(item, fs::perms::none);
+    EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
+              "Cocoa:exists!!!     :-( " + item + "\n");
+    EXPECT_TRUE(isThere(item));
+    const std::string lines = verboseErrorsOf([&] { rmCocoa(item); });
+    EXPECT_NE(lines.find("rmCocoa d           : {\n    NSFileSystemFreeNodes = "),
+              std::string::npos)
+        << lines;
+}
+
+}  // namespace
+}  // namespace tkv
