@@ -1,0 +1,57 @@
+#include "composer/background.h"
+
+#include <cmath>
+
+#include "composer/page_geometry.h"
+#include "imaging/rescale.h"
+#include "platform/description.h"
+#include "platform/log.h"
+#include "platform/paths.h"
+#include "platform/verbose.h"
+#include "utils/existence.h"
+
+namespace tkv {
+
+namespace {
+
+constexpr double kFirstThumbnailZoom = 1.8;
+constexpr PixelSize kFirstThumbnailBox{960, 540};
+constexpr int kFillAndCrop = 2;
+constexpr float kOpacity = 0.6F;
+
+}  // namespace
+
+bool Background::isZoomed() const {
+    return std::abs(zoom - 1.0) > 0.1;
+}
+
+Background prepareBackground(const MenuRequest& request) {
+    if (isVerbose()) logLine("bkgImgPathStr       : {}", describe(request.bkg));
+    if (!request.bkg || !fileExists(*request.bkg)) return {};
+
+    std::optional<std::string> firstThumbnail;
+    if (request.thumbs && !request.thumbs->empty()) firstThumbnail = request.thumbs->front();
+    if (isVerbose()) {
+        logLine("dvdMenuPicture      : background '{}' <- '{}'", *request.bkg,
+                describe(firstThumbnail));
+    }
+    if (request.bkg != firstThumbnail) return {request.bkg};
+
+    const std::string cut = joinPath(parentFolder(request.output), "bkgV.jpg");
+    Background background{std::nullopt, kFirstThumbnailZoom};
+    if (imgRescale(expandTilde(*request.bkg), cut, kFirstThumbnailBox.width,
+                   kFirstThumbnailBox.height, kDotsPerInch, kFillAndCrop, 1.0F)) {
+        background.path = cut;
+    }
+    return background;
+}
+
+PictureLayer backgroundPicture(const std::string& path, double zoom, PixelSize canvas) {
+    const double width = canvas.width * zoom;
+    const double height = canvas.height * zoom;
+    return wholePicture(
+        path, {(canvas.width - width) * 0.5, (canvas.height - height) * 0.5, width, height},
+        kOpacity);
+}
+
+}  // namespace tkv

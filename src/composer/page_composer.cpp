@@ -1,0 +1,157 @@
+#include "composer/page_composer.h"
+
+#include <cstdint>
+#include <utility>
+
+#include "composer/page_geometry.h"
+#include "composer/page_texts.h"
+#include "platform/description.h"
+#include "platform/log.h"
+#include "platform/paths.h"
+#include "platform/picture_file.h"
+#include "platform/verbose.h"
+#include "utils/existence.h"
+
+namespace tkv {
+
+namespace {
+
+using TextList = std::vector<std::string>;
+
+const TextList& itemsOf(const std::optional<TextList>& list) {
+    static const TextList none;
+    return list ? *list : none;
+}
+
+/// Whether the file is a picture; asked for a diagnostic line, the page does not depend on it.
+bool isPicture(const std::optional<std::string>& file) {
+    constexpr auto anySize = [](PixelSize) { return PixelSize{1, 1}; };
+    return file && decodePicture(expandTilde(*file), anySize);
+}
+
+void logCaption(const TextLayer& layer, std::size_t index) {
+    if (const Point* point = std::get_if<Point>(&layer.place)) {
+        logLine("caption('l') bt#{}: x={:.0f}, y={:.0f}, caption='{}'", index, point->x, point->y,
+                layer.text);
+    } else {
+        // Centred captions carry the same label as right ones.
+        const Rect& rect = std::get<Rect>(layer.place);
+        logLine("caption('r') bt#{}: x={:.0f}, y={:.0f}, w={:.0f}, h={:.0f}, caption='{}'", index,
+                rect.x, rect.y, rect.width, rect.height, layer.text);
+    }
+    logLine("MP 33");
+}
+
+}  // namespace
+
+PageComposer::PageComposer(const MenuRequest& request, Background background)
+    : request_(request), background_(std::move(background)) {}
+
+std::optional<Page> PageComposer::composePass(int pass) {
+    Page page{canvasSize(request_.mode, request_.isPal), {}};
+    if (isDrawn()) page.layers.emplace_back(FillLayer{{0, 0, kPageWidth, kPageHeight}, kBlack});
+    if (background_.path) {
+        page.layers.emplace_back(
+            backgroundPicture(*background_.path, background_.zoom, page.canvas));
+    }
+    if (addThumbnails(page, pass) == Outcome::noCaption) return std::nullopt;
+    if (isDrawn()) addTitle(page);
+    addNavigation(page);
+    return page;
+}
+
+PageComposer::Outcome PageComposer::addThumbnails(Page& page, int pass) {
+    // An overlay without thumbnails still gets one button.
+    static const TextList placeholder{"force swich to th loop"};
+    const TextList& given = itemsOf(request_.thumbs);
+    const TextList& thumbsA = given.empty() && !isDrawn() ? placeholder : given;
+    if (isVerbose()) {
+        logLine("dvdMenuPicture       : thumbnails'n'captions = {} && {}", thumbsA.size(),
+                itemsOf(request_.captions).size());
+    }
+    const Round round{thumbsA, thumbnailLayout(request_.isMainMenu, thumbsA.size()), pass};
+    Outcome outcome = Outcome::placed;
+    for (std::size_t i = 0; i < thumbsA.size() && outcome == Outcome::placed; ++i) {
+        outcome = addThumbnail(page, round, i);
+    }
+    return outcome;
+}
+
+PageComposer::Outcome PageComposer::addThumbnail(Page& page, const Round& round,
+                                                 std::size_t index) {
+    const std::string& entry = round.thumbsA[index];
+    const std::optional<std::string> currentThPathStr = frames_.pictureOf(entry, index, round.pass);
+    if (isVerbose()) {
+        logLine("dvdMenuPicture       : [thumbsA objectAtIndex:{}]='{}' -> currentThPathStr='{}'",
+                index, entry, describe(currentThPathStr));
+    }
+    if (isDrawn() && !fileExists(entry)) {
+        logLine("dvdMenuPicture end  :-( no thumb available");
+        return Outcome::noThumbnail;
+    }
+    const ThumbnailPlace& place = round.layout.place(index);
+    if (isVerbose()) {
+        if (round.layout.isBig) logLine("BIG th");
+        logLine("th#{} : x={}, y={}", index, place.x, place.y);
+        logLine("thumbImg ? {}", isDrawn() && isPicture(currentThPathStr) ? "img :-)" : "nil");
+    }
+    if (!isDrawn()) return Outcome::placed;
+    if (currentThPathStr) addPictures(page, round, *currentThPathStr, index);
+    return addCaption(page, round, index);
+}
+
+/// The thumbnail, and below the first one its own enlarged copy when the page asks for that.
+void PageComposer::addPictures(Page& page, const Round& round, const std::string& file,
+                               std::size_t index) const {
+    if (index == 0 && background_.isZoomed()) {
+        page.layers.emplace_back(backgroundPicture(file, background_.zoom, page.canvas));
+    }
+    page.layers.emplace_back(round.layout.picture(file, index));
+}
+
+PageComposer::Outcome PageComposer::addCaption(Page& page, const Round& round,
+                                               std::size_t index) const {
+    const TextList& captionsA = itemsOf(request_.captions);
+    // Unsigned, so that a page without captions never has one missing.
+    if (index > std::uint64_t{captionsA.size()} - 1) {
+        logLine("captionsA && i : out of range -> end (failure) …i={} && captionsA:{}", index,
+                describe(captionsA));
+        logLine("dvdMenuPicture      :-( end");
+        return Outcome::noCaption;
+    }
+    if (captionsA.empty()) return Outcome::placed;
+
+    const ThumbnailPlace& place = round.layout.place(index);
+    if (isVerbose()) {
+        // The place's index stands behind the word "pass".
+        logLine("dvdMenuPicture       : pass {} - caption '{}' (alignStr:'{}') ", index,
+                captionsA[index], place.alignment);
+    }
+    const bool fourBig = round.layout.isBig && round.thumbsA.size() == 4;
+    page.layers.emplace_back(captionText(captionsA[index], place, fourBig));
+    if (isVerbose()) logCaption(std::get<TextLayer>(page.layers.back()), index);
+    return Outcome::placed;
+}
+
+void PageComposer::addTitle(Page& page) const {
+    if (isVerbose()) logLine("dvdMenuPicture       : title '{}'", describe(request_.title));
+    page.layers.emplace_back(titleText(request_.title));
+    if (isVerbose()) logLine("MP 4");
+}
+
+void PageComposer::addNavigation(Page& page) const {
+    if (isVerbose()) {
+        logLine("dvdMenuPicture       : nav - count: {}", kNavigationButtons.size());
+    }
+    for (std::size_t j = 0; j < kNavigationButtons.size(); ++j) {
+        const NavigationButton& button = kNavigationButtons[j];
+        const std::string label = (request_.*button.label).value_or("");
+        if (label.empty()) continue;
+        if (isVerbose()) {
+            logLine("dvdMenuPicture       : nav - #{}: {} x={} y={}", j, label, button.x, button.y);
+        }
+        if (isDrawn()) page.layers.emplace_back(navigationText(button, label));
+    }
+}
+
+}  // namespace tkv

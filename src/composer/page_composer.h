@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "composer/background.h"
+#include "composer/menu_request.h"
+#include "composer/page.h"
+#include "composer/thumbnail_frames.h"
+#include "composer/thumbnail_layout.h"
+
+namespace tkv {
+
+/// Says what each pass of a menu shows: background, thumbnails with their captions, title and
+/// navigation labels. Writes the diagnostic lines of its steps; draws nothing.
+class PageComposer {
+  public:
+    /// `request`: its thumbnails resolved; not owned, must outlive the composer.
+    PageComposer(const MenuRequest& request, Background background);
+
+    /// The page of pass `pass`; asked once for each pass from 0 on. None, and the composition has
+    /// failed, when there is a caption list without a caption for some thumbnail.
+    std::optional<Page> composePass(int pass);
+
+  private:
+    /// One round of thumbnails: the list of the pass and its layout.
+    struct Round {
+        const std::vector<std::string>& thumbsA;
+        const ThumbnailLayout& layout;
+        int pass;
+    };
+    enum class Outcome { placed, noThumbnail, noCaption };
+
+    Outcome addThumbnails(Page& page, int pass);
+    Outcome addThumbnail(Page& page, const Round& round, std::size_t index);
+    void addPictures(Page& page, const Round& round, const std::string& file,
+                     std::size_t index) const;
+    Outcome addCaption(Page& page, const Round& round, std::size_t index) const;
+    void addTitle(Page& page) const;
+    void addNavigation(Page& page) const;
+
+    /// An overlay is not drawn: it only knows where its buttons are.
+    bool isDrawn() const { return request_.mode != MenuMode::overlay; }
+
+    const MenuRequest& request_;
+    Background background_;
+    ThumbnailFrames frames_;
+};
+
+}  // namespace tkv

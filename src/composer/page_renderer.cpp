@@ -1,0 +1,111 @@
+#include "composer/page_renderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "platform/picture_file.h"
+#include "platform/unicode.h"
+
+namespace tkv {
+
+namespace {
+
+/// The whole pixels that a rectangle touches on its canvas, as left, top and size from the top
+/// left.
+struct PixelArea {
+    int left;
+    int top;
+    PixelSize size;
+};
+
+PixelArea visibleArea(const Rect& rect, PixelSize canvas) {
+    const auto from = [](double edge) { return std::max(0, static_cast<int>(std::floor(edge))); };
+    const auto to = [](double edge, int end) {
+        return std::min(end, static_cast<int>(std::ceil(edge)));
+    };
+    const int left = from(rect.x);
+    const int top = from(canvas.height - rect.y - rect.height);
+    return {left,
+            top,
+            {to(rect.x + rect.width, canvas.width) - left,
+             to(canvas.height - rect.y, canvas.height) - top}};
+}
+
+/// Decodes the picture at the size in which it is shown and scales what is seen of it.
+std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize canvas) {
+    const PixelArea area = visibleArea(layer.destination, canvas);
+    std::optional<Bitmap> scaled = Bitmap::create(area.size);
+    if (!scaled) return std::nullopt;
+    std::optional<Bitmap> picture = decodePicture(layer.file, [&](PixelSize) {
+        return PixelSize{static_cast<int>(std::ceil(layer.scaledTo.width)),
+                         static_cast<int>(std::ceil(layer.scaledTo.height))};
+    });
+    if (!picture) return std::nullopt;
+    picture->setNominalSize(layer.scaledTo);
+    const double bottom = canvas.height - area.top - area.size.height;
+    const Rect destination{layer.destination.x - area.left, layer.destination.y - bottom,
+                           layer.destination.width, layer.destination.height};
+    drawPicture(*scaled, *picture, layer.source, destination, Compositing::sourceOver, 1.0);
+    return PlacedBitmap{*std::move(scaled), area.left, area.top};
+}
+
+std::string inCase(const std::string& text, LetterCase letterCase) {
+    switch (letterCase) {
+        case LetterCase::capitalized:
+            return capitalized(text);
+        case LetterCase::upper:
+            return upperCased(text);
+        case LetterCase::asItIs:
+            break;
+    }
+    return text;
+}
+
+std::optional<PlacedBitmap> prepare(const Layer& layer, PixelSize canvas) {
+    if (const auto* picture = std::get_if<PictureLayer>(&layer)) {
+        return preparePicture(*picture, canvas);
+    }
+    const TextLayer& text = std::get<TextLayer>(layer);
+    if (text.text.empty()) return std::nullopt;
+    return rasterizeText(inCase(text.text, text.letterCase), text.attributes, text.place, canvas);
+}
+
+double opacityOf(const Layer& layer) {
+    const auto* picture = std::get_if<PictureLayer>(&layer);
+    return picture != nullptr ? double{picture->opacity} : 1.0;
+}
+
+std::size_t bytesOf(const PlacedBitmap& placed) {
+    return placed.pixels.rowBytes() * static_cast<std::size_t>(placed.pixels.height());
+}
+
+}  // namespace
+
+PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canvas) {
+    Key key{canvas, layer};
+    if (const auto known = kept_.find(key); known != kept_.end()) return known->second;
+    std::optional<PlacedBitmap> made = prepare(layer, canvas);
+    Prepared result = made ? std::make_shared<PlacedBitmap>(*std::move(made)) : nullptr;
+    const std::size_t cost = result ? bytesOf(*result) : 0;
+    if (cost <= room_) {
+        room_ -= cost;
+        kept_.emplace(std::move(key), result);
+    }
+    return result;
+}
+
+std::optional<Bitmap> PageRenderer::render(const Page& page) {
+    std::optional<Bitmap> canvas = Bitmap::create(page.canvas);
+    if (!canvas) return std::nullopt;
+    for (const Layer& layer : page.layers) {
+        if (const auto* fill = std::get_if<FillLayer>(&layer)) {
+            fillRect(*canvas, fill->area, fill->color);
+        } else if (const Prepared placed = prepared(layer, page.canvas)) {
+            blend(*canvas, *placed, opacityOf(layer));
+        }
+    }
+    return canvas;
+}
+
+}  // namespace tkv
