@@ -61,6 +61,18 @@ std::string describe(const std::optional<std::vector<std::string>>& list) {
     return describe(list.value_or(std::vector<std::string>{}));
 }
 
+std::string describeLists(const std::vector<std::vector<std::string>>& lists) {
+    std::string lines;
+    for (const std::vector<std::string>& list : lists) {
+        lines += fmt::format("{}\n        ", lines.empty() ? "" : ",");
+        for (const char c : describe(list)) {
+            lines += c;
+            if (c == '\n') lines += "    ";
+        }
+    }
+    return "(" + lines + "\n)";
+}
+
 std::string describe(const std::vector<std::pair<std::string, std::string>>& dictionary) {
     std::string lines;
     for (const auto& [name, value] : dictionary) {

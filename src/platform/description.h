@@ -25,6 +25,15 @@ std::string describe(const std::vector<std::string>& list);
 /// No list prints as an empty one.
 std::string describe(const std::optional<std::vector<std::string>>& list);
 
+/// A list of lists, each on lines of its own:
+///     (
+///             (
+///             word,
+///             "two words"
+///         )
+///     )
+std::string describeLists(const std::vector<std::vector<std::string>>& lists);
+
 /// Named values between braces, in the order given:
 ///     {
 ///         name = value;

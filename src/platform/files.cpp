@@ -9,41 +9,14 @@
 #include <cerrno>
 #include <filesystem>
 #include <string_view>
-#include <utility>
+
+#include "platform/descriptor.h"
 
 namespace tkv {
 
 namespace {
 
 constexpr std::int64_t kLargestFile = std::int64_t{1} << 31;
-
-class Descriptor {
-  public:
-    explicit Descriptor(int number) : number_(number) {}
-    ~Descriptor() { close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int number() const { return number_; }
-    bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }
-
-  private:
-    int number_;
-};
-
-// Repeats `transfer(done)` until `size` bytes are done, the end of the file or an error; answers
-// how many are done.
-template <typename Transfer>
-std::size_t transferAll(std::size_t size, Transfer transfer) {
-    std::size_t done = 0;
-    while (done < size) {
-        const ssize_t count = transfer(done);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) break;
-        done += static_cast<std::size_t>(count);
-    }
-    return done;
-}
 
 // Copies up to `size` bytes from where the one file stands to where the other does; answers as
 // read and write do.

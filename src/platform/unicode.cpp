@@ -45,6 +45,11 @@ bool isLeadByte(char byte) {
 
 }  // namespace
 
+bool isUtf8(std::string_view bytes) {
+    // What is not valid is decoded as U+FFFD and comes back as other bytes.
+    return encoded(icu::UnicodeString::fromUTF8(bytes)) == bytes;
+}
+
 std::string validUtf8(std::string_view text) {
     // A zero byte is replaced as well, which suits the C libraries that the text is handed to.
     const std::unique_ptr<char, decltype(&g_free)> valid(

@@ -6,6 +6,9 @@
 
 namespace tkv {
 
+/// Whether the bytes are valid UTF-8; a zero byte is.
+bool isUtf8(std::string_view bytes);
+
 /// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 
