@@ -50,6 +50,9 @@ compose -mode 0 "${main_menu[@]}" -o "$out/main-frames"
 compose -mode 0 "${submenu[@]}" -o "$out/submenu-frames"
 compose -mode 1 -bkg "$media/cover.jpg" -icon "$media/icon.jpg" -title "Un été au bord de l'eau" \
     -dvdBt_readAll "Film de famille, 52 minutes" -o "$out/jacket.jpg"
+mkdir -p "$out/main-overlay" "$out/submenu-overlay"
+compose -mode 2 "${main_menu[@]}" -o "$out/main-overlay/menu.png"
+compose -mode 2 "${submenu[@]}" -v 1 -o "$out/submenu-overlay/menu.png"
 rm -f "$out/last-run.log"
 
 cat <<EOF
@@ -59,5 +62,7 @@ Made, in $out:
   submenu-preview.png  a submenu: the grid of nine, captions, title, navigation labels
   main-frames/         $(ls "$out/main-frames" | wc -l) pictures, one a video frame; leaf through them: the thumbnails move
   submenu-frames/      $(ls "$out/submenu-frames" | wc -l) pictures, stills and loops of different lengths side by side
+  main-overlay/        menu_169.txt and menu_43.txt, the button maps for wide and for 4:3 displays, and
+  submenu-overlay/     the pictures a player shows over a button; menu.png marks where the buttons are
   jacket.jpg           the cover: title, today's date, icon, one line of text
 EOF

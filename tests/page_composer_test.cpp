@@ -34,6 +34,17 @@ Names filesShown(const Page& page) {
     return names;
 }
 
+std::optional<Page> pageOf(PageComposer& composer, int number) {
+    std::optional<Pass> pass = composer.composePass(number);
+    return pass ? std::optional(std::move(pass->page)) : std::nullopt;
+}
+
+/// The first pass of a menu without background.
+std::optional<Page> composed(const MenuRequest& request) {
+    PageComposer composer(request, {});
+    return pageOf(composer, 0);
+}
+
 /// Files are not decoded while a page is composed, so any content will do.
 class Composing : public testing::Test {
   protected:
@@ -86,7 +97,7 @@ TEST_F(Composing, ThumbnailsAndCaptionsStandInTheirPlaces) {
         request.isMainMenu = place.isMainMenu;
         request.thumbs = stills(place.thumbnails);
         request.captions = Names(place.thumbnails, "caption");
-        const auto page = PageComposer(request, {}).composePass(0);
+        const auto page = composed(request);
         ASSERT_TRUE(page);
         const PictureLayer picture = layersOf<PictureLayer>(*page)[place.index];
         EXPECT_EQ(picture.destination, place.destination);
@@ -103,7 +114,7 @@ TEST_F(Composing, TextsOfAPage) {
     request.title = "chapitres";
     request.dvdBt_menuNext = "suite";
     request.dvdBt_menuPrev = "";
-    const auto page = PageComposer(request, {}).composePass(0);
+    const auto page = composed(request);
     const Shadow shadow{kBlack, 0, -1.5, 5.0};
     EXPECT_EQ(layersOf<TextLayer>(*page),
               (std::vector<TextLayer>{{"le grand JOUR",
@@ -145,7 +156,7 @@ TEST_F(Composing, FoldersPlayAsLoops) {
     request.thumbs = {loop("a", 3), loop("b", 11), stills(1)[0]};
     PageComposer composer(request, {});
     for (int pass = 0; pass < 40; ++pass) {
-        EXPECT_EQ(filesShown(*composer.composePass(pass)),
+        EXPECT_EQ(filesShown(*pageOf(composer, pass)),
                   (Names{"a" + std::to_string(pass % 3) + ".jpg",
                          "b" + std::to_string(pass % 11) + ".jpg", "still0.jpg"}));
     }
@@ -163,7 +174,7 @@ TEST_F(Composing, PlacesFromEightOnShareACounterThatMayRunPastTheEnd) {
                             {"f0.jpg", "f1.jpg", "f2.jpg"},
                             {"f0.jpg", "f1.jpg", "f2.jpg"}};
     for (int pass = 0; pass < 5; ++pass) {
-        const Names shown = filesShown(*composer.composePass(pass));
+        const Names shown = filesShown(*pageOf(composer, pass));
         EXPECT_EQ(Names(shown.begin() + 8, shown.end()), passes[pass]) << pass;
     }
 }
@@ -172,14 +183,14 @@ TEST_F(Composing, FirstPlaceWrapsOnlyExactlyAtTheEndOfItsLoop) {
     request.thumbs = {loop("a", 5), loop("b", 5)};
     PageComposer composer(request, {});
     for (int pass = 0; pass < 5; ++pass)
-        composer.composePass(pass);
+        pageOf(composer, pass);
     // Both folders lose frames: only the other place finds back to its first frame.
     for (const char* name : {"a2", "a3", "a4"})
         fs::remove(folder.file("a/" + std::string(name) + ".jpg"));
     for (const char* name : {"b2", "b3", "b4"})
         fs::remove(folder.file("b/" + std::string(name) + ".jpg"));
-    EXPECT_EQ(filesShown(*composer.composePass(5)), (Names{"b0.jpg"}));
-    EXPECT_EQ(filesShown(*composer.composePass(6)), (Names{"b1.jpg"}));
+    EXPECT_EQ(filesShown(*pageOf(composer, 5)), (Names{"b0.jpg"}));
+    EXPECT_EQ(filesShown(*pageOf(composer, 6)), (Names{"b1.jpg"}));
 }
 
 TEST_F(Composing, MissingThumbnailEndsTheLoopNotThePage) {
@@ -188,7 +199,7 @@ TEST_F(Composing, MissingThumbnailEndsTheLoopNotThePage) {
     request.title = "title";
     fs::remove((*request.thumbs)[1]);
     std::optional<Page> page;
-    EXPECT_EQ(errorsOf([&] { page = PageComposer(request, {}).composePass(0); }),
+    EXPECT_EQ(errorsOf([&] { page = composed(request); }),
               "dvdMenuPicture end  :-( no thumb available\n");
     ASSERT_TRUE(page);
     EXPECT_EQ(filesShown(*page), (Names{"still0.jpg"}));
@@ -198,15 +209,15 @@ TEST_F(Composing, MissingThumbnailEndsTheLoopNotThePage) {
     EXPECT_EQ(texts[1].text, "title");
 
     (*request.thumbs)[0] = "";
-    EXPECT_EQ(filesShown(*PageComposer(request, {}).composePass(0)), Names{});
+    EXPECT_EQ(filesShown(*composed(request)), Names{});
 }
 
 TEST_F(Composing, MissingCaptionFailsOnlyWhenThereAreCaptions) {
     request.thumbs = stills(3);
-    EXPECT_TRUE(PageComposer(request, {}).composePass(0)) << "no captions at all";
+    EXPECT_TRUE(composed(request)) << "no captions at all";
     request.captions = {"été", "b c"};
     std::optional<Page> page;
-    EXPECT_EQ(errorsOf([&] { page = PageComposer(request, {}).composePass(0); }),
+    EXPECT_EQ(errorsOf([&] { page = composed(request); }),
               "captionsA && i : out of range -> end (failure) …i=2 && captionsA:(\n"
               "    \"\\U00e9t\\U00e9\",\n"
               "    \"b c\"\n"
@@ -232,7 +243,7 @@ TEST_F(Composing, OnlyLowerCaseJpgIsAPicture) {
     folder.write("folder.jpg/frame.png", "x");
     request.thumbs = {upper, png, emptyFolder, jpgFolder};
     request.captions = Names(4, "caption");
-    const auto page = PageComposer(request, {}).composePass(0);
+    const auto page = composed(request);
     EXPECT_EQ(filesShown(*page), (Names{"folder.jpg"})) << "a picture by its name";
     EXPECT_EQ(layersOf<TextLayer>(*page).size(), 5U) << "the captions stay";
 }
@@ -244,25 +255,24 @@ TEST_F(Composing, ZoomedBackgroundLiesBelowTheGrid) {
     const Rect zoomed{-288, -216, 1296, 972};
     for (int pass = 0; pass < 3; ++pass) {
         const std::string frame = "a" + std::to_string(pass % 2) + ".jpg";
-        const auto page = withPicture.composePass(pass);
+        const auto page = pageOf(withPicture, pass);
         EXPECT_EQ(filesShown(*page), (Names{"bkgV.jpg", frame, frame, "still0.jpg"}));
         const auto layers = layersOf<PictureLayer>(*page);
         for (const int i : {0, 1}) {
             EXPECT_EQ(layers[static_cast<std::size_t>(i)].destination, zoomed);
             EXPECT_EQ(layers[static_cast<std::size_t>(i)].opacity, 0.6F);
         }
-        EXPECT_EQ(filesShown(*withoutPicture.composePass(pass)),
-                  (Names{frame, frame, "still0.jpg"}));
+        EXPECT_EQ(filesShown(*pageOf(withoutPicture, pass)), (Names{frame, frame, "still0.jpg"}));
     }
 }
 
 TEST_F(Composing, AReplacedFileIsAnotherPage) {
     request.thumbs = stills(1);
     PageComposer composer(request, {});
-    const auto before = composer.composePass(0);
-    EXPECT_EQ(before, composer.composePass(1));
+    const auto before = pageOf(composer, 0);
+    EXPECT_EQ(before, pageOf(composer, 1));
     folder.write("still0.jpg", "longer");
-    EXPECT_NE(before, composer.composePass(2));
+    EXPECT_NE(before, pageOf(composer, 2));
 }
 
 }  // namespace

@@ -42,9 +42,11 @@ bool dvdMenuPicture(const MenuRequest& given) {
             return writeFrames(request, prepareBackground(request),
                                isVerbose() ? EqualPages::drawnAgain : EqualPages::copied);
         case MenuMode::overlay:
-            break;
+            if (isVerbose()) {
+                logLine("overlayYFactor={:f}", overlayYFactor(request.mode, request.isPal));
+            }
+            return writeOverlay(request);
     }
-    writeStandardError("overlay mode is not built yet\n");
     return false;
 }
 

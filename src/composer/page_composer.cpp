@@ -45,22 +45,26 @@ void logCaption(const TextLayer& layer, std::size_t index) {
 }  // namespace
 
 PageComposer::PageComposer(const MenuRequest& request, Background background)
-    : request_(request), background_(std::move(background)) {}
+    : request_(request),
+      background_(std::move(background)),
+      raster_{canvasSize(request.mode, request.isPal).height,
+              overlayYFactor(request.mode, request.isPal)} {}
 
-std::optional<Page> PageComposer::composePass(int pass) {
-    Page page{canvasSize(request_.mode, request_.isPal), {}};
+std::optional<Pass> PageComposer::composePass(int number) {
+    Pass pass{{canvasSize(request_.mode, request_.isPal), {}}, {}};
+    Page& page = pass.page;
     if (isDrawn()) page.layers.emplace_back(FillLayer{{0, 0, kPageWidth, kPageHeight}, kBlack});
     if (background_.path) {
         page.layers.emplace_back(
             backgroundPicture(*background_.path, background_.zoom, page.canvas));
     }
-    if (addThumbnails(page, pass) == Outcome::noCaption) return std::nullopt;
+    if (addThumbnails(pass, number) == Outcome::noCaption) return std::nullopt;
     if (isDrawn()) addTitle(page);
-    addNavigation(page);
-    return page;
+    addNavigation(pass);
+    return pass;
 }
 
-PageComposer::Outcome PageComposer::addThumbnails(Page& page, int pass) {
+PageComposer::Outcome PageComposer::addThumbnails(Pass& pass, int number) {
     // An overlay without thumbnails still gets one button.
     static const TextList placeholder{"force swich to th loop"};
     const TextList& given = itemsOf(request_.thumbs);
@@ -69,18 +73,19 @@ PageComposer::Outcome PageComposer::addThumbnails(Page& page, int pass) {
         logLine("dvdMenuPicture       : thumbnails'n'captions = {} && {}", thumbsA.size(),
                 itemsOf(request_.captions).size());
     }
-    const Round round{thumbsA, thumbnailLayout(request_.isMainMenu, thumbsA.size()), pass};
+    const Round round{thumbsA, thumbnailLayout(request_.isMainMenu, thumbsA.size()), number};
     Outcome outcome = Outcome::placed;
     for (std::size_t i = 0; i < thumbsA.size() && outcome == Outcome::placed; ++i) {
-        outcome = addThumbnail(page, round, i);
+        outcome = addThumbnail(pass, round, i);
     }
     return outcome;
 }
 
-PageComposer::Outcome PageComposer::addThumbnail(Page& page, const Round& round,
+PageComposer::Outcome PageComposer::addThumbnail(Pass& pass, const Round& round,
                                                  std::size_t index) {
     const std::string& entry = round.thumbsA[index];
-    const std::optional<std::string> currentThPathStr = frames_.pictureOf(entry, index, round.pass);
+    const std::optional<std::string> currentThPathStr =
+        frames_.pictureOf(entry, index, round.number);
     if (isVerbose()) {
         logLine("dvdMenuPicture       : [thumbsA objectAtIndex:{}]='{}' -> currentThPathStr='{}'",
                 index, entry, describe(currentThPathStr));
@@ -95,9 +100,12 @@ PageComposer::Outcome PageComposer::addThumbnail(Page& page, const Round& round,
         logLine("th#{} : x={}, y={}", index, place.x, place.y);
         logLine("thumbImg ? {}", isDrawn() && isPicture(currentThPathStr) ? "img :-)" : "nil");
     }
-    if (!isDrawn()) return Outcome::placed;
-    if (currentThPathStr) addPictures(page, round, *currentThPathStr, index);
-    return addCaption(page, round, index);
+    if (!isDrawn()) {
+        addButton(pass, round, index);
+        return Outcome::placed;
+    }
+    if (currentThPathStr) addPictures(pass.page, round, *currentThPathStr, index);
+    return addCaption(pass.page, round, index);
 }
 
 /// The thumbnail, and below the first one its own enlarged copy when the page asks for that.
@@ -107,6 +115,22 @@ void PageComposer::addPictures(Page& page, const Round& round, const std::string
         page.layers.emplace_back(backgroundPicture(file, background_.zoom, page.canvas));
     }
     page.layers.emplace_back(round.layout.picture(file, index));
+}
+
+void PageComposer::addButton(Pass& pass, const Round& round, std::size_t index) const {
+    if (isVerbose()) {
+        pass.page.layers.emplace_back(
+            FillLayer{thumbnailArea(round.layout, index, raster_), kOrange});
+        if (!round.layout.isBig) {
+            const ThumbnailPlace& place = round.layout.place(index);
+            logLine(
+                "x={}, y={}, w={:.0f}, h={:.0f}, overlayYFactor={:f}, cropPanscan={}, "
+                "ratioPanscan={:f}",
+                place.x, place.y, round.layout.source.width, round.layout.source.height,
+                raster_.yFactor, kCropPanscan, kRatioPanscan);
+        }
+    }
+    pass.buttons.add(fmt::format("BT_{}", index), thumbnailButton(round.layout, index, raster_));
 }
 
 PageComposer::Outcome PageComposer::addCaption(Page& page, const Round& round,
@@ -139,7 +163,7 @@ void PageComposer::addTitle(Page& page) const {
     if (isVerbose()) logLine("MP 4");
 }
 
-void PageComposer::addNavigation(Page& page) const {
+void PageComposer::addNavigation(Pass& pass) const {
     if (isVerbose()) {
         logLine("dvdMenuPicture       : nav - count: {}", kNavigationButtons.size());
     }
@@ -150,7 +174,15 @@ void PageComposer::addNavigation(Page& page) const {
         if (isVerbose()) {
             logLine("dvdMenuPicture       : nav - #{}: {} x={} y={}", j, label, button.x, button.y);
         }
-        if (isDrawn()) page.layers.emplace_back(navigationText(button, label));
+        if (isDrawn()) {
+            pass.page.layers.emplace_back(navigationText(button, label));
+            continue;
+        }
+        pass.buttons.add(button.name, navigationButton(button.x, button.y, raster_));
+        if (isVerbose()) {
+            pass.page.layers.emplace_back(
+                FillLayer{navigationArea(button.x, button.y, raster_), kOrange});
+        }
     }
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "composer/jacket.h"
+#include "composer/overlay.h"
 #include "composer/page_composer.h"
 #include "composer/page_geometry.h"
 #include "composer/page_renderer.h"
@@ -26,18 +27,18 @@ void writeProgress(float percent) {
     writeStandardError(fmt::format("pourcentage    : {:.1f}\n", percent));
 }
 
-void startPass(int pass, int passes) {
+void startPass(int number, int passes) {
     constexpr int kPassesPerLine = 30;
-    if (pass % kPassesPerLine == 0) {
-        writeProgress(static_cast<float>(pass) / static_cast<float>(passes) * 100.0F);
+    if (number % kPassesPerLine == 0) {
+        writeProgress(static_cast<float>(number) / static_cast<float>(passes) * 100.0F);
     }
-    if (isVerbose()) logLine("pass                : {}/{}\n", pass, passes);
+    if (isVerbose()) logLine("pass                : {}/{}\n", number, passes);
 }
 
 /// What a pass logs once its page is composed.
-void endPass(const MenuRequest& request, const std::string& spuTxtStr) {
+void endPass(const MenuRequest& request, const Pass& pass) {
     if (!isVerbose()) return;
-    logLine("spuTxtStr  post-nav : {}", spuTxtStr);
+    logLine("spuTxtStr  post-nav : {}", pass.buttons.wide);
     logLine("dstPathStr post-nav : {}", request.output);
 }
 
@@ -54,9 +55,9 @@ class FrameWriter {
     FrameWriter(std::string folder, EqualPages equalPages)
         : folder_(std::move(folder)), copiesEqualPages_(equalPages == EqualPages::copied) {}
 
-    /// Frame `pass`, from 0. A failure is only logged.
-    void write(const Page& page, int pass) {
-        const std::string name = fmt::format("{:03}.jpg", pass);
+    /// Frame `number`, from 0. A failure is only logged.
+    void write(const Page& page, int number) {
+        const std::string name = fmt::format("{:03}.jpg", number);
         const std::string path = joinPath(folder_, name);
         if (isVerbose()) logLine("dstPathStr : {} -> {}", folder_, path);
         const bool isSuccess =
@@ -86,12 +87,12 @@ class FrameWriter {
 bool writePreview(const MenuRequest& request, const Background& background) {
     PageComposer composer(request, background);
     startPass(0, passCount(request.isPal));
-    const std::optional<Page> page = composer.composePass(0);
-    if (!page) return false;
-    endPass(request, "");
+    const std::optional<Pass> pass = composer.composePass(0);
+    if (!pass) return false;
+    endPass(request, *pass);
     PageRenderer renderer;
     const bool isSuccess =
-        writePicture(renderer, *page, request.output, kPreviewSize, kDefaultQuality);
+        writePicture(renderer, pass->page, request.output, kPreviewSize, kDefaultQuality);
     writeProgress(100);
     return isSuccess;
 }
@@ -102,15 +103,32 @@ bool writeFrames(const MenuRequest& request, const Background& background, Equal
     PageComposer composer(request, background);
     FrameWriter writer(request.output, equalPages);
     const int passes = passCount(request.isPal);
-    for (int pass = 0; pass < passes; ++pass) {
-        startPass(pass, passes);
-        const std::optional<Page> page = composer.composePass(pass);
-        if (!page) return false;
-        endPass(request, "");
-        writer.write(*page, pass);
+    for (int number = 0; number < passes; ++number) {
+        startPass(number, passes);
+        const std::optional<Pass> pass = composer.composePass(number);
+        if (!pass) return false;
+        endPass(request, *pass);
+        writer.write(pass->page, number);
     }
     writeProgress(100);
     return true;
+}
+
+bool writeOverlay(const MenuRequest& request) {
+    PageComposer composer(request, {});
+    startPass(0, passCount(request.isPal));
+    const std::optional<Pass> pass = composer.composePass(0);
+    if (!pass) return false;
+    endPass(request, *pass);
+    writeOverlayFiles(request.output, pass->buttons, request.isPal);
+    bool isSuccess = true;
+    if (isVerbose()) {
+        PageRenderer renderer;
+        isSuccess =
+            writePicture(renderer, pass->page, request.output, pass->page.canvas, kDefaultQuality);
+    }
+    writeProgress(100);
+    return isSuccess;
 }
 
 bool writeJacket(const MenuRequest& request, const Background& background) {

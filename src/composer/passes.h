@@ -18,6 +18,10 @@ bool writePreview(const MenuRequest& request, const Background& background);
 /// The folder of numbered frames at the output path, one for each pass.
 bool writeFrames(const MenuRequest& request, const Background& background, EqualPages equalPages);
 
+/// The button maps and the highlight and select pictures beside the output path, which itself is
+/// only written while verbose: a picture of the buttons' areas.
+bool writeOverlay(const MenuRequest& request);
+
 /// The cover picture at the output path.
 bool writeJacket(const MenuRequest& request, const Background& background);
 

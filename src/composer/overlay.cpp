@@ -1,0 +1,74 @@
+#include "composer/overlay.h"
+
+#include <fmt/format.h>
+
+#include "composer/page_geometry.h"
+#include "imaging/export.h"
+#include "platform/log.h"
+#include "platform/paths.h"
+#include "platform/verbose.h"
+#include "utils/guarded_removal.h"
+#include "utils/text_file.h"
+#include "utils/version_probe.h"
+
+namespace tkv {
+
+namespace {
+
+/// From this version on the multiplexer wants to be told the video format; it reads a version
+/// a.b.c as 0.0b0c.
+constexpr float kNamesFormatFrom = 0.07F;
+
+constexpr std::string_view kTail = "</spu>\n</stream>\n</subpictures>";
+
+std::string formatAttribute(bool isPal) {
+    if (versionSpumux(true) < kNamesFormatFrom) return "";
+    return fmt::format("format=\"{}\"", isPal ? "PAL" : "NTSC");
+}
+
+/// The map's start. Paths stand in it as they are: the multiplexer's reader does without escapes.
+std::string headOf(const std::string& highlight, const std::string& select, bool isPal) {
+    return fmt::format(
+        "<subpictures {}>\n"
+        "<stream>\n"
+        "<spu start=\"00:00:00.0\"\n"
+        "highlight=\"{}\"\n"
+        "select=\"{}\"\n"
+        "transparent=\"FFFFFF\"\n"
+        "force=\"yes\"\n"
+        "xoffset=\"0\" yoffset=\"0\"\n"
+        "autoorder=\"rows\"\n"
+        ">\n",
+        formatAttribute(isPal), highlight, select);
+}
+
+bool writeColor(const std::string& path, float opacity, bool isPal) {
+    const PixelSize raster = canvasSize(MenuMode::overlay, isPal);
+    return imgColorPNG(kOrange, path, raster.width, raster.height, opacity);
+}
+
+}  // namespace
+
+void writeOverlayFiles(const std::string& output, const ButtonMap& buttons, bool isPal) {
+    const std::string base = withoutExtension(output);
+    const std::string highlight = joinPath(parentFolder(base), "overlayHighlight.png");
+    const std::string select = joinPath(parentFolder(base), "overlaySelect.png");
+    logLine("overlay Highlight   ? {:d}", writeColor(highlight, 0.3F, isPal));
+    logLine("overlay Select      ? {:d}", writeColor(select, 0.6F, isPal));
+    const std::string head = headOf(highlight, select, isPal);
+
+    const std::string wideMap = base + "_169.txt";
+    rmCocoa(wideMap);
+    if (isVerbose()) {
+        logLine("deb : {}", head);
+        logLine("mid : {}", buttons.wide);
+        logLine("end : {}", kTail);
+    }
+    ecritureFichier(wideMap, fmt::format("{}{}{}", head, buttons.wide, kTail), true);
+
+    const std::string panScanMap = base + "_43.txt";
+    rmCocoa(panScanMap);
+    ecritureFichier(panScanMap, fmt::format("{}{}{}", head, buttons.panScan, kTail), true);
+}
+
+}  // namespace tkv

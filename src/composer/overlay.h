@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+
+#include "composer/button_layout.h"
+
+namespace tkv {
+
+/// Writes what the subpicture multiplexer needs for the buttons of a menu: "overlayHighlight.png"
+/// and "overlaySelect.png" in the folder of `output`, and in place of any earlier ones the button
+/// maps named like `output` without its extension, with "_169.txt" and "_43.txt" behind.
+/// What cannot be written is only logged.
+void writeOverlayFiles(const std::string& output, const ButtonMap& buttons, bool isPal);
+
+}  // namespace tkv
