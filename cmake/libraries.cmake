@@ -1,6 +1,7 @@
 # The libraries that only the platform floor uses.
 find_package(PkgConfig REQUIRED)
 find_package(JPEG REQUIRED)
+find_package(PNG REQUIRED)
 find_package(GIF REQUIRED)
 find_package(fmt REQUIRED)
 pkg_check_modules(CAIRO REQUIRED IMPORTED_TARGET cairo)

@@ -2,10 +2,12 @@
 #include <lcms2.h>
 
 #include <array>
+#include <cmath>
 #include <memory>
 #include <string>
 
 #include "platform/codecs/codecs.h"
+#include "platform/drawing.h"
 #include "platform/orientation.h"
 #include "support.h"
 
@@ -186,6 +188,41 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
             EXPECT_TRUE(near(pixel(*bitmap, at, at), row.expected, 3))
                 << row.name << " shows " << testing::PrintToString(pixel(*bitmap, at, at));
         }
+    }
+}
+
+TEST(DecodeJpeg, ReadsOnlyTheScansThatTheSizeNeeds) {
+    const Bitmap picture = painted({640, 480}, [](int x, int y) {
+        return Rgba{x * 255 / 640, y * 255 / 480,
+                    127 + static_cast<int>(90 * std::sin(x * y / 9e3)), 255};
+    });
+    const Bytes baseline = encodeJpeg(picture, 0.9F).value();
+    const Bytes file = progressive(baseline);
+    constexpr std::array<std::uint8_t, 2> kStartOfScan{0xFF, 0xDA};
+    // Forty pixels need no more than each block's mean, eighty some detail of the colours too.
+    for (const auto& [size, scans] :
+         {std::pair{PixelSize{40, 30}, 1}, {{80, 60}, 4}, {{160, 120}, 6}}) {
+        const auto decode = [size = size](ByteView bytes) {
+            std::optional<Bitmap> shown = Bitmap::create(size);
+            if (const auto decoded = decodeJpeg(bytes, [=](PixelSize) { return size; })) {
+                drawPicture(*shown, *decoded, {}, {0, 0, 1.0 * size.width, 1.0 * size.height},
+                            Compositing::sourceOver, 1.0);
+            }
+            return shown;
+        };
+        const auto whole = decode(file);
+        const auto plain = decode(baseline);
+        ASSERT_TRUE(whole && plain);
+        EXPECT_LE(worstDifference(*whole, *plain), 12) << "beside the baseline file";
+        // The scans after the needed ones may as well be missing.
+        auto end = file.begin();
+        for (int scan = 0; scan <= scans; ++scan) {
+            end = std::search(end + 1, file.end(), kStartOfScan.begin(), kStartOfScan.end());
+        }
+        ASSERT_NE(end, file.end());
+        const auto cut = decode(ByteView(file).first(static_cast<std::size_t>(end - file.begin())));
+        ASSERT_TRUE(cut);
+        EXPECT_EQ(worstDifference(*whole, *cut), 0) << scans;
     }
 }
 

@@ -32,17 +32,6 @@ std::optional<Bitmap> decoded(const std::string& path) {
     return decodePicture(path);
 }
 
-int worstDifference(const Bitmap& a, const Bitmap& b) {
-    int worst = 0;
-    for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            while (!near(pixel(a, x, y), pixel(b, x, y), worst))
-                ++worst;
-        }
-    }
-    return worst;
-}
-
 struct Format {
     const char* name;  // As `identify` says it.
     std::optional<Bytes> (*encode)(const Bitmap& bitmap);

@@ -111,6 +111,17 @@ bool near(const Rgba& a, const Rgba& b, int tolerance) {
            std::abs(a.blue - b.blue) <= tolerance && std::abs(a.alpha - b.alpha) <= tolerance;
 }
 
+int worstDifference(const Bitmap& a, const Bitmap& b) {
+    int worst = 0;
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            while (!near(pixel(a, x, y), pixel(b, x, y), worst))
+                ++worst;
+        }
+    }
+    return worst;
+}
+
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint) {
     Bitmap bitmap = Bitmap::create(size).value();
     for (int y = 0; y < size.height; ++y) {

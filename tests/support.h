@@ -66,6 +66,9 @@ Rgba pixel(const Bitmap& bitmap, int x, int y);
 /// Whether no channel differs by more than `tolerance`.
 bool near(const Rgba& a, const Rgba& b, int tolerance);
 
+/// The largest difference of any channel of any pixel, of bitmaps of one size.
+int worstDifference(const Bitmap& a, const Bitmap& b);
+
 /// A bitmap whose pixels `paint(x, y)` answers (row 0 the top).
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
 

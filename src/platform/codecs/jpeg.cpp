@@ -79,6 +79,8 @@ class Decoder {
   private:
     bool readHeader(ByteView file);
     int orientation() const;
+    void readScansFor(PixelSize shown);
+    bool knows(const jpeg_component_info& component, PixelSize shown) const;
     bool readRows(Bitmap& bitmap);
     void convertInks(Bitmap& bitmap) const;
     void applyProfile(Bitmap& bitmap);
@@ -171,7 +173,15 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     codec_.scale_num = static_cast<unsigned>(eighths);
     codec_.scale_denom = 8;
     codec_.out_color_space = inks ? JCS_CMYK : kPixels;
-    if (!errors_.run([&] { jpeg_start_decompress(&codec_); })) return std::nullopt;
+    // A progressive file is read scan by scan, but only where some scans can be spared: otherwise
+    // the library does better by itself.
+    codec_.buffered_image = static_cast<boolean>(codec_.progressive_mode && eighths < 8);
+    if (!errors_.run([&] {
+            jpeg_start_decompress(&codec_);
+            if (codec_.buffered_image) readScansFor(atLeast);
+        })) {
+        return std::nullopt;
+    }
     std::optional<Bitmap> bitmap = Bitmap::create(
         {static_cast<int>(codec_.output_width), static_cast<int>(codec_.output_height)});
     if (!bitmap || !readRows(*bitmap)) return std::nullopt;
@@ -182,6 +192,57 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
         applyProfile(*bitmap);
     }
     return upright(std::move(*bitmap), turn);
+}
+
+/// Where a frequency of a block stands in a file, along the diagonals to and fro (ITU-T T.81,
+/// figure 5).
+constexpr int zigzagIndex(int row, int column) {
+    const int diagonal = row + column;
+    const bool upwards = diagonal % 2 == 0;
+    const int outside = std::max(0, diagonal - (DCTSIZE - 1));
+    const int along = (upwards ? column : row) - outside;
+    const int left = 2 * DCTSIZE - 1 - diagonal;
+    const int before =
+        diagonal < DCTSIZE ? diagonal * (diagonal + 1) / 2 : DCTSIZE2 - left * (left + 1) / 2;
+    return before + along;
+}
+static_assert(zigzagIndex(0, 1) == 1 && zigzagIndex(2, 0) == 3 && zigzagIndex(1, 7) == 42 &&
+              zigzagIndex(7, 1) == 36 && zigzagIndex(7, 7) == 63);
+
+/// Whether the scans so far tell the lowest frequencies of a component's blocks, as many as its
+/// share in a picture of `shown` pixels needs; their last bit may be missing, which changes no
+/// pixel by more than rounding does.
+bool Decoder::knows(const jpeg_component_info& component, PixelSize shown) const {
+    const auto perBlock = [](int pixels, JDIMENSION blocks) {
+        return (pixels + static_cast<int>(blocks) - 1) / static_cast<int>(blocks);
+    };
+    const int frequencies = std::min(
+        component.DCT_scaled_size, std::max({1, perBlock(shown.width, component.width_in_blocks),
+                                             perBlock(shown.height, component.height_in_blocks)}));
+    const int* missingBits = codec_.coef_bits[component.component_index];
+    for (int row = 0; row < frequencies; ++row) {
+        for (int column = 0; column < frequencies; ++column) {
+            const int missing = missingBits[zigzagIndex(row, column)];
+            if (missing < 0 || missing > 1) return false;
+        }
+    }
+    return true;
+}
+
+/// Reads the scans that a picture of `shown` pixels needs, and makes them the output. To be run as
+/// a step.
+void Decoder::readScansFor(PixelSize shown) {
+    // What is missing is not to be guessed from the blocks around: it would not be shown.
+    codec_.do_block_smoothing = FALSE;
+    const auto knowsAll = [&] {
+        return std::all_of(codec_.comp_info, codec_.comp_info + codec_.num_components,
+                           [&](const auto& component) { return knows(component, shown); });
+    };
+    int status = JPEG_SUSPENDED;
+    do {
+        status = jpeg_consume_input(&codec_);
+    } while (status != JPEG_REACHED_EOI && !(status == JPEG_SCAN_COMPLETED && knowsAll()));
+    jpeg_start_output(&codec_, codec_.input_scan_number);
 }
 
 bool Decoder::readRows(Bitmap& bitmap) {

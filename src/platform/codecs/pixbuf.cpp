@@ -246,18 +246,6 @@ std::optional<Bytes> save(const Pixbuf& pixbuf, const char* type, std::vector<Op
     return Bytes(owner.get(), owner.get() + length);
 }
 
-std::optional<Bytes> saveWithAlpha(const Bitmap& bitmap, const char* type, Option compression) {
-    const PixelSize dots = dotsPerInch(bitmap);
-    try {
-        return save(toPixbuf(bitmap, true), type,
-                    {{"x-dpi", std::to_string(dots.width)},
-                     {"y-dpi", std::to_string(dots.height)},
-                     std::move(compression)});
-    } catch (const std::bad_alloc&) {
-        return std::nullopt;
-    }
-}
-
 /// Dots a metre into the header of a BMP file; the library leaves them out.
 void stateResolution(Bytes& file, PixelSize dots) {
     constexpr std::size_t kPerMetre = 38;
@@ -293,15 +281,17 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     return upright(std::move(*bitmap), orientation);
 }
 
-// Of the levels that shrink a page at all the fastest: the next ones take half as long again for a
-// sixth less, and the usual one four times as long.
-std::optional<Bytes> encodePng(const Bitmap& bitmap) {
-    return saveWithAlpha(bitmap, "png", {"compression", "1"});
-}
-
-// Uncompressed, which every program reads: photographs would hardly shrink.
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap) {
-    return saveWithAlpha(bitmap, "tiff", {"compression", "1"});
+    const PixelSize dots = dotsPerInch(bitmap);
+    try {
+        // Uncompressed, which every program reads: photographs would hardly shrink.
+        return save(toPixbuf(bitmap, true), "tiff",
+                    {{"x-dpi", std::to_string(dots.width)},
+                     {"y-dpi", std::to_string(dots.height)},
+                     {"compression", "1"}});
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
 }
 
 std::optional<Bytes> encodeBmp(const Bitmap& bitmap) {
