@@ -117,6 +117,19 @@ TEST_F(MenuFrames, ReplaceAFileButKeepAFoldersContent) {
     EXPECT_EQ(identify(folder.file("menu/021.jpg")), "JPEG 720x540 72x72");
 }
 
+TEST_F(MenuFrames, AreDrawnAgainWhereTheFirstFrameIsNotTheirs) {
+    // The first frame cannot be written, the second shares its file with the fifth.
+    fs::create_directories(folder.file("menu/000.jpg/full"));
+    folder.write("menu/001.jpg", "old");
+    fs::create_hard_link(folder.file("menu/001.jpg"), folder.file("menu/005.jpg"));
+    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    for (const int pass : {2, 21, 22, 42, 748}) {
+        const std::string frame = fmt::format("{}/{:03}.jpg", request.output, pass);
+        EXPECT_TRUE(near(pixelOf(frame, 190, 125), kReds[pass % 3], 3)) << pass;
+        EXPECT_TRUE(near(pixelOf(frame, 360, 125), {0, 30 + 30 * (pass % 7), 0, 255}, 3)) << pass;
+    }
+}
+
 TEST_F(MenuFrames, FailOnAMissingCaptionBeforeTheFrame) {
     request.captions = {"only one"};
     folder.write("menu/000.jpg", "earlier");

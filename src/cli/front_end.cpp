@@ -87,6 +87,7 @@ std::optional<std::vector<std::string>> listItems(const std::optional<std::strin
 }  // namespace
 
 int runFrontEnd(const std::vector<std::string>& words, const Composer& composer) {
+    setVerbose(0);
     writeStandardError(kBanner);
     const argsHelper arguments(words);
     if (arguments.SearchArg("-h")) return failWithUsage("");
@@ -131,7 +132,7 @@ int runFrontEnd(const std::vector<std::string>& words, const Composer& composer)
     request.captions =
         listItems(valueOr(arguments, "-captions", "-captions NO parameter missing\n"));
 
-    // The host application passes -isPal as well, but every page it asks for is PAL.
+    // -isPal is accepted and has no effect.
     request.isPal = true;
     return composer(request) ? 0 : kFailure;
 }

@@ -11,7 +11,37 @@ namespace tkv {
 namespace {
 
 // Conversions to int cut towards zero. Products and sums are made in single precision, but for the
-// two in double precision below, which players' buttons have always been placed by.
+// two that a shape names: on the raster of 480 rows the top of the upper two of four big thumbnails
+// comes to row 63 in double precision and to row 64 in single.
+
+/// How the buttons of a layout lie on its thumbnails.
+struct ButtonShape {
+    int rowsAbove;  ///< From the place's y to the top, on the page.
+    bool topInDouble;
+    int left, right;  ///< Of the 16:9 button, from the place's x.
+    int inset;        ///< Of the 16:9 button, below the top and above the bottom.
+    int strip;        ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
+    int cut;          ///< Columns that the 4:3 map takes for cut off on the left.
+    double panScanWidth;
+    bool panScanWidthInDouble;
+    bool wholeAreaY, wholeAreaHeight;  ///< Whether the debug area is cut to whole rows.
+};
+
+constexpr ButtonShape kGridButton{120,          false,     10,    150,  10,  0,
+                                  kCropPanscan, 213.33334, false, true, true};
+
+/// By the number of thumbnails, from one. A single one has a strip of 30 rows for a button on wide
+/// displays, and the buttons of four are not inset there: both are intended.
+constexpr std::array<ButtonShape, 4> kBigButtons{{
+    {360, false, 20, 480, 10, 30, 80, 640, false, true, false},
+    {180, true, 20, 480, 10, 0, 80, 640, false, true, true},
+    {120, false, 20, 480, 10, 0, 80, 640, false, true, true},
+    {180, true, 0, 240, 0, 0, kCropPanscan, 320.00000953674316, true, false, true},
+}};
+
+const ButtonShape& shapeOf(const ThumbnailLayout& layout) {
+    return layout.isBig ? kBigButtons[layout.places.size() - 1] : kGridButton;
+}
 
 /// The row of a page height.
 int rowOf(int y, const Raster& raster) {
@@ -19,16 +49,10 @@ int rowOf(int y, const Raster& raster) {
                             static_cast<float>(y) * raster.yFactor);
 }
 
-/// The row of the top of a picture of 180 rows; in double precision.
-int rowOf180Above(int y, const Raster& raster) {
-    return static_cast<int>(raster.height - (y + 180.0) * double{raster.yFactor});
-}
-
-int rowOf120Above(int y, const Raster& raster) {
-    return rowOf(y + 120, raster);
-}
-int rowOf360Above(int y, const Raster& raster) {
-    return rowOf(y + 360, raster);
+int topRow(const ButtonShape& shape, int y, const Raster& raster) {
+    const int top = y + shape.rowsAbove;
+    if (!shape.topInDouble) return rowOf(top, raster);
+    return static_cast<int>(raster.height - double{raster.yFactor} * top);
 }
 
 /// The column on a 4:3 display of what stands `fromCut` columns right of the part cut off.
@@ -36,38 +60,9 @@ float panScanColumn(int fromCut) {
     return static_cast<float>(fromCut) * kRatioPanscan;
 }
 
-int rightOfWhole(float left) {
-    return static_cast<int>(left + 640.0F);
-}
-/// In double precision.
-int rightOfHalf(float left) {
-    return static_cast<int>(double{left} + 320.00000953674316);
-}
-int rightOfThird(float left) {
-    return static_cast<int>(left + 213.33334F);
-}
-
-/// How the buttons of a layout lie on its thumbnails.
-struct ButtonShape {
-    int (*top)(int y, const Raster& raster);
-    int left, right;  ///< Of the 16:9 button, from the place's x.
-    int inset;        ///< Of the 16:9 button, below the top and above the bottom.
-    int strip;        ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
-    int cut;          ///< Columns that the 4:3 map takes for cut off on the left.
-    int (*panScanRight)(float left);
-};
-
-/// A single big thumbnail has a strip of 30 rows for a button on wide displays, and the buttons of
-/// four are not inset there: both are intended.
-constexpr ButtonShape kOneBig{rowOf360Above, 20, 480, 10, 30, 80, rightOfWhole};
-constexpr ButtonShape kTwoBig{rowOf180Above, 20, 480, 10, 0, 80, rightOfWhole};
-constexpr ButtonShape kThreeBig{rowOf120Above, 20, 480, 10, 0, 80, rightOfWhole};
-constexpr ButtonShape kFourBig{rowOf180Above, 0, 240, 0, 0, kCropPanscan, rightOfHalf};
-constexpr ButtonShape kGrid{rowOf120Above, 10, 150, 10, 0, kCropPanscan, rightOfThird};
-constexpr std::array kBigShapes{kOneBig, kTwoBig, kThreeBig, kFourBig};
-
-const ButtonShape& shapeOf(const ThumbnailLayout& layout) {
-    return layout.isBig ? kBigShapes[layout.places.size() - 1] : kGrid;
+int panScanRight(float left, double width, bool inDouble) {
+    return static_cast<int>(inDouble ? double{left} + width
+                                     : double{left + static_cast<float>(width)});
 }
 
 std::string lineOf(std::string_view name, const ButtonRect& rect) {
@@ -88,13 +83,14 @@ ButtonRects thumbnailButton(const ThumbnailLayout& layout, std::size_t index,
     constexpr int kInset = 10;
     const ButtonShape& shape = shapeOf(layout);
     const ThumbnailPlace& place = layout.place(index);
-    const int top = shape.top(place.y, raster);
+    const int top = topRow(shape, place.y, raster);
     const int bottom = rowOf(place.y, raster);
     const int wideTop = top + shape.inset;
     const int wideBottom = shape.strip > 0 ? wideTop + shape.strip : bottom - shape.inset;
     const float left = panScanColumn(place.x - shape.cut);
     return {{place.x + shape.left, wideTop, place.x + shape.right, wideBottom},
-            {static_cast<int>(left) + kInset, top + kInset, shape.panScanRight(left) - kInset,
+            {static_cast<int>(left) + kInset, top + kInset,
+             panScanRight(left, shape.panScanWidth, shape.panScanWidthInDouble) - kInset,
              bottom - kInset}};
 }
 
@@ -102,20 +98,19 @@ ButtonRects navigationButton(int x, int y, const Raster& raster) {
     const int row = rowOf(y, raster);
     const float left = panScanColumn(x - kCropPanscan);
     return {{x, row - 19, x + 160, row + 4},
-            {static_cast<int>(left), row - 19, rightOfThird(left), row + 4}};
+            {static_cast<int>(left), row - 19, panScanRight(left, kGridButton.panScanWidth, false),
+             row + 4}};
 }
 
 Rect thumbnailArea(const ThumbnailLayout& layout, std::size_t index, const Raster& raster) {
     const ThumbnailPlace& place = layout.place(index);
     const auto scaled = [&](double units) { return static_cast<float>(units) * raster.yFactor; };
     const auto whole = [](float units) { return static_cast<double>(static_cast<int>(units)); };
-    // One big thumbnail's height and four's positions are not cut to whole rows.
-    const bool isOne = layout.isBig && layout.places.size() == 1;
-    const bool isFour = layout.isBig && layout.places.size() == 4;
+    const ButtonShape& shape = shapeOf(layout);
     const float y = scaled(place.y);
     const float height = scaled(layout.source.height);
-    return {static_cast<double>(place.x + layout.shiftX), isFour ? double{y} : whole(y),
-            layout.source.width, isOne ? double{height} : whole(height)};
+    return {static_cast<double>(place.x + layout.shiftX), shape.wholeAreaY ? whole(y) : double{y},
+            layout.source.width, shape.wholeAreaHeight ? whole(height) : double{height}};
 }
 
 Rect navigationArea(int x, int y, const Raster& raster) {

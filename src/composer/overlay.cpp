@@ -26,7 +26,8 @@ std::string formatAttribute(bool isPal) {
     return fmt::format("format=\"{}\"", isPal ? "PAL" : "NTSC");
 }
 
-/// The map's start. Paths stand in it as they are: the multiplexer's reader does without escapes.
+/// The map's start. Paths stand in it as they are; one with an ampersand or a quotation mark makes
+/// a map that the multiplexer refuses.
 std::string headOf(const std::string& highlight, const std::string& select, bool isPal) {
     return fmt::format(
         "<subpictures {}>\n"

@@ -1,5 +1,7 @@
 #include "composer/page_composer.h"
 
+#include <fmt/format.h>
+
 #include <cstdint>
 #include <utility>
 

@@ -13,8 +13,8 @@ namespace tkv {
 
 /// Draws pages. A picture is decoded and scaled, a text laid out and rasterised once; later pages
 /// blend what was made. Prepared layers are kept until their pixels fill the budget; what comes
-/// later is made for its page alone, so that a run of any length has a bounded memory and loops
-/// longer than the budget still find their first layers again.
+/// later is made for its page alone, so that the memory of a run does not grow with its length, and
+/// loops longer than the budget still find their first layers again.
 class PageRenderer {
   public:
     static constexpr std::size_t kDefaultBudget = 24U << 20U;

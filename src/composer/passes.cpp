@@ -1,7 +1,11 @@
 #include "composer/passes.h"
 
+#include <fmt/format.h>
+
 #include <map>
+#include <optional>
 #include <string>
+#include <utility>
 
 #include "composer/jacket.h"
 #include "composer/overlay.h"
@@ -9,6 +13,7 @@
 #include "composer/page_geometry.h"
 #include "composer/page_renderer.h"
 #include "imaging/rescale.h"
+#include "platform/files.h"
 #include "platform/log.h"
 #include "platform/paths.h"
 #include "platform/verbose.h"
@@ -68,18 +73,37 @@ class FrameWriter {
   private:
     bool writeFile(const Page& page, const std::string& path) {
         if (!copiesEqualPages_) return draw(page, path);
-        const auto [first, isNew] = firstFrames_.try_emplace(page, path);
-        return (!isNew && copyFile(first->second, path)) || draw(page, path);
+        const auto first = firstFrames_.find(page);
+        if (first != firstFrames_.end() && first->second.isUnchanged() &&
+            copyFile(first->second.path, path)) {
+            return true;
+        }
+        // Only a file that this drawing has written may stand for the page: one that could not be
+        // overwritten still holds something else.
+        const std::optional<FileStamp> before = fileStamp(path);
+        const bool isSuccess = draw(page, path);
+        const std::optional<FileStamp> after = fileStamp(path);
+        if (isSuccess && after && after != before) {
+            firstFrames_.insert_or_assign(page, Frame{path, *after});
+        }
+        return isSuccess;
     }
 
     bool draw(const Page& page, const std::string& path) {
         return writePicture(renderer_, page, path, {kPageWidth, kPageHeight}, kDefaultQuality);
     }
 
+    // A frame's file as it was written; a later frame may have the same file by another name.
+    struct Frame {
+        std::string path;
+        FileStamp stamp;
+        bool isUnchanged() const { return fileStamp(path) == stamp; }
+    };
+
     std::string folder_;
     bool copiesEqualPages_;
     PageRenderer renderer_;
-    std::map<Page, std::string> firstFrames_;
+    std::map<Page, Frame> firstFrames_;
 };
 
 }  // namespace

@@ -18,6 +18,14 @@ namespace {
 
 constexpr std::int64_t kLargestFile = std::int64_t{1} << 31;
 
+// The descriptor of a file that is made if it is missing, or -1. A FIFO that nobody reads fails
+// instead of waiting for a reader; one that is read is written to at its reader's pace.
+int openForWriting(const std::string& path, int flags) {
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC | flags, 0666);
+    if (file >= 0) fcntl(file, F_SETFL, fcntl(file, F_GETFL) & ~O_NONBLOCK);
+    return file;
+}
+
 // Copies up to `size` bytes from where the one file stands to where the other does; answers as
 // read and write do.
 ssize_t copyRange(int from, int to, std::size_t size) {
@@ -99,7 +107,7 @@ std::optional<std::vector<std::uint8_t>> readFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
-    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
+    Descriptor file(openForWriting(path, O_TRUNC));
     if (file.number() < 0) return false;
     const std::size_t written = transferAll(bytes.size(), [&](std::size_t done) {
         return write(file.number(), bytes.data() + done, bytes.size() - done);
@@ -116,7 +124,7 @@ bool copyFile(const std::string& from, const std::string& to) {
         return false;
     }
     // Truncating comes after the look at what was opened: the two names may be links to one file.
-    Descriptor target(open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    Descriptor target(openForWriting(to, 0));
     struct stat targetStatus {};
     if (target.number() < 0 || fstat(target.number(), &targetStatus) != 0 ||
         (sourceStatus.st_dev == targetStatus.st_dev &&

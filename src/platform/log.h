@@ -14,7 +14,7 @@ void writeStandardError(std::string_view text);
 /// A line feed is added unless the text ends with one; bytes that are not UTF-8 are replaced.
 void writeLog(std::string_view text);
 
-/// Formats and writes one log entry. Never throws.
+/// Formats and writes one log entry.
 template <typename... Args>
 void logLine(fmt::format_string<Args...> format, Args&&... args) {
     writeLog(fmt::format(format, std::forward<Args>(args)...));
