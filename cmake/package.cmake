@@ -1,0 +1,13 @@
+# `cpack` in a build folder makes a Debian package of the installation.
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME tkvdvdmenuimg)
+set(CPACK_PACKAGE_CONTACT "The tkvDvdMenuImg authors")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Composes the pictures of a DVD-Video menu page")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION video)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS fonts-dejavu-core)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS dvdauthor)
+set(CPACK_STRIP_FILES ON)
+include(CPack)
