@@ -1,5 +1,7 @@
 #include "platform/bitmap.h"
 
+#include <cstring>
+#include <limits>
 #include <utility>
 
 namespace tkv {
@@ -12,13 +14,20 @@ Bitmap::Bitmap(PixelSize size, std::size_t rowBytes, Memory pixels)
 
 std::optional<Bitmap> Bitmap::create(PixelSize size, std::size_t rowBytes) {
     if (size.width < 1 || size.height < 1) return std::nullopt;
+    const auto rows = static_cast<std::size_t>(size.height);
     const std::size_t tight = std::size_t{4} * static_cast<std::size_t>(size.width);
     if (rowBytes == 0) rowBytes = tight;
     if (rowBytes < tight || rowBytes % 4 != 0) return std::nullopt;
-    // calloc takes the zeroes from the system, so the unused part of wide rows costs no memory.
-    Memory pixels(
-        static_cast<std::uint8_t*>(std::calloc(static_cast<std::size_t>(size.height), rowBytes)));
+    if (rowBytes > std::numeric_limits<std::size_t>::max() / rows) return std::nullopt;
+    // Only the pixels are cleared: the rest of wide rows is several times as much memory, and none
+    // of it is ever looked at.
+    const bool wide = rowBytes > tight;
+    Memory pixels(static_cast<std::uint8_t*>(wide ? std::malloc(rows * rowBytes)
+                                                  : std::calloc(rows, rowBytes)));
     if (!pixels) return std::nullopt;
+    for (std::size_t row = 0; wide && row < rows; ++row) {
+        std::memset(pixels.get() + row * rowBytes, 0, tight);
+    }
     return Bitmap(size, rowBytes, std::move(pixels));
 }
 
