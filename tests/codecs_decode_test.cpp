@@ -162,6 +162,7 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
     convert("grey.jpg", {"-colorspace", "Gray"});
     convert("progressive.jpg", {"-interlace", "JPEG", "-quality", "95"});
     convert("palette.png", {"-colors", "4"});
+    convert("a.xpm", {});
     convert("alpha.jp2", {"-alpha", "set", "-channel", "A", "-evaluate", "set", "50%"});
     const auto compress = [&](const char* source, const char* layout, const char* target) {
         change(
@@ -175,7 +176,8 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
         const char* name;
         Rgba expected;
     } rows[] = {
-        {"a.ppm", {255, 128, 0, 255}},       {"cmyk.jpg", {255, 128, 0, 255}},
+        {"a.ppm", {255, 128, 0, 255}},       {"a.xpm", {255, 128, 0, 255}},
+        {"cmyk.jpg", {255, 128, 0, 255}},
         {"grey.jpg", {146, 146, 146, 255}},  {"progressive.jpg", {255, 128, 0, 255}},
         {"palette.png", {255, 128, 0, 255}}, {"alpha.jp2", {255, 128, 0, 128}},
         {"coarse.jp2", {254, 0, 0, 255}},    {"bare.j2k", {254, 0, 0, 255}},

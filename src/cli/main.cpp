@@ -1,3 +1,4 @@
+#include <csignal>
 #include <exception>
 #include <string_view>
 
@@ -6,6 +7,8 @@
 #include "platform/log.h"
 
 int main(int argc, char** argv) {
+    // A host that no longer reads the lines still wants the page.
+    std::signal(SIGPIPE, SIG_IGN);
     try {
         // A caller may pass not even the program's name.
         return tkv::runFrontEnd({argv + (argc > 0 ? 1 : 0), argv + argc}, tkv::dvdMenuPicture);

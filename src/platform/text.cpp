@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <span>
+#include <string_view>
 #include <vector>
 
 #include "platform/cairo_handles.h"
@@ -70,21 +72,29 @@ PangoAlignment pangoAlignment(Alignment alignment, PangoLayout* layout) {
     return toTheRight != rightToLeft ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT;
 }
 
-/// A text may have more lines than a page has rows, and laying out tens of thousands takes seconds:
-/// keeps the first ones of a rectangle, the last ones of a text that grows upwards from a point.
-std::string shownParagraphs(const std::string& text, const TextPlace& place) {
+/// A caller's text may be far longer than a page is wide or high, and laying it all out takes
+/// seconds: keeps the first lines of a rectangle, the last ones of a text that grows upwards from a
+/// point, and the beginning of each.
+std::string shownPart(const std::string& text, const TextPlace& place) {
     constexpr std::size_t kMostLines = 1000;
-    std::vector<std::size_t> starts;
-    for (std::size_t start = 0; start < text.size();) {
-        starts.push_back(start);
+    constexpr std::size_t kMostCharacters = 4000;
+    std::vector<std::string_view> lines;
+    for (std::string_view rest = text; !rest.empty();) {
         int next = 0;
-        pango_find_paragraph_boundary(text.c_str() + start, static_cast<int>(text.size() - start),
-                                      nullptr, &next);
-        start += static_cast<std::size_t>(next);
+        pango_find_paragraph_boundary(rest.data(), static_cast<int>(rest.size()), nullptr, &next);
+        lines.push_back(rest.substr(0, static_cast<std::size_t>(next)));
+        rest.remove_prefix(static_cast<std::size_t>(next));
     }
-    if (starts.size() <= kMostLines) return text;
-    if (std::holds_alternative<Rect>(place)) return text.substr(0, starts[kMostLines]);
-    return text.substr(starts[starts.size() - kMostLines]);
+    std::span<const std::string_view> kept = lines;
+    if (kept.size() > kMostLines) {
+        kept = std::holds_alternative<Rect>(place) ? kept.first(kMostLines) : kept.last(kMostLines);
+    }
+    std::string shown;
+    for (const std::string_view line : kept) {
+        shown += firstCharacters(line, kMostCharacters);
+        if (characterCount(line) > kMostCharacters) shown += '\n';
+    }
+    return shown;
 }
 
 PangoLayoutOwner layOut(const std::string& text, const TextAttributes& attributes,
@@ -168,8 +178,7 @@ void drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas) {
     if (text.empty() || !(attributes.fontSize > 0)) return std::nullopt;
-    const PangoLayoutOwner layout =
-        layOut(shownParagraphs(validUtf8(text), place), attributes, place);
+    const PangoLayoutOwner layout = layOut(shownPart(validUtf8(text), place), attributes, place);
     const std::vector<PlacedLine> lines = placeLines(layout.get(), place, canvas);
     Box ink;
     for (const PlacedLine& line : lines)

@@ -25,6 +25,7 @@ constexpr std::string_view kMovieShare = ".iMovieProject/Shared Movies/iDVD";
 bool makeFolders(const fs::path& folder, bool openToAll) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return true;
+    if (error == std::errc::filename_too_long) return false;
     const fs::path parent = folder.parent_path();
     if (!parent.empty() && parent != folder && !makeFolders(parent, openToAll)) return false;
     // A path with a slash at its end was already made as its own parent.

@@ -50,6 +50,9 @@ std::optional<Bytes> encodeGif(const Bitmap& bitmap);
 inline constexpr int kLargestSide = 32768;
 inline constexpr std::int64_t kMostPixels = 512'000'000;
 
+/// The drawing library reaches no further; what is larger is decoded reduced.
+inline constexpr int kLargestDrawnSide = 32000;
+
 /// Whether a picture of this size, decoded at `reduced`, is within those limits.
 constexpr bool canHold(PixelSize full, PixelSize reduced) {
     return full.width >= 1 && full.height >= 1 && full.width <= kLargestSide &&

@@ -26,7 +26,7 @@ constexpr J_COLOR_SPACE kPixels =
     std::endian::native == std::endian::little ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
 /// Encoders write some ten scans. Each may cost a pass over the whole picture for a few bytes.
-constexpr int kMostScans = 500;
+constexpr int kMostScans = 100;
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr int kIccMarker = JPEG_APP0 + 2;
@@ -147,6 +147,14 @@ PixelSize reducedSize(PixelSize full, int eighths) {
     return {(full.width * eighths + 7) / 8, (full.height * eighths + 7) / 8};
 }
 
+/// Of a progressive file all frequencies of the full size are kept until its last scan, at whatever
+/// size it is shown.
+bool canHoldFrequencies(const jpeg_decompress_struct& codec) {
+    return !codec.progressive_mode ||
+           std::int64_t{codec.image_width} * codec.image_height * codec.num_components <=
+               kMostPixels;
+}
+
 int smallestEighths(PixelSize full, PixelSize needed) {
     int eighths = 1;
     while (eighths < 8) {
@@ -154,7 +162,8 @@ int smallestEighths(PixelSize full, PixelSize needed) {
         if (reduced.width >= needed.width && reduced.height >= needed.height) break;
         ++eighths;
     }
-    return eighths;
+    const int longest = std::max(full.width, full.height);
+    return longest > kLargestDrawnSide ? std::min(eighths, 7) : eighths;
 }
 
 std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
@@ -167,7 +176,9 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     PixelSize atLeast = needed(swapsSides(turn) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(turn)) std::swap(atLeast.width, atLeast.height);
     const int eighths = smallestEighths(full, atLeast);
-    if (!canHold(full, reducedSize(full, eighths))) return std::nullopt;
+    if (!canHold(full, reducedSize(full, eighths)) || !canHoldFrequencies(codec_)) {
+        return std::nullopt;
+    }
 
     const bool inks = codec_.jpeg_color_space == JCS_CMYK || codec_.jpeg_color_space == JCS_YCCK;
     codec_.scale_num = static_cast<unsigned>(eighths);

@@ -208,7 +208,10 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
         const PixelSize reduced = sizeAfter(*image, halvings);
         if (reduced.width >= atLeast.width && reduced.height >= atLeast.height) break;
     }
-    if (!canHold(full, sizeAfter(*image, halvings)) ||
+    // The library keeps every component apart, four bytes a sample.
+    const PixelSize reduced = sizeAfter(*image, halvings);
+    const int components = static_cast<int>(image->numcomps);
+    if (!canHold(full, {reduced.width, reduced.height * components}) ||
         !opj_set_decoded_resolution_factor(codec.get(), halvings) ||
         !opj_decode(codec.get(), stream.get(), image.get())) {
         return std::nullopt;

@@ -1,6 +1,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -45,8 +46,18 @@ void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* pr
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
-/// Where a file ends too soon, memory never written to would show.
+std::string nameOf(GdkPixbufLoader* loader) {
+    const std::unique_ptr<gchar, Free> name(
+        gdk_pixbuf_format_get_name(gdk_pixbuf_loader_get_format(loader)));
+    return name.get();
+}
+
+/// Where a file ends too soon, memory never written to would show. Only for the formats that are
+/// read row by row: the readers of others tell of a picture when it is complete.
 void clear(GdkPixbufLoader* loader, Progress*) {
+    constexpr std::array<std::string_view, 8> kRowByRow{"png", "gif", "bmp", "ico",
+                                                        "ani", "tga", "pnm", "jpeg"};
+    if (std::ranges::find(kRowByRow, nameOf(loader)) == kRowByRow.end()) return;
     gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), 0);
 }
 
@@ -69,13 +80,6 @@ void unmultiply(GdkPixbuf* pixbuf) {
     }
 }
 
-/// The TIFF reader hands on what its library made, colours multiplied by their alpha.
-bool multiplies(GdkPixbufLoader* loader) {
-    GdkPixbufFormat* format = gdk_pixbuf_loader_get_format(loader);
-    const std::unique_ptr<gchar, Free> name(gdk_pixbuf_format_get_name(format));
-    return std::string_view(name.get()) == "tiff";
-}
-
 Pixbuf load(ByteView file) {
     // The GIF reader goes over the whole picture after each piece, and moves all that is left of a
     // piece each few bytes: much smaller or larger ones take it ten times as long.
@@ -94,7 +98,8 @@ Pixbuf load(ByteView file) {
     gdk_pixbuf_loader_close(loader.get(), nullptr);
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (pixbuf == nullptr || progress.tooLarge || !progress.hasPixels) return nullptr;
-    if (gdk_pixbuf_get_has_alpha(pixbuf) && multiplies(loader.get())) unmultiply(pixbuf);
+    // The TIFF reader hands on what its library made, colours multiplied by their alpha.
+    if (gdk_pixbuf_get_has_alpha(pixbuf) && nameOf(loader.get()) == "tiff") unmultiply(pixbuf);
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
@@ -271,9 +276,10 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     PixelSize atLeast = needed(swapsSides(orientation) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(orientation)) std::swap(atLeast.width, atLeast.height);
 
-    const int factor = std::max(1, std::min(full.width / std::max(1, atLeast.width),
-                                            full.height / std::max(1, atLeast.height)));
-    const PixelSize reduced{full.width / factor, full.height / factor};
+    const int wanted = std::min(full.width / std::max(1, atLeast.width),
+                                full.height / std::max(1, atLeast.height));
+    const int factor = std::max(wanted, 1 + std::max(full.width, full.height) / kLargestDrawnSide);
+    const PixelSize reduced{std::max(1, full.width / factor), std::max(1, full.height / factor)};
     std::optional<Bitmap> bitmap = factor == 1 ? toBitmap(pixels) : reducedTo(reduced, pixels);
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
