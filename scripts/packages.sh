@@ -8,10 +8,11 @@ build_packages=(
 )
 
 # What the tests need besides: their framework, the checkers, other people's programs that open
-# what the tool wrote, and fonts for the scripts that DejaVu lacks.
+# what the tool wrote or make a disc of it, and fonts for the scripts that DejaVu lacks.
 test_packages=(
     clang-format clang-tidy libgtest-dev
     imagemagick libimage-exiftool-perl libopenjp2-tools
+    ffmpeg genisoimage libdvdnav-dev libdvdread-dev
     fonts-noto-color-emoji fonts-vlgothic
 )
 
