@@ -16,6 +16,9 @@ test_packages=(
     fonts-noto-color-emoji fonts-vlgothic
 )
 
+# What the benchmarks need besides: their framework, and the programs the tool is timed against.
+bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)
+
 # Installs those of the named packages that are missing.
 install_packages() {
     local missing=() package as_root=()

@@ -6,7 +6,7 @@ source scripts/packages.sh
 
 install_packages "${build_packages[@]}" "${test_packages[@]}"
 
-find src tests -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
+find src tests bench -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
 cmake --preset debug
 cmake --build --preset debug
 ctest --preset debug --parallel "$(nproc)"
