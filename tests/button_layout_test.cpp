@@ -1,8 +1,5 @@
 #include "composer/button_layout.h"
 
-#include <fmt/format.h>
-#include <gtest/gtest.h>
-
 #include "composer/page_geometry.h"
 #include "composer/page_texts.h"
 #include "support.h"
@@ -14,95 +11,63 @@ Raster raster(bool isPal) {
     return {canvasSize(MenuMode::overlay, isPal).height, overlayYFactor(MenuMode::overlay, isPal)};
 }
 
-std::string line(std::string_view name, const ButtonRect& rect) {
-    return fmt::format("<button name=\"{}\" x0=\"{}\" y0=\"{}\" x1=\"{}\" y1=\"{}\" />\n", name,
-                       rect.x0, rect.y0, rect.x1, rect.y1);
+std::string line(const ButtonRect& rect) {
+    return fmt::format("<button name=\"b\" x0=\"{}\" y0=\"{}\" x1=\"{}\" y1=\"{}\" />\n", rect.x0,
+                       rect.y0, rect.x1, rect.y1);
 }
 
-/// What a map says of a button, and what the rounding says meanwhile.
-void expectLines(const ButtonRects& button, const ButtonRect& wide, const ButtonRect& panScan) {
-    ButtonMap map;
-    errorsOf([&] { map.add("button", button); });
-    EXPECT_EQ(map.wide, line("button", wide));
-    EXPECT_EQ(map.panScan, line("button", panScan));
-}
-
-struct ThumbnailRow {
-    bool isPal;
+struct Row {
     std::size_t bigThumbnails;  ///< 0 stands for the grid.
     std::size_t index;
-    ButtonRect wide, panScan;
+    ButtonRect palWide, palPanScan, ntscWide, ntscPanScan;
 };
 
-const ThumbnailRow kThumbnails[] = {
-    {true, 0, 0, {120, 80, 260, 188}, {36, 80, 230, 188}},
-    {true, 0, 1, {290, 80, 430, 188}, {264, 80, 456, 188}},
-    {true, 0, 2, {460, 80, 600, 188}, {490, 80, 684, 188}},
-    {true, 0, 3, {120, 222, 260, 330}, {36, 222, 230, 330}},
-    {true, 0, 4, {290, 222, 430, 330}, {264, 222, 456, 330}},
-    {true, 0, 5, {460, 222, 600, 330}, {490, 222, 684, 330}},
-    {true, 0, 6, {120, 366, 260, 474}, {36, 366, 230, 474}},
-    {true, 0, 7, {290, 366, 430, 474}, {264, 366, 456, 474}},
-    {true, 0, 8, {460, 366, 600, 474}, {490, 366, 684, 474}},
-    {true, 1, 0, {130, 110, 590, 140}, {50, 110, 670, 474}},
-    {true, 2, 0, {130, 86, 590, 258}, {50, 86, 670, 258}},
-    {true, 2, 1, {130, 302, 590, 474}, {50, 302, 670, 474}},
-    {true, 3, 0, {130, 80, 590, 188}, {50, 80, 670, 188}},
-    {true, 3, 1, {130, 222, 590, 330}, {50, 222, 670, 330}},
-    {true, 3, 2, {130, 366, 590, 474}, {50, 366, 670, 474}},
-    {true, 4, 0, {110, 76, 350, 268}, {36, 86, 336, 258}},
-    {true, 4, 1, {370, 76, 610, 268}, {384, 86, 684, 258}},
-    {true, 4, 2, {110, 292, 350, 484}, {36, 302, 336, 474}},
-    {true, 4, 3, {370, 292, 610, 484}, {384, 302, 684, 474}},
-    {false, 0, 0, {120, 68, 260, 154}, {36, 68, 230, 154}},
-    {false, 0, 1, {290, 68, 430, 154}, {264, 68, 456, 154}},
-    {false, 0, 2, {460, 68, 600, 154}, {490, 68, 684, 154}},
-    {false, 0, 3, {120, 186, 260, 274}, {36, 186, 230, 274}},
-    {false, 0, 4, {290, 186, 430, 274}, {264, 186, 456, 274}},
-    {false, 0, 5, {460, 186, 600, 274}, {490, 186, 684, 274}},
-    {false, 0, 6, {120, 306, 260, 392}, {36, 306, 230, 392}},
-    {false, 0, 7, {290, 306, 430, 392}, {264, 306, 456, 392}},
-    {false, 0, 8, {460, 306, 600, 392}, {490, 306, 684, 392}},
-    {false, 1, 0, {130, 92, 590, 122}, {50, 92, 670, 392}},
-    {false, 2, 0, {130, 74, 590, 214}, {50, 74, 670, 214}},
-    {false, 2, 1, {130, 252, 590, 392}, {50, 252, 670, 392}},
-    {false, 3, 0, {130, 68, 590, 154}, {50, 68, 670, 154}},
-    {false, 3, 1, {130, 186, 590, 274}, {50, 186, 670, 274}},
-    {false, 3, 2, {130, 306, 590, 392}, {50, 306, 670, 392}},
-    {false, 4, 0, {110, 64, 350, 224}, {36, 74, 336, 214}},
-    {false, 4, 1, {370, 64, 610, 224}, {384, 74, 684, 214}},
-    {false, 4, 2, {110, 242, 350, 402}, {36, 252, 336, 392}},
-    {false, 4, 3, {370, 242, 610, 402}, {384, 252, 684, 392}},
-};
+constexpr std::size_t kNavigation = 9;  ///< In place of a number of big thumbnails.
 
-TEST(ButtonLayout, ThumbnailButtonsOfEveryLayoutAndRaster) {
-    for (const ThumbnailRow& row : kThumbnails) {
-        SCOPED_TRACE(testing::Message() << (row.isPal ? "PAL, " : "NTSC, ") << row.bigThumbnails
-                                        << " big, place " << row.index);
-        const ThumbnailLayout& layout = row.bigThumbnails > 0
-                                            ? thumbnailLayout(true, row.bigThumbnails)
-                                            : thumbnailLayout(false, 9);
-        expectLines(thumbnailButton(layout, row.index, raster(row.isPal)), row.wide, row.panScan);
-    }
+constexpr Row kRows[] = {
+    {0, 0, {120, 80, 260, 188}, {36, 80, 230, 188}, {120, 68, 260, 154}, {36, 68, 230, 154}},
+    {0, 1, {290, 80, 430, 188}, {264, 80, 456, 188}, {290, 68, 430, 154}, {264, 68, 456, 154}},
+    {0, 2, {460, 80, 600, 188}, {490, 80, 684, 188}, {460, 68, 600, 154}, {490, 68, 684, 154}},
+    {0, 3, {120, 222, 260, 330}, {36, 222, 230, 330}, {120, 186, 260, 274}, {36, 186, 230, 274}},
+    {0, 4, {290, 222, 430, 330}, {264, 222, 456, 330}, {290, 186, 430, 274}, {264, 186, 456, 274}},
+    {0, 5, {460, 222, 600, 330}, {490, 222, 684, 330}, {460, 186, 600, 274}, {490, 186, 684, 274}},
+    {0, 6, {120, 366, 260, 474}, {36, 366, 230, 474}, {120, 306, 260, 392}, {36, 306, 230, 392}},
+    {0, 7, {290, 366, 430, 474}, {264, 366, 456, 474}, {290, 306, 430, 392}, {264, 306, 456, 392}},
+    {0, 8, {460, 366, 600, 474}, {490, 366, 684, 474}, {460, 306, 600, 392}, {490, 306, 684, 392}},
     // The tenth lies on the ninth.
-    const ThumbnailLayout& grid = thumbnailLayout(false, 10);
-    EXPECT_EQ(thumbnailButton(grid, 9, raster(true)), thumbnailButton(grid, 8, raster(true)));
-}
+    {0, 9, {460, 366, 600, 474}, {490, 366, 684, 474}, {460, 306, 600, 392}, {490, 306, 684, 392}},
+    {1, 0, {130, 110, 590, 140}, {50, 110, 670, 474}, {130, 92, 590, 122}, {50, 92, 670, 392}},
+    {2, 0, {130, 86, 590, 258}, {50, 86, 670, 258}, {130, 74, 590, 214}, {50, 74, 670, 214}},
+    {2, 1, {130, 302, 590, 474}, {50, 302, 670, 474}, {130, 252, 590, 392}, {50, 252, 670, 392}},
+    {3, 0, {130, 80, 590, 188}, {50, 80, 670, 188}, {130, 68, 590, 154}, {50, 68, 670, 154}},
+    {3, 1, {130, 222, 590, 330}, {50, 222, 670, 330}, {130, 186, 590, 274}, {50, 186, 670, 274}},
+    {3, 2, {130, 366, 590, 474}, {50, 366, 670, 474}, {130, 306, 590, 392}, {50, 306, 670, 392}},
+    {4, 0, {110, 76, 350, 268}, {36, 86, 336, 258}, {110, 64, 350, 224}, {36, 74, 336, 214}},
+    {4, 1, {370, 76, 610, 268}, {384, 86, 684, 258}, {370, 64, 610, 224}, {384, 74, 684, 214}},
+    {4, 2, {110, 292, 350, 484}, {36, 302, 336, 474}, {110, 242, 350, 402}, {36, 252, 336, 392}},
+    {4, 3, {370, 292, 610, 484}, {384, 302, 684, 474}, {370, 242, 610, 402}, {384, 252, 684, 392}},
+    {9, 0, {450, 46, 610, 70}, {480, 46, 694, 70}, {450, 36, 610, 58}, {480, 36, 694, 58}},
+    {9, 1, {110, 510, 270, 532}, {26, 510, 240, 532}, {110, 422, 270, 444}, {26, 422, 240, 444}},
+    {9, 2, {280, 510, 440, 532}, {254, 510, 466, 532}, {280, 422, 440, 444}, {254, 422, 466, 444}},
+    {9, 3, {450, 510, 610, 532}, {480, 510, 694, 532}, {450, 422, 610, 444}, {480, 422, 694, 444}},
+};
 
-TEST(ButtonLayout, NavigationButtonsOfEveryRaster) {
-    const struct {
-        ButtonRect palWide, palPanScan, ntscWide, ntscPanScan;
-    } rows[] = {
-        {{450, 46, 610, 70}, {480, 46, 694, 70}, {450, 36, 610, 58}, {480, 36, 694, 58}},
-        {{110, 510, 270, 532}, {26, 510, 240, 532}, {110, 422, 270, 444}, {26, 422, 240, 444}},
-        {{280, 510, 440, 532}, {254, 510, 466, 532}, {280, 422, 440, 444}, {254, 422, 466, 444}},
-        {{450, 510, 610, 532}, {480, 510, 694, 532}, {450, 422, 610, 444}, {480, 422, 694, 444}},
-    };
-    for (std::size_t j = 0; j < std::size(rows); ++j) {
-        SCOPED_TRACE(kNavigationButtons[j].name);
-        const auto [x, y] = std::pair(kNavigationButtons[j].x, kNavigationButtons[j].y);
-        expectLines(navigationButton(x, y, raster(true)), rows[j].palWide, rows[j].palPanScan);
-        expectLines(navigationButton(x, y, raster(false)), rows[j].ntscWide, rows[j].ntscPanScan);
+TEST(ButtonLayout, ButtonsOfEveryLayoutAndRaster) {
+    for (const Row& row : kRows) {
+        for (const bool isPal : {true, false}) {
+            const ThumbnailLayout& layout = row.bigThumbnails > 0
+                                                ? thumbnailLayout(true, row.bigThumbnails)
+                                                : thumbnailLayout(false, 10);
+            const NavigationButton& label = kNavigationButtons[row.index % 4];
+            ButtonMap map;
+            errorsOf([&] {
+                map.add("b", row.bigThumbnails == kNavigation
+                                 ? navigationButton(label.x, label.y, raster(isPal))
+                                 : thumbnailButton(layout, row.index, raster(isPal)));
+            });
+            EXPECT_EQ(map.wide, line(isPal ? row.palWide : row.ntscWide)) << row.bigThumbnails;
+            EXPECT_EQ(map.panScan, line(isPal ? row.palPanScan : row.ntscPanScan)) << row.index;
+        }
     }
 }
 
@@ -111,23 +76,21 @@ TEST(ButtonLayout, EveryRoundingWritesItsLine) {
     EXPECT_EQ(errorsOf([&] {
                   map.add("b", {{1, 2, 3, 4}, {-3, 7, 10, 12}});
               }),
-              "nbMultipleArrondi    :-) 2\n"
-              "nbMultipleArrondi    :-) 4\n"
-              "nbMultipleArrondi    :-) -2\n"
-              "nbMultipleArrondi    :-) 8\n");
-    EXPECT_EQ(map.panScan, line("b", {-2, 8, 10, 12}));
+              "nbMultipleArrondi    :-) 2\nnbMultipleArrondi    :-) 4\n"
+              "nbMultipleArrondi    :-) -2\nnbMultipleArrondi    :-) 8\n");
+    EXPECT_EQ(map.panScan, line({-2, 8, 10, 12}));
 }
 
 TEST(ButtonLayout, DebugAreasFollowTheThumbnails) {
-    const Raster pal = raster(true);
-    EXPECT_EQ(thumbnailArea(thumbnailLayout(false, 9), 4, pal), (Rect{280, 235, 160, 128}));
-    EXPECT_NEAR(thumbnailArea(thumbnailLayout(true, 1), 0, pal).height, 384, 1e-4);
-    EXPECT_EQ(thumbnailArea(thumbnailLayout(true, 2), 0, pal), (Rect{120, 307, 480, 192}));
-    EXPECT_EQ(thumbnailArea(thumbnailLayout(true, 3), 2, pal), (Rect{120, 92, 480, 128}));
-    const Rect four = thumbnailArea(thumbnailLayout(true, 4), 1, pal);
-    EXPECT_NEAR(four.y, 307.2, 1e-4) << "not cut to whole rows";
-    EXPECT_EQ(four.height, 192);
-    EXPECT_EQ(navigationArea(110, 45, pal), (Rect{110, 44, 160, 3}));
+    const auto area = [](std::size_t count, std::size_t index) {
+        return thumbnailArea(thumbnailLayout(count < 5, count), index, raster(true));
+    };
+    EXPECT_EQ(area(9, 4), (Rect{280, 235, 160, 128}));
+    EXPECT_NEAR(area(1, 0).height, 384, 1e-4);
+    EXPECT_EQ(area(2, 0), (Rect{120, 307, 480, 192}));
+    EXPECT_EQ(area(3, 2), (Rect{120, 92, 480, 128}));
+    EXPECT_NEAR(area(4, 1).y, 307.2, 1e-4) << "not cut to whole rows";
+    EXPECT_EQ(navigationArea(110, 45, raster(true)), (Rect{110, 44, 160, 3}));
 }
 
 }  // namespace

@@ -1,43 +1,29 @@
-#include <gtest/gtest.h>
+#include "cli/front_end.h"
 
-#include <iterator>
 #include <sstream>
 
-#include "cli/front_end.h"
 #include "platform/verbose.h"
 #include "support.h"
 
-namespace tkv {
+namespace tkv::test {
 namespace {
-
-using Words = std::vector<std::string>;
 
 const std::string kBanner =
     "\n------------------------------------\n"
-    "   tkvDvdMenuImg v1.5 - 2013-11-23  \n"
-    "(UniversalBinary for Kinoveld)\n"
+    "   tkvDvdMenuImg v1.5 - 2013-11-23  \n(UniversalBinary for Kinoveld)\n"
     "------------------------------------\n"
     " to generate menus for DVD-VIDEO...\n\n";
 const std::string kUsage =
     "\nUSAGE:\ntkvDvdMenuImg [give some args to obtain some stuff] -o [output]\n\n";
 const std::string kDescription =
-    "DESCRIPTION:\n"
-    "The following options may be required:\n"
+    "DESCRIPTION:\nThe following options may be required:\n"
     " -isMainMenu   [optional] 1=main menu, (0||no arg)=submenus\n"
     " -mode         [required] -1=preview, 0=definitive, 1=jacket, 2=overlay(isPal)?PAL:NTSC\n"
     " -bkg\t\t\t[optional] input absolute path ( not used for overlays)\n"
-    " -icon\t\t\t[optional] input absolute path (only used for jacket)\n"
-    "\u2026\n";
-const std::string kNoLabels =
-    "dvdBt_readAll       : NO\ndvdBt_menuPrev      : NO\n"
-    "dvdBt_menuMain      : NO\ndvdBt_menuNext      : NO\n";
-const std::string kNoLists = "-thumbs NO parameter missing\n-captions NO parameter missing\n";
-
-// The words of a command line without quotes.
-Words words(const std::string& line) {
-    std::istringstream stream(line);
-    return {std::istream_iterator<std::string>(stream), {}};
-}
+    " -icon\t\t\t[optional] input absolute path (only used for jacket)\n\u2026\n";
+const std::string kNoLists =
+    "dvdBt_readAll       : NO\ndvdBt_menuPrev      : NO\ndvdBt_menuMain      : NO\n"
+    "dvdBt_menuNext      : NO\n-thumbs NO parameter missing\n-captions NO parameter missing\n";
 
 struct Transcript {
     int status = -1;
@@ -46,14 +32,17 @@ struct Transcript {
     int verbose = 0;
 };
 
-Transcript runWith(const Words& arguments, bool composed = true) {
+/// A command line without quotes.
+Transcript runWith(const std::string& line, bool composed = true) {
+    std::istringstream words(line);
     Transcript result;
     setVerbose(0);
-    result.errors = test::errorsOf([&] {
-        result.status = runFrontEnd(arguments, [&](const MenuRequest& request) {
-            result.request = request;
-            return composed;
-        });
+    result.errors = errorsOf([&] {
+        result.status = runFrontEnd({std::istream_iterator<std::string>(words), {}},
+                                    [&](const MenuRequest& request) {
+                                        result.request = request;
+                                        return composed;
+                                    });
     });
     result.verbose = isVerbose();
     setVerbose(0);
@@ -61,27 +50,28 @@ Transcript runWith(const Words& arguments, bool composed = true) {
 }
 
 TEST(FrontEnd, WritesTranscripts) {
+    const std::string noMode = "-mode parameter missing, exit\n" + kUsage;
     const std::string badMode =
         " is not one of -1 (preview), 0 (definitive), 1 (jacket), 2 (overlay), exit\n";
+    const std::string noOutput = "-title NO\n-o parameter missing\n" + kUsage;
     const struct {
         const char* line;
         int status;
         std::string errors;
     } cases[] = {
-        {"", 1, "-mode parameter missing, exit\n" + kUsage},
-        {"-o out -mode", 1, "-mode parameter missing, exit\n" + kUsage},
+        {"", 1, noMode},
+        {"-o out -mode", 1, noMode},
         {"-h -v 1", 1, kUsage},
         {"-mode 0 -o out -title -h", 1, kUsage},
         {"-mode 7 -o out", 1, "-mode 7" + badMode},
         {"-mode -2", 1, "-mode -2" + badMode},
-        {"-mode 0", 1, "-title NO\n-o parameter missing\n" + kUsage},
-        {"-mode 0 -v 1", 1, "-title NO\n-o parameter missing\n" + kUsage + kDescription},
-        {"-mode 1 -icon /no/such -o out", 0,
-         "-title NO\n-bkg parameters missing\n" + kNoLabels + kNoLists},
-        {"-mode 2 -o out -title T -bkg /no/such", 0, "bkg does not exist\n" + kNoLabels + kNoLists},
+        {"-mode 0", 1, noOutput},
+        {"-mode 0 -v 1", 1, noOutput + kDescription},
+        {"-mode 1 -icon /no/such -o out", 0, "-title NO\n-bkg parameters missing\n" + kNoLists},
+        {"-mode 2 -o out -title T -bkg /no/such", 0, "bkg does not exist\n" + kNoLists},
     };
     for (const auto& c : cases) {
-        const Transcript result = runWith(words(c.line));
+        const Transcript result = runWith(c.line);
         EXPECT_EQ(result.errors, kBanner + c.errors);
         EXPECT_EQ(result.status, c.status) << c.line;
         EXPECT_EQ(result.request.has_value(), c.status == 0) << c.line;
@@ -90,13 +80,13 @@ TEST(FrontEnd, WritesTranscripts) {
 }
 
 TEST(FrontEnd, PassesEveryOptionOn) {
-    const test::TempFolder folder;
+    const TempFolder folder;
     const std::string picture = folder.write("p\xE9.jpg", "");  // a name that is no UTF-8
-    const Transcript result = runWith(words(
+    const Transcript result = runWith(
         "-mode -1 -isMainMenu 1 -isPal 0 -title -v -dvdBt_readAll all -dvdBt_menuPrev prev "
         "-dvdBt_menuMain main -dvdBt_menuNext next -thumbs /a.jpgtotoCestLePlusBeau/b -captions "
         "totoCestLePlusBeautotoCestLePlusBeauc -o out surplus -bkg " +
-        picture + " -icon " + picture));
+        picture + " -icon " + picture);
     EXPECT_EQ(result.errors, kBanner);
     ASSERT_TRUE(result.request);
     const MenuRequest& request = *result.request;
@@ -104,24 +94,18 @@ TEST(FrontEnd, PassesEveryOptionOn) {
     EXPECT_TRUE(request.isMainMenu);
     EXPECT_TRUE(request.isPal) << "whatever -isPal says";
     EXPECT_EQ(request.icon, std::nullopt) << "only a jacket has one";
-    EXPECT_EQ((Words{*request.bkg, *request.title, *request.dvdBt_readAll, *request.dvdBt_menuPrev,
-                     *request.dvdBt_menuMain, *request.dvdBt_menuNext, request.output}),
-              (Words{picture, "-v", "all", "prev", "main", "next", "out"}));
-    EXPECT_EQ(request.thumbs, (Words{"/a.jpg", "/b"}));
-    EXPECT_EQ(request.captions, (Words{"", "", "c"}));
+    EXPECT_EQ(
+        (Strings{*request.bkg, *request.title, *request.dvdBt_readAll, *request.dvdBt_menuPrev,
+                 *request.dvdBt_menuMain, *request.dvdBt_menuNext, request.output}),
+        (Strings{picture, "-v", "all", "prev", "main", "next", "out"}));
+    EXPECT_EQ(request.thumbs, (Strings{"/a.jpg", "/b"}));
+    EXPECT_EQ(request.captions, (Strings{"", "", "c"}));
     EXPECT_EQ(result.verbose, 0) << "the title is an option -v too, but its value is no number";
-}
 
-TEST(FrontEnd, ReadsJacketsApart) {
-    const test::TempFolder folder;
-    const std::string icon = folder.write("icon.png", "");
-    const auto request =
-        runWith({"-mode", "1", "-isMainMenu", "1", "-icon", icon, "-thumbs", "", "-o", "out"})
-            .request;
-    ASSERT_TRUE(request);
-    EXPECT_FALSE(request->isMainMenu);
-    EXPECT_EQ(request->icon, icon);
-    EXPECT_EQ(request->thumbs, Words{""}) << "an empty value is one empty item";
+    const auto jacket = runWith("-mode 1 -isMainMenu 1 -o out -icon " + picture).request;
+    ASSERT_TRUE(jacket);
+    EXPECT_FALSE(jacket->isMainMenu);
+    EXPECT_EQ(jacket->icon, picture);
 }
 
 TEST(FrontEnd, ReadsNumbersLeniently) {
@@ -137,7 +121,7 @@ TEST(FrontEnd, ReadsNumbersLeniently) {
         {"-v 256 -mode -1 -mode 2 -o out -mode", MenuMode::preview, false, 1},
     };
     for (const auto& c : cases) {
-        const Transcript result = runWith(words(c.line), false);
+        const Transcript result = runWith(c.line, false);
         ASSERT_TRUE(result.request) << c.line;
         EXPECT_EQ(result.request->mode, c.mode) << c.line;
         EXPECT_EQ(result.request->isMainMenu, c.isMain) << c.line;
@@ -147,4 +131,4 @@ TEST(FrontEnd, ReadsNumbersLeniently) {
 }
 
 }  // namespace
-}  // namespace tkv
+}  // namespace tkv::test

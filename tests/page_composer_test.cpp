@@ -1,9 +1,5 @@
 #include "composer/page_composer.h"
 
-#include <gtest/gtest.h>
-
-#include <filesystem>
-
 #include "composer/jacket.h"
 #include "composer/page_texts.h"
 #include "imaging/rescale.h"
@@ -12,10 +8,6 @@
 
 namespace tkv::test {
 namespace {
-
-namespace fs = std::filesystem;
-
-using Names = std::vector<std::string>;
 
 template <typename LayerType>
 std::vector<LayerType> layersOf(const Page& page) {
@@ -26,40 +18,31 @@ std::vector<LayerType> layersOf(const Page& page) {
     return found;
 }
 
-Names filesShown(const Page& page) {
-    Names names;
-    for (const PictureLayer& layer : layersOf<PictureLayer>(page)) {
+Strings filesShown(const Page& page) {
+    Strings names;
+    for (const PictureLayer& layer : layersOf<PictureLayer>(page))
         names.push_back(lastComponent(layer.file));
-    }
     return names;
-}
-
-std::optional<Page> pageOf(PageComposer& composer, int number) {
-    std::optional<Pass> pass = composer.composePass(number);
-    return pass ? std::optional(std::move(pass->page)) : std::nullopt;
-}
-
-/// The first pass of a menu without background.
-std::optional<Page> composed(const MenuRequest& request) {
-    PageComposer composer(request, {});
-    return pageOf(composer, 0);
 }
 
 /// Files are not decoded while a page is composed, so any content will do.
 class Composing : public testing::Test {
   protected:
-    Names stills(std::size_t count) {
-        Names paths;
-        for (std::size_t i = 0; i < count; ++i) {
+    Strings stills(std::size_t count) {
+        Strings paths;
+        for (std::size_t i = 0; i < count; ++i)
             paths.push_back(folder.write("still" + std::to_string(i) + ".jpg", "x"));
-        }
         return paths;
     }
     std::string loop(const std::string& name, int frames) {
-        for (int i = 0; i < frames; ++i) {
+        for (int i = 0; i < frames; ++i)
             folder.write(name + "/" + name + std::to_string(i) + ".jpg", "x");
-        }
         return folder.file(name);
+    }
+    /// The first pass of a menu without background.
+    Page composed() {
+        PageComposer composer(request, {});
+        return composer.composePass(0).value().page;
     }
 
     TempFolder folder;
@@ -69,42 +52,42 @@ class Composing : public testing::Test {
 struct Place {
     bool isMainMenu;
     std::size_t thumbnails, index;
-    Rect destination;
-    Rect source;
+    Rect destination, source;
     TextPlace caption;
+    Alignment alignment;
 };
 
 const Rect kSmall{0, 0, 160, 120};
+using enum Alignment;
 const Place kPlaces[] = {
-    {false, 1, 0, {110, 355, 160, 120}, kSmall, Point{130, 342}},
-    {false, 9, 1, {280, 355, 160, 120}, kSmall, Rect{270, 342, 180, 14}},
-    {false, 9, 2, {450, 355, 160, 120}, kSmall, Rect{430, 342, 160, 14}},
-    {false, 9, 3, {110, 221, 160, 120}, kSmall, Point{130, 208}},
-    {false, 9, 7, {280, 87, 160, 120}, kSmall, Rect{270, 74, 180, 14}},
-    {false, 10, 9, {450, 87, 160, 120}, kSmall, Rect{430, 74, 160, 14}},
-    {true, 5, 4, {280, 221, 160, 120}, kSmall, Rect{270, 208, 180, 14}},
-    {true, 1, 0, {120, 87, 480, 360}, {0, 0, 480, 360}, Point{130, 74}},
-    {true, 2, 0, {120, 288, 480, 180}, {0, 120, 480, 180}, Point{130, 275}},
-    {true, 3, 2, {120, 87, 480, 120}, {0, 180, 480, 120}, Point{130, 74}},
-    {true, 4, 1, {370, 288, 240, 180}, {120, 90, 240, 180}, Rect{350, 275, 240, 14}},
-    {true, 4, 2, {110, 87, 240, 180}, {120, 90, 240, 180}, Point{130, 74}},
+    {false, 1, 0, {110, 355, 160, 120}, kSmall, Point{130, 342}, left},
+    {false, 9, 1, {280, 355, 160, 120}, kSmall, Rect{270, 342, 180, 14}, center},
+    {false, 9, 2, {450, 355, 160, 120}, kSmall, Rect{430, 342, 160, 14}, right},
+    {false, 9, 3, {110, 221, 160, 120}, kSmall, Point{130, 208}, left},
+    {false, 9, 7, {280, 87, 160, 120}, kSmall, Rect{270, 74, 180, 14}, center},
+    {false, 10, 9, {450, 87, 160, 120}, kSmall, Rect{430, 74, 160, 14}, right},
+    {true, 5, 4, {280, 221, 160, 120}, kSmall, Rect{270, 208, 180, 14}, center},
+    {true, 1, 0, {120, 87, 480, 360}, {0, 0, 480, 360}, Point{130, 74}, left},
+    {true, 2, 0, {120, 288, 480, 180}, {0, 120, 480, 180}, Point{130, 275}, left},
+    {true, 3, 2, {120, 87, 480, 120}, {0, 180, 480, 120}, Point{130, 74}, left},
+    {true, 4, 1, {370, 288, 240, 180}, {120, 90, 240, 180}, Rect{350, 275, 240, 14}, right},
+    {true, 4, 2, {110, 87, 240, 180}, {120, 90, 240, 180}, Point{130, 74}, left},
 };
 
 TEST_F(Composing, ThumbnailsAndCaptionsStandInTheirPlaces) {
     for (const Place& place : kPlaces) {
-        SCOPED_TRACE(testing::Message()
-                     << place.isMainMenu << " " << place.thumbnails << " #" << place.index);
+        SCOPED_TRACE(fmt::format("{} of {}", place.index, place.thumbnails));
         request.isMainMenu = place.isMainMenu;
         request.thumbs = stills(place.thumbnails);
-        request.captions = Names(place.thumbnails, "caption");
-        const auto page = composed(request);
-        ASSERT_TRUE(page);
-        const PictureLayer picture = layersOf<PictureLayer>(*page)[place.index];
+        request.captions = Strings(place.thumbnails, "caption");
+        const Page page = composed();
+        const PictureLayer picture = layersOf<PictureLayer>(page).at(place.index);
         EXPECT_EQ(picture.destination, place.destination);
         EXPECT_EQ(picture.source, place.source);
-        const bool isBig = place.source != kSmall;
-        EXPECT_EQ(picture.scaledTo, isBig ? (Size{480, 360}) : (Size{160, 120}));
-        EXPECT_EQ(layersOf<TextLayer>(*page)[place.index].place, place.caption);
+        EXPECT_EQ(picture.scaledTo, place.source == kSmall ? (Size{160, 120}) : (Size{480, 360}));
+        const TextLayer text = layersOf<TextLayer>(page).at(place.index);
+        EXPECT_EQ(text.place, place.caption);
+        EXPECT_EQ(text.attributes.alignment, place.alignment);
     }
 }
 
@@ -114,21 +97,13 @@ TEST_F(Composing, TextsOfAPage) {
     request.title = "chapitres";
     request.dvdBt_menuNext = "suite";
     request.dvdBt_menuPrev = "";
-    const auto page = composed(request);
     const Shadow shadow{kBlack, 0, -1.5, 5.0};
-    EXPECT_EQ(layersOf<TextLayer>(*page),
-              (std::vector<TextLayer>{{"le grand JOUR",
-                                       LetterCase::capitalized,
-                                       {11, Alignment::left, shadow, kWhite},
-                                       Point{130, 342}},
-                                      {"chapitres",
-                                       LetterCase::upper,
-                                       {16, Alignment::left, shadow, kWhite},
-                                       Point{130, 479}},
-                                      {"suite",
-                                       LetterCase::upper,
-                                       {10.6F, Alignment::center, shadow, kOrange},
-                                       Rect{450, 45, 160, 14}}}));
+    using enum LetterCase;
+    EXPECT_EQ(layersOf<TextLayer>(composed()),
+              (std::vector<TextLayer>{
+                  {"le grand JOUR", capitalized, {11, left, shadow, kWhite}, Point{130, 342}},
+                  {"chapitres", upper, {16, left, shadow, kWhite}, Point{130, 479}},
+                  {"suite", upper, {10.6F, center, shadow, kOrange}, Rect{450, 45, 160, 14}}}));
 
     request.icon = folder.write("icon.png", "x");
     request.dvdBt_readAll = "Lire tout";
@@ -136,46 +111,46 @@ TEST_F(Composing, TextsOfAPage) {
     const Color faint{1, 1, 1, 0.8F};
     std::vector<TextLayer> texts = layersOf<TextLayer>(jacket);
     ASSERT_EQ(texts.size(), 3U);
-    EXPECT_EQ(texts[0], (TextLayer{"chapitres",
-                                   LetterCase::upper,
-                                   {22, Alignment::right, shadow, faint},
-                                   Rect{0, 320, 500, 30}}));
+    EXPECT_EQ(texts[0],
+              (TextLayer{"chapitres", upper, {22, right, shadow, faint}, Rect{0, 320, 500, 30}}));
     EXPECT_EQ(texts[1].place, (TextPlace{Point{320, 200}}));
-    EXPECT_EQ(texts[1].letterCase, LetterCase::upper);
-    EXPECT_EQ(texts[2], (TextLayer{"Lire tout",
-                                   LetterCase::asItIs,
-                                   {14, Alignment::left, shadow, faint},
-                                   Point{320, 170}}));
-    EXPECT_EQ(layersOf<PictureLayer>(jacket)[0].opacity, 0.6F);
-    EXPECT_EQ(layersOf<PictureLayer>(jacket)[1].destination, (Rect{505, 255, 100, 100}));
+    EXPECT_EQ(texts[2],
+              (TextLayer{"Lire tout", asItIs, {14, left, shadow, faint}, Point{320, 170}}));
     request.icon = folder.file("no icon.png");
     EXPECT_EQ(layersOf<PictureLayer>(composeJacket(request, {})).size(), 0U);
 }
 
-TEST_F(Composing, FoldersPlayAsLoops) {
+TEST_F(Composing, FoldersPlayAsLoopsOverAZoomedBackground) {
     request.thumbs = {loop("a", 3), loop("b", 11), stills(1)[0]};
-    PageComposer composer(request, {});
+    PageComposer plain(request, {});
+    PageComposer zoomed(request, {folder.file("bkgV.jpg"), 1.8});
+    PageComposer withoutPicture(request, {std::nullopt, 1.8});
     for (int pass = 0; pass < 40; ++pass) {
-        EXPECT_EQ(filesShown(*pageOf(composer, pass)),
-                  (Names{"a" + std::to_string(pass % 3) + ".jpg",
-                         "b" + std::to_string(pass % 11) + ".jpg", "still0.jpg"}));
+        const std::string a = fmt::format("a{}.jpg", pass % 3);
+        const std::string b = fmt::format("b{}.jpg", pass % 11);
+        const auto shown = [&](PageComposer& composer) {
+            return filesShown(composer.composePass(pass).value().page);
+        };
+        ASSERT_EQ(shown(plain), (Strings{a, b, "still0.jpg"}));
+        ASSERT_EQ(shown(withoutPicture), (Strings{a, a, b, "still0.jpg"}));
+        const Page page = zoomed.composePass(pass).value().page;
+        ASSERT_EQ(filesShown(page), (Strings{"bkgV.jpg", a, a, b, "still0.jpg"}));
+        for (const std::size_t i : {0U, 1U}) {
+            const PictureLayer layer = layersOf<PictureLayer>(page)[i];
+            EXPECT_EQ(layer.destination, (Rect{-288, -216, 1296, 972}));
+            EXPECT_EQ(layer.opacity, 0.6F);
+        }
     }
 }
 
 TEST_F(Composing, PlacesFromEightOnShareACounterThatMayRunPastTheEnd) {
-    request.thumbs = Names(8, folder.write("s.jpg", "x"));
-    const std::string frames = loop("f", 3);
-    for (int i = 0; i < 3; ++i)
-        request.thumbs->push_back(frames);
+    request.thumbs = Strings(8, folder.write("s.jpg", "x"));
+    request.thumbs->insert(request.thumbs->end(), 3, loop("f", 3));
     PageComposer composer(request, {});
-    const Names passes[] = {{"f0.jpg", "f1.jpg", "f2.jpg"},
-                            {},
-                            {},
-                            {"f0.jpg", "f1.jpg", "f2.jpg"},
-                            {"f0.jpg", "f1.jpg", "f2.jpg"}};
-    for (int pass = 0; pass < 5; ++pass) {
-        const Names shown = filesShown(*pageOf(composer, pass));
-        EXPECT_EQ(Names(shown.begin() + 8, shown.end()), passes[pass]) << pass;
+    for (int pass = 0; const bool isShown : {true, false, false, true, true}) {
+        const Strings shown = filesShown(composer.composePass(pass++).value().page);
+        EXPECT_EQ(Strings(shown.begin() + 8, shown.end()),
+                  isShown ? (Strings{"f0.jpg", "f1.jpg", "f2.jpg"}) : Strings{});
     }
 }
 
@@ -183,47 +158,38 @@ TEST_F(Composing, FirstPlaceWrapsOnlyExactlyAtTheEndOfItsLoop) {
     request.thumbs = {loop("a", 5), loop("b", 5)};
     PageComposer composer(request, {});
     for (int pass = 0; pass < 5; ++pass)
-        pageOf(composer, pass);
+        composer.composePass(pass);
     // Both folders lose frames: only the other place finds back to its first frame.
-    for (const char* name : {"a2", "a3", "a4"})
-        fs::remove(folder.file("a/" + std::string(name) + ".jpg"));
-    for (const char* name : {"b2", "b3", "b4"})
-        fs::remove(folder.file("b/" + std::string(name) + ".jpg"));
-    EXPECT_EQ(filesShown(*pageOf(composer, 5)), (Names{"b0.jpg"}));
-    EXPECT_EQ(filesShown(*pageOf(composer, 6)), (Names{"b1.jpg"}));
+    for (const char* name : {"a/a2", "a/a3", "a/a4", "b/b2", "b/b3", "b/b4"})
+        fs::remove(folder.file(name + std::string(".jpg")));
+    EXPECT_EQ(filesShown(composer.composePass(5).value().page), (Strings{"b0.jpg"}));
+    EXPECT_EQ(filesShown(composer.composePass(6).value().page), (Strings{"b1.jpg"}));
 }
 
 TEST_F(Composing, MissingThumbnailEndsTheLoopNotThePage) {
     request.thumbs = stills(3);
     request.captions = {"one", "two", "three"};
     request.title = "title";
-    fs::remove((*request.thumbs)[1]);
-    std::optional<Page> page;
-    EXPECT_EQ(errorsOf([&] { page = composed(request); }),
-              "dvdMenuPicture end  :-( no thumb available\n");
-    ASSERT_TRUE(page);
-    EXPECT_EQ(filesShown(*page), (Names{"still0.jpg"}));
-    const auto texts = layersOf<TextLayer>(*page);
+    fs::remove(folder.file("still1.jpg"));
+    Page page;
+    EXPECT_EQ(errorsOf([&] { page = composed(); }), "dvdMenuPicture end  :-( no thumb available\n");
+    EXPECT_EQ(filesShown(page), (Strings{"still0.jpg"}));
+    const auto texts = layersOf<TextLayer>(page);
     ASSERT_EQ(texts.size(), 2U);
-    EXPECT_EQ(texts[0].text, "one");
-    EXPECT_EQ(texts[1].text, "title");
-
-    (*request.thumbs)[0] = "";
-    EXPECT_EQ(filesShown(*composed(request)), Names{});
+    EXPECT_EQ(texts[0].text + texts[1].text, "onetitle");
+    request.thumbs->front() = "";
+    EXPECT_EQ(filesShown(composed()), Strings{});
 }
 
 TEST_F(Composing, MissingCaptionFailsOnlyWhenThereAreCaptions) {
     request.thumbs = stills(3);
-    EXPECT_TRUE(composed(request)) << "no captions at all";
+    EXPECT_EQ(filesShown(composed()).size(), 3U) << "no captions at all";
     request.captions = {"été", "b c"};
-    std::optional<Page> page;
-    EXPECT_EQ(errorsOf([&] { page = composed(request); }),
+    PageComposer composer(request, {});
+    EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(composer.composePass(0)); }),
               "captionsA && i : out of range -> end (failure) …i=2 && captionsA:(\n"
-              "    \"\\U00e9t\\U00e9\",\n"
-              "    \"b c\"\n"
-              ")\n"
+              "    \"\\U00e9t\\U00e9\",\n    \"b c\"\n)\n"
               "dvdMenuPicture      :-( end\n");
-    EXPECT_FALSE(page);
 }
 
 TEST_F(Composing, ThumbnailsResolveAgainstTheLastFolderFound) {
@@ -231,48 +197,25 @@ TEST_F(Composing, ThumbnailsResolveAgainstTheLastFolderFound) {
     const std::string second = folder.write("one/b.jpg", "x");
     const std::string third = folder.write("two/c.JPG", "x");
     EXPECT_EQ(resolveThumbnails({"b.jpg", first, "b.jpg", "none.jpg", "", third, "b.jpg", "c.JPG"}),
-              (Names{first, second, folder.file("one"), third, third}));
+              (Strings{first, second, folder.file("one"), third, third}));
 }
 
 TEST_F(Composing, OnlyLowerCaseJpgIsAPicture) {
-    const std::string upper = folder.write("a.JPG", "x");
-    const std::string png = folder.write("a.png", "x");
-    const std::string emptyFolder = folder.file("empty");
-    fs::create_directory(emptyFolder);
-    const std::string jpgFolder = folder.file("folder.jpg");
+    fs::create_directory(folder.file("empty"));
     folder.write("folder.jpg/frame.png", "x");
-    request.thumbs = {upper, png, emptyFolder, jpgFolder};
-    request.captions = Names(4, "caption");
-    const auto page = composed(request);
-    EXPECT_EQ(filesShown(*page), (Names{"folder.jpg"})) << "a picture by its name";
-    EXPECT_EQ(layersOf<TextLayer>(*page).size(), 5U) << "the captions stay";
-}
-
-TEST_F(Composing, ZoomedBackgroundLiesBelowTheGrid) {
-    request.thumbs = {loop("a", 2), stills(1)[0]};
-    PageComposer withPicture(request, {folder.file("bkgV.jpg"), 1.8});
-    PageComposer withoutPicture(request, {std::nullopt, 1.8});
-    const Rect zoomed{-288, -216, 1296, 972};
-    for (int pass = 0; pass < 3; ++pass) {
-        const std::string frame = "a" + std::to_string(pass % 2) + ".jpg";
-        const auto page = pageOf(withPicture, pass);
-        EXPECT_EQ(filesShown(*page), (Names{"bkgV.jpg", frame, frame, "still0.jpg"}));
-        const auto layers = layersOf<PictureLayer>(*page);
-        for (const int i : {0, 1}) {
-            EXPECT_EQ(layers[static_cast<std::size_t>(i)].destination, zoomed);
-            EXPECT_EQ(layers[static_cast<std::size_t>(i)].opacity, 0.6F);
-        }
-        EXPECT_EQ(filesShown(*pageOf(withoutPicture, pass)), (Names{frame, frame, "still0.jpg"}));
-    }
+    request.thumbs = {folder.write("a.JPG", "x"), folder.write("a.png", "x"), folder.file("empty"),
+                      folder.file("folder.jpg")};
+    request.captions = Strings(4, "caption");
+    EXPECT_EQ(filesShown(composed()), (Strings{"folder.jpg"})) << "a picture by its name";
+    EXPECT_EQ(layersOf<TextLayer>(composed()).size(), 5U) << "the captions stay";
 }
 
 TEST_F(Composing, AReplacedFileIsAnotherPage) {
     request.thumbs = stills(1);
-    PageComposer composer(request, {});
-    const auto before = pageOf(composer, 0);
-    EXPECT_EQ(before, pageOf(composer, 1));
+    const Page before = composed();
+    EXPECT_EQ(before, composed());
     folder.write("still0.jpg", "longer");
-    EXPECT_NE(before, pageOf(composer, 2));
+    EXPECT_NE(before, composed());
 }
 
 }  // namespace

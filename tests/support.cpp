@@ -1,13 +1,10 @@
 #include "support.h"
 
 #include <fcntl.h>
-#include <gtest/gtest.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 #include <fstream>
 #include <regex>
 #include <sstream>
@@ -15,11 +12,7 @@
 #include "platform/files.h"
 #include "platform/verbose.h"
 
-extern char** environ;
-
 namespace tkv::test {
-
-namespace fs = std::filesystem;
 
 TempFolder::TempFolder() {
     std::string pattern = (fs::temp_directory_path() / "tkv-test-XXXXXX").string();
@@ -39,21 +32,14 @@ std::string TempFolder::write(const std::string& name, const std::string& conten
     return target;
 }
 
-ScopedVariable::ScopedVariable(std::string name, const std::string& value)
-    : name_(std::move(name)), wasSet_(false) {
-    if (const char* before = std::getenv(name_.c_str())) {
-        before_ = before;
-        wasSet_ = true;
-    }
-    setenv(name_.c_str(), value.c_str(), 1);
+ScopedVariable::ScopedVariable(const char* name, const std::string& value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    setenv(name, value.c_str(), 1);
 }
 
 ScopedVariable::~ScopedVariable() {
-    if (wasSet_) {
-        setenv(name_.c_str(), before_.c_str(), 1);
-    } else {
-        unsetenv(name_.c_str());
-    }
+    unsetenv(name_);
+    if (before_) setenv(name_, before_->c_str(), 1);
 }
 
 std::string readText(const std::string& path) {
@@ -63,8 +49,8 @@ std::string readText(const std::string& path) {
     return text.str();
 }
 
-std::vector<std::string> namesIn(const std::string& folder) {
-    return folderNames(folder).value_or(std::vector<std::string>{});
+Strings namesIn(const std::string& folder) {
+    return folderNames(folder).value_or(Strings{});
 }
 
 std::string errorsOf(const std::function<void()>& action) {
@@ -92,8 +78,7 @@ std::string verboseErrorsOf(const std::function<void()>& action) {
 }
 
 void PrintTo(const Rgba& color, std::ostream* out) {
-    *out << "rgba(" << color.red << ", " << color.green << ", " << color.blue << ", " << color.alpha
-         << ")";
+    *out << fmt::format("rgba({}, {}, {}, {})", color.red, color.green, color.blue, color.alpha);
 }
 
 Rgba pixel(const Bitmap& bitmap, int x, int y) {
@@ -106,18 +91,22 @@ Rgba pixel(const Bitmap& bitmap, int x, int y) {
     return {channel(16), channel(8), channel(0), alpha};
 }
 
-bool near(const Rgba& a, const Rgba& b, int tolerance) {
-    return std::abs(a.red - b.red) <= tolerance && std::abs(a.green - b.green) <= tolerance &&
-           std::abs(a.blue - b.blue) <= tolerance && std::abs(a.alpha - b.alpha) <= tolerance;
+static int difference(const Rgba& a, const Rgba& b) {
+    return std::max({std::abs(a.red - b.red), std::abs(a.green - b.green),
+                     std::abs(a.blue - b.blue), std::abs(a.alpha - b.alpha)});
+}
+
+testing::AssertionResult near(const Rgba& a, const Rgba& b, int tolerance) {
+    if (difference(a, b) <= tolerance) return testing::AssertionSuccess();
+    return testing::AssertionFailure()
+           << testing::PrintToString(a) << " is not " << testing::PrintToString(b);
 }
 
 int worstDifference(const Bitmap& a, const Bitmap& b) {
     int worst = 0;
     for (int y = 0; y < a.height(); ++y) {
-        for (int x = 0; x < a.width(); ++x) {
-            while (!near(pixel(a, x, y), pixel(b, x, y), worst))
-                ++worst;
-        }
+        for (int x = 0; x < a.width(); ++x)
+            worst = std::max(worst, difference(pixel(a, x, y), pixel(b, x, y)));
     }
     return worst;
 }
@@ -127,46 +116,31 @@ Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint) {
     for (int y = 0; y < size.height; ++y) {
         for (int x = 0; x < size.width; ++x) {
             const Rgba color = paint(x, y);
-            const auto channel = [&](int value) {
-                return static_cast<std::uint32_t>((value * color.alpha + 127) / 255);
-            };
-            bitmap.row(y)[x] = static_cast<std::uint32_t>(color.alpha) << 24U |
-                               channel(color.red) << 16U | channel(color.green) << 8U |
-                               channel(color.blue);
+            const auto alpha = static_cast<std::uint32_t>(color.alpha);
+            std::uint32_t word = alpha;
+            for (const int channel : {color.red, color.green, color.blue})
+                word = word << 8U | (static_cast<std::uint32_t>(channel) * alpha + 127) / 255;
+            bitmap.row(y)[x] = word;
         }
     }
     return bitmap;
 }
 
-Outcome run(const std::vector<std::string>& words) {
-    std::array<int, 2> ends{};
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) return {-1, "no pipe"};
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDOUT_FILENO);
-    posix_spawn_file_actions_adddup2(&actions, ends[1], STDERR_FILENO);
-    std::vector<char*> arguments;
-    for (const std::string& word : words)
-        arguments.push_back(const_cast<char*>(word.c_str()));
-    arguments.push_back(nullptr);
-    pid_t child = 0;
-    const int error =
-        posix_spawnp(&child, arguments[0], &actions, nullptr, arguments.data(), environ);
-    posix_spawn_file_actions_destroy(&actions);
-    close(ends[1]);
+Bitmap painted(PixelSize size, Rgba color) {
+    return painted(size, [&](int, int) { return color; });
+}
+
+Outcome run(const Strings& words) {
+    return shell(fmt::format("'{}'", fmt::join(words, "' '")));
+}
+
+Outcome shell(const std::string& command) {
+    FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "r");
     Outcome outcome{-1, ""};
-    if (error == 0) {
-        std::array<char, 4096> buffer{};
-        for (ssize_t got; (got = read(ends[0], buffer.data(), buffer.size())) > 0;) {
-            outcome.output.append(buffer.data(), static_cast<std::size_t>(got));
-        }
-        int status = 0;
-        waitpid(child, &status, 0);
-        outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-    } else {
-        outcome.output = words[0] + ": not found";
-    }
-    close(ends[0]);
+    std::array<char, 4096> buffer{};
+    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
+        outcome.output.append(buffer.data(), got);
+    outcome.status = WEXITSTATUS(pclose(pipe));
     return outcome;
 }
 

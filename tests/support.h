@@ -1,6 +1,11 @@
 #pragma once
 
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -10,6 +15,9 @@
 // and other people's programs.
 
 namespace tkv::test {
+
+namespace fs = std::filesystem;
+using Strings = std::vector<std::string>;
 
 /// An empty folder that goes, with all it holds, at the end of the scope.
 class TempFolder {
@@ -32,21 +40,20 @@ class TempFolder {
 /// Sets an environment variable for the scope.
 class ScopedVariable {
   public:
-    ScopedVariable(std::string name, const std::string& value);
+    ScopedVariable(const char* name, const std::string& value);
     ~ScopedVariable();
     ScopedVariable(const ScopedVariable&) = delete;
     ScopedVariable& operator=(const ScopedVariable&) = delete;
 
   private:
-    std::string name_;
-    std::string before_;
-    bool wasSet_;
+    const char* name_;
+    std::optional<std::string> before_;
 };
 
 std::string readText(const std::string& path);
 
 /// The names in a folder in natural order; none when it cannot be listed.
-std::vector<std::string> namesIn(const std::string& folder);
+Strings namesIn(const std::string& folder);
 
 /// What `action` wrote to the standard error stream, log prefixes cut off.
 std::string errorsOf(const std::function<void()>& action);
@@ -64,19 +71,21 @@ void PrintTo(const Rgba& color, std::ostream* out);
 Rgba pixel(const Bitmap& bitmap, int x, int y);
 
 /// Whether no channel differs by more than `tolerance`.
-bool near(const Rgba& a, const Rgba& b, int tolerance);
+testing::AssertionResult near(const Rgba& a, const Rgba& b, int tolerance);
 
 /// The largest difference of any channel of any pixel, of bitmaps of one size.
 int worstDifference(const Bitmap& a, const Bitmap& b);
 
 /// A bitmap whose pixels `paint(x, y)` answers (row 0 the top).
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
+Bitmap painted(PixelSize size, Rgba color);
 
-/// Runs a program found on the path, its two output streams together as text.
+/// Runs a program found on the path (no quotes in its words), its two output streams as text.
 struct Outcome {
     int status;
     std::string output;
 };
-Outcome run(const std::vector<std::string>& words);
+Outcome run(const Strings& words);
+Outcome shell(const std::string& command);
 
 }  // namespace tkv::test

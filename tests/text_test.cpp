@@ -1,9 +1,6 @@
 #include "platform/text.h"
 
-#include <gtest/gtest.h>
-
 #include <cmath>
-#include <limits>
 
 #include "composer/page_texts.h"
 #include "support.h"
@@ -11,9 +8,11 @@
 namespace tkv::test {
 namespace {
 
+using enum Alignment;
+
 constexpr PixelSize kCanvas{720, 540};
 
-TextAttributes plain(float size, Alignment alignment = Alignment::left) {
+TextAttributes plain(float size, Alignment alignment = left) {
     return {size, alignment, Shadow{withAlpha(kBlack, 0)}, kWhite};
 }
 
@@ -57,7 +56,7 @@ TEST(Text, StartsAtTheTopOfARectangleAndIsCutToItsWidth) {
     EXPECT_NEAR(h.bottom, 540 - 214 + 0.928 * 11, 1);
 
     const std::string longText(300, 'm');
-    for (const Alignment alignment : {Alignment::left, Alignment::right, Alignment::center}) {
+    for (const Alignment alignment : {left, right, center}) {
         const Ink cut = inkOf(longText, plain(11, alignment), rect);
         EXPECT_GE(cut.left, 99);
         EXPECT_LE(cut.right, 281);
@@ -66,13 +65,8 @@ TEST(Text, StartsAtTheTopOfARectangleAndIsCutToItsWidth) {
     // What is shown ends in three dots on the baseline, whatever was cut off.
     EXPECT_EQ(inkOf(longText, plain(11), rect).right,
               inkOf(longText + "gH", plain(11), rect).right);
-
-    const Ink left = inkOf("word", plain(11, Alignment::left), rect);
-    const Ink right = inkOf("word", plain(11, Alignment::right), rect);
-    const Ink center = inkOf("word", plain(11, Alignment::center), rect);
-    EXPECT_NEAR(left.left, 100, 1.5);
-    EXPECT_NEAR(right.right, 280, 1.5);
-    EXPECT_NEAR(center.left - 100, 280 - center.right, 2.5);
+    const Ink centered = inkOf("word", plain(11, center), rect);
+    EXPECT_NEAR(centered.left - 100, 280 - centered.right, 2.5);
     // A second line that does not fit is left out, one that fits is not.
     EXPECT_EQ(inkOf("H\ng", plain(11), rect).bottom, h.bottom);
     EXPECT_GT(inkOf("H\ng", plain(11), Rect{100, 184, 180, 30}).bottom, h.bottom + 10);
@@ -81,89 +75,71 @@ TEST(Text, StartsAtTheTopOfARectangleAndIsCutToItsWidth) {
 TEST(Text, RightIsThePagesRightForEveryScript) {
     const Rect rect{100, 200, 300, 40};
     for (const char* text : {"right", "שלום", "مرحبا"}) {
-        EXPECT_NEAR(inkOf(text, plain(20, Alignment::right), rect).right, 400, 3) << text;
-        EXPECT_NEAR(inkOf(text, plain(20, Alignment::left), rect).left, 100, 3) << text;
+        EXPECT_NEAR(inkOf(text, plain(20, right), rect).right, 400, 3) << text;
+        EXPECT_NEAR(inkOf(text, plain(20, left), rect).left, 100, 3) << text;
     }
 }
 
 TEST(Text, ScriptsAreShapedAndOrdered) {
-    const auto width = [](const std::string& text) {
-        const Ink ink = inkOf(text, plain(40), Point{20, 200});
-        return ink.right - ink.left;
+    const auto drawn = [](const char* text) {
+        return std::move(rasterizeText(text, plain(40), Point{20, 200}, kCanvas).value().pixels);
     };
     // Joined Arabic letters are narrower than the same letters kept apart.
-    EXPECT_LT(width("ببب"), width("ب\u200Cب\u200Cب") - 5);
+    EXPECT_LT(drawn("ببب").width(), drawn("ب\u200Cب\u200Cب").width() - 5);
     // A Hebrew word starts on the right: only its first letter, shin, reaches down to the baseline,
     // the yods after it hang above.
-    const auto word = rasterizeText("שיייי", plain(40), Point{20, 200}, kCanvas);
     const Ink ink = inkOf("שיייי", plain(40), Point{20, 200});
+    const auto placed = rasterizeText("שיייי", plain(40), Point{20, 200}, kCanvas);
     int lowest[2] = {0, 0};
     for (int x = ink.left; x < ink.right; ++x) {
-        for (int row = ink.bottom - 4; row < ink.bottom; ++row) {
-            lowest[x * 2 < ink.left + ink.right ? 0 : 1] +=
-                pixel(word->pixels, x - word->left, row - word->top).alpha;
-        }
+        lowest[x * 2 < ink.left + ink.right ? 0 : 1] +=
+            pixel(placed->pixels, x - placed->left, ink.bottom - 2 - placed->top).alpha;
     }
     EXPECT_EQ(lowest[0], 0);
-    EXPECT_GT(lowest[1], 1000);
+    EXPECT_GT(lowest[1], 300);
     // Scripts that the font lacks come from others, not as boxes: two signs differ.
     for (const auto& [one, other] : {std::pair{"夏", "海"}, {"の", "を"}, {"🎉", "🚢"}}) {
-        const auto first = rasterizeText(one, plain(40), Point{20, 200}, kCanvas);
-        const auto second = rasterizeText(other, plain(40), Point{20, 200}, kCanvas);
-        ASSERT_TRUE(first && second) << one;
-        bool differs = first->pixels.size() != second->pixels.size();
-        for (int y = 0; !differs && y < first->pixels.height(); ++y) {
-            differs =
-                !std::equal(first->pixels.row(y), first->pixels.row(y) + first->pixels.width(),
-                            second->pixels.row(y));
-        }
-        EXPECT_TRUE(differs) << one << " looks like " << other;
+        const Bitmap first = drawn(one), second = drawn(other);
+        EXPECT_TRUE(first.size() != second.size() || worstDifference(first, second) > 0) << one;
     }
-    const auto emoji = rasterizeText("🎉", plain(40), Point{20, 200}, kCanvas);
-    bool coloured = false;
-    for (int y = 0; y < emoji->pixels.height(); ++y) {
-        for (int x = 0; x < emoji->pixels.width(); ++x) {
-            const Rgba p = pixel(emoji->pixels, x, y);
-            coloured |= p.alpha > 200 && std::abs(p.red - p.blue) > 60;
-        }
+    const Bitmap emoji = drawn("🎉");
+    int colourful = 0;
+    for (int x = 0; x < emoji.width(); ++x) {
+        const Rgba p = pixel(emoji, x, emoji.height() / 2);
+        colourful = std::max(colourful, std::abs(p.red - p.blue));
     }
-    EXPECT_TRUE(coloured);
+    EXPECT_GT(colourful, 60);
 }
 
 TEST(Text, CastsASoftShadowBelow) {
     // A bar as wide as a page: its shadow only fades upwards and downwards.
-    const TextAttributes style{40, Alignment::left, Shadow{kBlack, 0, -1.5, 5.0}, kWhite};
-    const auto placed = rasterizeText("████████", style, Point{100, 200}, kCanvas);
+    const std::string text = "████████";
+    TextAttributes style{40, left, Shadow{kBlack, 0, -1.5, 5.0}, kWhite};
+    const auto placed = rasterizeText(text, style, Point{100, 200}, kCanvas);
     ASSERT_TRUE(placed);
-    const Ink bar = inkOf("████████", plain(40), Point{100, 200});
+    const Ink bar = inkOf(text, plain(40), Point{100, 200});
     const int column = (bar.left + bar.right) / 2 - placed->left;
-    const auto alphaAt = [&](int row) {
-        return pixel(placed->pixels, column, row - placed->top).alpha;
-    };
-    EXPECT_EQ(pixel(placed->pixels, column, bar.top + 5 - placed->top), (Rgba{255, 255, 255, 255}));
-    EXPECT_EQ(pixel(placed->pixels, column, bar.bottom + 1 - placed->top).red, 0) << "black";
+    const auto at = [&](int row) { return pixel(placed->pixels, column, row - placed->top); };
+    EXPECT_EQ(at(bar.top + 5), (Rgba{255, 255, 255, 255}));
+    EXPECT_EQ(at(bar.bottom + 1).red, 0) << "black";
     // Gaussian of deviation 2.5 moved down by 1.5: half strength 1.5 pixels below the edge.
     for (int below = 0; below < 9; ++below) {
-        const double distance = below + 0.5 - 1.5;
-        const double expected = 255 * 0.5 * std::erfc(distance / 2.5 / std::sqrt(2.0));
-        EXPECT_NEAR(alphaAt(bar.bottom + below), expected, 6) << below;
-        EXPECT_GE(alphaAt(bar.bottom + below), alphaAt(bar.top - 1 - below)) << below;
+        const double expected = 127.5 * std::erfc((below - 1.0) / 2.5 / std::sqrt(2.0));
+        EXPECT_NEAR(at(bar.bottom + below).alpha, expected, 6) << below;
+        EXPECT_GE(at(bar.bottom + below).alpha, at(bar.top - 1 - below).alpha) << below;
     }
     // The shadow of a translucent text is as much weaker.
-    TextAttributes faint = style;
-    faint.color.alpha = 0.5F;
-    const auto half = rasterizeText("████████", faint, Point{100, 200}, kCanvas);
+    style.color.alpha = 0.5F;
+    const auto half = rasterizeText(text, style, Point{100, 200}, kCanvas);
     EXPECT_NEAR(pixel(half->pixels, column, bar.bottom + 2 - half->top).alpha,
-                alphaAt(bar.bottom + 2) / 2, 4);
+                at(bar.bottom + 2).alpha / 2, 4);
 }
 
 TEST(Text, StrangeTextsDrawWhatTheyCan) {
-    const float nan = std::numeric_limits<float>::quiet_NaN();
-    for (const float size : {0.0F, -3.0F, nan}) {
+    for (const float size : {0.0F, -3.0F, std::nanf("")})
         EXPECT_FALSE(rasterizeText("text", plain(size), Point{10, 10}, kCanvas)) << size;
-    }
-    EXPECT_FALSE(rasterizeText("", plain(11), Point{10, 10}, kCanvas));
-    EXPECT_FALSE(rasterizeText("   ", plain(11), Point{10, 10}, kCanvas));
+    for (const char* text : {"", "   "})
+        EXPECT_FALSE(rasterizeText(text, plain(11), Point{10, 10}, kCanvas));
     EXPECT_FALSE(rasterizeText("off the page", plain(11), Point{900, 10}, kCanvas));
     EXPECT_TRUE(rasterizeText("caf\xE9 \xFF\xFE", plain(11), Point{10, 10}, kCanvas));
     for (const char* unit : {"w", "été ", "ש", "夏", "a\n", "\u2029"}) {
@@ -172,29 +148,12 @@ TEST(Text, StrangeTextsDrawWhatTheyCan) {
             text += unit;
         for (const TextPlace& place :
              {TextPlace{Point{130, 200}}, TextPlace{Rect{10, 10, 180, 14}}}) {
+            // The first of many lines at a point stands above the page.
             const auto placed = rasterizeText(text, plain(11), place, kCanvas);
-            if (!placed) continue;  // The first of many lines at a point stands above the page.
-            EXPECT_LE(placed->pixels.width(), kCanvas.width + 40);
-            EXPECT_LE(placed->pixels.height(), kCanvas.height + 40);
+            EXPECT_TRUE(!placed || (placed->pixels.width() <= kCanvas.width + 40 &&
+                                    placed->pixels.height() <= kCanvas.height + 40));
         }
     }
-}
-
-TEST(TextStyle, OfCaptions) {
-    const struct {
-        std::optional<char> letter;
-        Alignment alignment;
-    } letters[] = {{'l', Alignment::left},      {'r', Alignment::right}, {'c', Alignment::center},
-                   {'j', Alignment::justified}, {'x', Alignment::left},  {{}, Alignment::left}};
-    for (const auto& [letter, alignment] : letters) {
-        EXPECT_EQ(captionTextAttributes(kOrange, letter, 10.6F),
-                  (TextAttributes{10.6F, alignment, {kBlack, 0, -1.5, 5.0}, kOrange}));
-    }
-    EXPECT_EQ(captionTextAttributes({}, {}, -1).fontSize, 11);
-    EXPECT_EQ(captionTextAttributes({}, {}, -1).color, kWhite);
-    EXPECT_EQ(captionTextAttributes({}, {}, 0).fontSize, 0);
-    EXPECT_TRUE(std::isnan(
-        captionTextAttributes({}, {}, std::numeric_limits<float>::quiet_NaN()).fontSize));
 }
 
 }  // namespace
