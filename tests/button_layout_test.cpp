@@ -53,44 +53,28 @@ constexpr Row kRows[] = {
 };
 
 TEST(ButtonLayout, ButtonsOfEveryLayoutAndRaster) {
-    for (const Row& row : kRows) {
+    for (const auto& [count, index, palWide, palPanScan, ntscWide, ntscPanScan] : kRows) {
+        const NavigationButton& label = kNavigationButtons[index % 4];
+        const ThumbnailLayout& layout = thumbnailLayout(count > 0, count > 0 ? count : 10);
         for (const bool isPal : {true, false}) {
-            const ThumbnailLayout& layout = row.bigThumbnails > 0
-                                                ? thumbnailLayout(true, row.bigThumbnails)
-                                                : thumbnailLayout(false, 10);
-            const NavigationButton& label = kNavigationButtons[row.index % 4];
+            const Raster to = raster(isPal);
             ButtonMap map;
-            errorsOf([&] {
-                map.add("b", row.bigThumbnails == kNavigation
-                                 ? navigationButton(label.x, label.y, raster(isPal))
-                                 : thumbnailButton(layout, row.index, raster(isPal)));
-            });
-            EXPECT_EQ(map.wide, line(isPal ? row.palWide : row.ntscWide)) << row.bigThumbnails;
-            EXPECT_EQ(map.panScan, line(isPal ? row.palPanScan : row.ntscPanScan)) << row.index;
+            const ButtonRects button = count == kNavigation ? navigationButton(label.x, label.y, to)
+                                                            : thumbnailButton(layout, index, to);
+            errorsOf([&] { map.add("b", button); });
+            EXPECT_EQ(map.wide, line(isPal ? palWide : ntscWide)) << count << " #" << index;
+            EXPECT_EQ(map.panScan, line(isPal ? palPanScan : ntscPanScan))
+                << count << " #" << index;
         }
     }
 }
 
-TEST(ButtonLayout, EveryRoundingWritesItsLine) {
-    ButtonMap map;
-    EXPECT_EQ(errorsOf([&] {
-                  map.add("b", {{1, 2, 3, 4}, {-3, 7, 10, 12}});
-              }),
-              "nbMultipleArrondi    :-) 2\nnbMultipleArrondi    :-) 4\n"
-              "nbMultipleArrondi    :-) -2\nnbMultipleArrondi    :-) 8\n");
-    EXPECT_EQ(map.panScan, line({-2, 8, 10, 12}));
-}
-
 TEST(ButtonLayout, DebugAreasFollowTheThumbnails) {
-    const auto area = [](std::size_t count, std::size_t index) {
-        return thumbnailArea(thumbnailLayout(count < 5, count), index, raster(true));
-    };
-    EXPECT_EQ(area(9, 4), (Rect{280, 235, 160, 128}));
-    EXPECT_NEAR(area(1, 0).height, 384, 1e-4);
-    EXPECT_EQ(area(2, 0), (Rect{120, 307, 480, 192}));
-    EXPECT_EQ(area(3, 2), (Rect{120, 92, 480, 128}));
-    EXPECT_NEAR(area(4, 1).y, 307.2, 1e-4) << "not cut to whole rows";
-    EXPECT_EQ(navigationArea(110, 45, raster(true)), (Rect{110, 44, 160, 3}));
+    const Raster pal = raster(true);
+    EXPECT_EQ(thumbnailArea(thumbnailLayout(false, 9), 4, pal), (Rect{280, 235, 160, 128}));
+    EXPECT_EQ(thumbnailArea(thumbnailLayout(true, 3), 2, pal), (Rect{120, 92, 480, 128}));
+    EXPECT_NEAR(thumbnailArea(thumbnailLayout(true, 4), 1, pal).y, 307.2, 1e-4) << "no whole row";
+    EXPECT_EQ(navigationArea(110, 45, pal), (Rect{110, 44, 160, 3}));
 }
 
 }  // namespace

@@ -11,8 +11,7 @@ namespace {
 const std::string kBanner =
     "\n------------------------------------\n"
     "   tkvDvdMenuImg v1.5 - 2013-11-23  \n(UniversalBinary for Kinoveld)\n"
-    "------------------------------------\n"
-    " to generate menus for DVD-VIDEO...\n\n";
+    "------------------------------------\n to generate menus for DVD-VIDEO...\n\n";
 const std::string kUsage =
     "\nUSAGE:\ntkvDvdMenuImg [give some args to obtain some stuff] -o [output]\n\n";
 const std::string kDescription =
@@ -36,13 +35,12 @@ struct Transcript {
 Transcript runWith(const std::string& line, bool composed = true) {
     std::istringstream words(line);
     Transcript result;
-    setVerbose(0);
+    const auto compose = [&](const MenuRequest& request) {
+        result.request = request;
+        return composed;
+    };
     result.errors = errorsOf([&] {
-        result.status = runFrontEnd({std::istream_iterator<std::string>(words), {}},
-                                    [&](const MenuRequest& request) {
-                                        result.request = request;
-                                        return composed;
-                                    });
+        result.status = runFrontEnd({std::istream_iterator<std::string>(words), {}}, compose);
     });
     result.verbose = isVerbose();
     setVerbose(0);
@@ -109,23 +107,16 @@ TEST(FrontEnd, PassesEveryOptionOn) {
 }
 
 TEST(FrontEnd, ReadsNumbersLeniently) {
-    const struct {
-        const char* line;
-        MenuMode mode;
-        bool isMain;
-        int verbose;
-    } cases[] = {
-        {"-mode abc -isMainMenu 1 -v 1 -o out", MenuMode::definitive, true, 1},
-        {"-mode 2x -isMainMenu 01 -v 0 -o out", MenuMode::overlay, true, 0},
-        {"-mode +0 -isMainMenu 2 -v -3 -o out", MenuMode::definitive, false, 0},
-        {"-v 256 -mode -1 -mode 2 -o out -mode", MenuMode::preview, false, 1},
-    };
-    for (const auto& c : cases) {
-        const Transcript result = runWith(c.line, false);
-        ASSERT_TRUE(result.request) << c.line;
-        EXPECT_EQ(result.request->mode, c.mode) << c.line;
-        EXPECT_EQ(result.request->isMainMenu, c.isMain) << c.line;
-        EXPECT_EQ(result.verbose, c.verbose) << c.line;
+    for (const auto& [line, mode, isMain, verbose] :
+         {std::tuple{"-mode abc -isMainMenu 1 -v 1 -o out", MenuMode::definitive, true, 1},
+          {"-mode 2x -isMainMenu 01 -v 0 -o out", MenuMode::overlay, true, 0},
+          {"-mode +0 -isMainMenu 2 -v -3 -o out", MenuMode::definitive, false, 0},
+          {"-v 256 -mode -1 -mode 2 -o out -mode", MenuMode::preview, false, 1}}) {
+        const Transcript result = runWith(line, false);
+        ASSERT_TRUE(result.request) << line;
+        EXPECT_EQ(result.request->mode, mode) << line;
+        EXPECT_EQ(result.request->isMainMenu, isMain) << line;
+        EXPECT_EQ(result.verbose, verbose) << line;
         EXPECT_EQ(result.status, 1) << "the composer failed";
     }
 }

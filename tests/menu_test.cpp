@@ -1,9 +1,8 @@
 #include <sys/stat.h>
 
-#include "composer/background.h"
 #include "composer/dvd_menu_picture.h"
 #include "composer/passes.h"
-#include "imaging/rescale.h"
+#include "imaging/export.h"
 #include "platform/picture_file.h"
 #include "support.h"
 
@@ -15,20 +14,21 @@ constexpr Rgba kReds[] = {{250, 0, 0, 255}, {150, 0, 0, 255}, {70, 0, 0, 255}};
 class Menu : public testing::Test {
   protected:
     std::string picture(const std::string& name, PixelSize size, Rgba color) {
-        const std::string path = folder.file(name);
-        fs::create_directories(fs::path(path).parent_path());
-        const Bitmap bitmap = painted(size, color);
-        EXPECT_TRUE(imgRescale(&bitmap, path, size.width, size.height, 72, 0, 1));
+        const std::string path = folder.write(name, "");
+        EXPECT_TRUE(imgExport(painted(size, color), path, 1));
         return path;
     }
-
     Rgba pixelOf(const std::string& path, int x, int y) {
-        const auto bitmap = decodePicture(path);
-        return bitmap ? pixel(*bitmap, x, y) : Rgba{-1, -1, -1, -1};
+        return pixel(decodePicture(path).value(), x, y);
     }
-
+    std::string lines() {
+        return errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    }
+    std::string verboseLines() {
+        return verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    }
     std::string identify(const std::string& path) {
-        return run({"identify", "-format", "%m %wx%h %xx%y", path}).output;
+        return run("identify -format '%m %wx%h %xx%y' " + path).output;
     }
 
     TempFolder folder;
@@ -44,12 +44,10 @@ class MenuFrames : public Menu {
             if (i < 3) picture("three/" + name, {320, 240}, kReds[i]);
             picture("seven/" + name, {720, 576}, {0, 30 + 30 * i, 0, 255});
         }
-        request.mode = MenuMode::definitive;
         request.thumbs = {folder.file("three"), folder.file("seven")};
         request.captions = {"three", "seven"};
         request.title = "loops";
         request.output = folder.file("menu");
-        request.isPal = true;
     }
 
     void expectFrames(const std::vector<int>& passes) {
@@ -65,8 +63,7 @@ TEST_F(MenuFrames, ShowTheLoopsFrameByFrame) {
     std::string expected = "dvdMenuPicture       : deb\n";
     for (int pass = 0; pass < 749; pass += 30)
         expected += fmt::format("pourcentage    : {:.1f}\n", pass * 100.0 / 749);
-    EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); }),
-              expected + "pourcentage    : 100.0\n");
+    EXPECT_EQ(lines(), expected + "pourcentage    : 100.0\n");
     const Strings names = namesIn(request.output);
     EXPECT_EQ(names.size(), 749U);
     expectFrames({0, 1, 2, 3, 7, 20, 21, 22, 500, 747, 748});
@@ -85,7 +82,7 @@ TEST_F(MenuFrames, OfNtscMenusAreMoreAndReplaceAFile) {
     folder.write("menu", "a plain file");
     request.isPal = false;
     request.output = "~/menu";
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    lines();
     const Strings names = namesIn(folder.file("menu"));
     EXPECT_EQ(names.size(), 899U);
     EXPECT_EQ(names.back(), "898.jpg");
@@ -98,17 +95,9 @@ TEST_F(MenuFrames, AreDrawnAgainWhereTheFirstFrameIsNotTheirs) {
     folder.write("menu/001.jpg", "old");
     fs::create_hard_link(folder.file("menu/001.jpg"), folder.file("menu/005.jpg"));
     fs::create_symlink("002.jpg", folder.file("menu/023.jpg"));
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    lines();
     expectFrames({2, 21, 22, 23, 42, 748});
     EXPECT_EQ(readText(folder.file("menu/000.jpg/full")), "mine");
-}
-
-TEST_F(MenuFrames, FailOnAMissingCaptionBeforeTheFrame) {
-    request.captions = {"only one"};
-    folder.write("menu/000.jpg", "earlier");
-    const std::string lines = errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
-    EXPECT_TRUE(lines.ends_with("dvdMenuPicture      :-( end\n")) << lines;
-    EXPECT_EQ(readText(folder.file("menu/000.jpg")), "earlier");
 }
 
 TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
@@ -117,7 +106,6 @@ TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
     picture("loop/9.jpg", {40, 30}, kReds[1]);
     picture("loop/10.jpg", {40, 30}, kReds[2]);
     request.mode = MenuMode::preview;
-    request.isPal = true;
     request.bkg = picture("background.png", {64, 48}, kReds[0]);
     request.thumbs = {loop, "still.jpg"};
     request.captions = {"le premier", "Deux"};
@@ -125,20 +113,16 @@ TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
     request.dvdBt_menuNext = "suite";
     request.output = folder.file("preview.png");
     const std::string expected = fmt::format(
-        "dvdMenuPicture       : deb\n"
-        "args : 0, -1, {bkg}, titre, nil, nil, nil, suite, "
+        "dvdMenuPicture       : deb\nargs : 0, -1, {bkg}, titre, nil, nil, nil, suite, "
         "(\n    \"{loop}\",\n    \"still.jpg\"\n), (\n    \"le premier\",\n    Deux\n), {out}, 1\n"
-        "bkgImgPathStr       : {bkg}\n"
-        "dvdMenuPicture      : background '{bkg}' <- '{loop}'\n"
+        "bkgImgPathStr       : {bkg}\ndvdMenuPicture      : background '{bkg}' <- '{loop}'\n"
         "pourcentage    : 0.0\npass                : 0/749\n"
         "dvdMenuPicture       : thumbnails'n'captions = 2 && 2\n"
         "lsCocoa             - begin : {loop}\n"
         "lsCocoa             - end : 2 items : (\n    \"{loop}/9.jpg\",\n    \"{loop}/10.jpg\"\n)\n"
         "[imgA count]=2 h=0 bt0Int=0,  (h>=[imgA count])?0 ((bt0Int+1)>=[imgA count])?0\n"
-        "btCurrent = 0\n"
-        "dvdMenuPicture       : [thumbsA objectAtIndex:0]='{loop}' -> "
-        "currentThPathStr='{loop}/9.jpg'\n"
-        "th#0 : x=110, y=355\nthumbImg ? img :-)\n"
+        "btCurrent = 0\ndvdMenuPicture       : [thumbsA objectAtIndex:0]='{loop}' -> "
+        "currentThPathStr='{loop}/9.jpg'\nth#0 : x=110, y=355\nthumbImg ? img :-)\n"
         "dvdMenuPicture       : pass 0 - caption 'le premier' (alignStr:'l') \n"
         "caption('l') bt#0: x=130, y=342, caption='le premier'\nMP 33\n"
         "dvdMenuPicture       : [thumbsA objectAtIndex:1]='{still}' -> currentThPathStr='{still}'\n"
@@ -153,70 +137,64 @@ TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
         "imgExport - end\npourcentage    : 100.0\n",
         fmt::arg("bkg", *request.bkg), fmt::arg("loop", loop),
         fmt::arg("still", folder.file("still.jpg")), fmt::arg("out", request.output));
-    EXPECT_EQ(verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); }), expected);
+    EXPECT_EQ(verboseLines(), expected);
     EXPECT_EQ(identify(request.output).substr(0, 11), "PNG 640x360");
 }
 
 TEST_F(Menu, FramesWriteTheirLinesOnEveryPass) {
     const std::string still = picture("still.jpg", {40, 30}, kReds[0]);
-    request.mode = MenuMode::definitive;
     request.isMainMenu = true;
-    request.isPal = true;
     request.thumbs = {still};
     request.output = folder.file("menu");
-    const std::string lines = verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    const std::string seen = verboseLines();
     const std::string pass = fmt::format(
         "pourcentage    : 4.0\npass                : 30/749\n"
         "dvdMenuPicture       : thumbnails'n'captions = 1 && 0\n"
         "dvdMenuPicture       : [thumbsA objectAtIndex:0]='{0}' -> currentThPathStr='{0}'\n"
         "BIG th\nth#0 : x=110, y=87\nthumbImg ? img :-)\n"
         "dvdMenuPicture       : title 'nil'\nMP 4\ndvdMenuPicture       : nav - count: 4\n"
-        "spuTxtStr  post-nav : \ndstPathStr post-nav : {1}\n"
-        "dstPathStr : {1} -> {1}/030.jpg\n"
+        "spuTxtStr  post-nav : \ndstPathStr post-nav : {1}\ndstPathStr : {1} -> {1}/030.jpg\n"
         "imgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
         "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
         "imgExport - end\nisSuccess           :-) img 030.jpg\npass                : 31/749\n",
         still, request.output);
-    EXPECT_NE(lines.find(pass), std::string::npos);
+    EXPECT_NE(seen.find(pass), std::string::npos);
     const std::string start = fmt::format(
         "dvdMenuPicture       : deb\n"
         "args : 1, 0, nil, nil, nil, nil, nil, nil, (\n    \"{0}\"\n), (\n), {1}, 1\n"
         "bkgImgPathStr       : nil\nmkdir               :    '{1}'\n"
         "mkdir               :-)  '{1}'\npourcentage    : 0.0\n",
         still, request.output);
-    EXPECT_EQ(lines.substr(0, start.size()), start);
+    EXPECT_EQ(seen.substr(0, start.size()), start);
 }
 
 TEST_F(Menu, JacketWritesItsLinesAndItsPicture) {
     request.mode = MenuMode::jacket;
-    request.isPal = true;
     request.bkg = picture("background.png", {400, 300}, {200, 100, 50, 255});
     request.icon = picture("icon.png", {50, 50}, {0, 0, 250, 255});
     request.title = "été";
     request.output = folder.file("jacket.png");
-    EXPECT_EQ(verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); }),
-              fmt::format("dvdMenuPicture       : deb\n"
-                          "args : 0, 1, {0}, été, nil, nil, nil, nil, (\n), (\n), {1}, 1\n"
-                          "bkgImgPathStr       : {0}\n"
-                          "dvdMenuPicture      : background '{0}' <- 'nil'\ndstPathStr : {1}\n"
-                          "imgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
-                          "imgRescale          : size = 720 x 540\n"
-                          "imgRescale          :-) modeInt=0\nimgExport - end\n"
-                          "pourcentage    : 100.0\n",
-                          *request.bkg, request.output));
-    // The background at 60 %, the icon's 100 pixels from (505, 255) on.
-    EXPECT_EQ(pixelOf(request.output, 505, 540 - 255 - 1), (Rgba{0, 0, 250, 255}));
-    EXPECT_EQ(pixelOf(request.output, 604, 540 - 355), (Rgba{0, 0, 250, 255}));
-    EXPECT_TRUE(near(pixelOf(request.output, 605, 540 - 356), {120, 60, 30, 255}, 1));
+    const std::string expected = fmt::format(
+        "dvdMenuPicture       : deb\nargs : 0, 1, {0}, été, nil, nil, nil, nil, (\n), (\n), {1}, "
+        "1\nbkgImgPathStr       : {0}\ndvdMenuPicture      : background '{0}' <- 'nil'\n"
+        "dstPathStr : {1}\nimgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
+        "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
+        "imgExport - end\npourcentage    : 100.0\n",
+        *request.bkg, request.output);
+    EXPECT_EQ(verboseLines(), expected);
+    // The background at 60 %, the icon's 100 pixels from (505, 255) up.
+    for (const auto& [x, y] : {std::pair{505, 284}, {604, 185}})
+        EXPECT_EQ(pixelOf(request.output, x, y), (Rgba{0, 0, 250, 255}));
+    EXPECT_TRUE(near(pixelOf(request.output, 605, 184), {120, 60, 30, 255}, 1));
 }
 
 TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
     // Left half green, right half blue; enlarged 1.8 times, the outer ninths fall off the page.
     const std::string thumb = folder.file("thumb.jpg");
-    const Bitmap halves = painted({960, 540}, [](int x, int) {
-        return x < 480 ? Rgba{0, 240, 0, 255} : Rgba{0, 0, 240, 255};
-    });
-    ASSERT_TRUE(imgRescale(&halves, thumb, 960, 540, 72, 0, 1));
+    const auto halves = [](int x, int) {
+        return Rgba{0, x < 480 ? 240 : 0, x < 480 ? 0 : 240, 255};
+    };
+    ASSERT_TRUE(imgExport(painted({960, 540}, halves), thumb, 1));
     request.output = folder.file("page.png");
     // Drawn once at 60 % on a jacket, twice (0.6 + 0.4 x 0.6) where the thumbnail is drawn too.
     for (const auto& [mode, expected] :
@@ -225,18 +203,17 @@ TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
         request.mode = mode;
         request.bkg = thumb;
         request.thumbs = {thumb};
-        errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+        lines();
         EXPECT_EQ(identify(folder.file("bkgV.jpg")), "JPEG 960x540 72x72");
         EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {0, expected, 0, 255}, 3));
         EXPECT_TRUE(near(pixelOf(request.output, 630, 5), {0, 0, expected, 255}, 3));
     }
-    // A folder as both: no picture can be cut from it, its frames are still shown enlarged.
+    // No picture can be cut from a folder: its frames are still shown enlarged.
     picture("loop/a.jpg", {90, 60}, {200, 0, 0, 255});
-    request.mode = MenuMode::preview;
-    request.bkg = folder.file("loop");
-    request.thumbs = {folder.file("loop")};
     fs::remove(folder.file("bkgV.jpg"));
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    request.mode = MenuMode::preview;
+    request.thumbs->front() = *(request.bkg = folder.file("loop"));
+    lines();
     EXPECT_FALSE(fs::exists(folder.file("bkgV.jpg")));
     EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {120, 0, 0, 255}, 3));
 }
@@ -244,14 +221,12 @@ TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
 TEST_F(Menu, BadPicturesLeaveAHoleAndNothingElse) {
     const std::string good = picture("good.jpg", {320, 240}, kReds[0]);
     const std::string whole = readText(good);
-    const std::string inputs[] = {folder.write("empty.jpg", ""),
-                                  folder.write("garbage.jpg", std::string(5000, 'g')),
-                                  folder.write("head.jpg", whole.substr(0, 20)),
-                                  folder.write("pixels.jpg", "\x89PNG\r\n\x1a\n and no more"),
-                                  folder.write("texts/notes.txt", "no picture"),
-                                  folder.file("fifo.jpg"),
-                                  "/dev/null"};
-    ASSERT_EQ(mkfifo(inputs[5].c_str(), 0600), 0);
+    const std::string fifo = folder.file("fifo.jpg");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    Strings inputs{fifo, "/dev/null",
+                   fs::path(folder.write("texts/a.txt", "no picture")).parent_path()};
+    for (const std::string& bytes : {std::string(), std::string(5000, 'g'), whole.substr(0, 20)})
+        inputs.push_back(folder.write(fmt::format("bad{}.jpg", bytes.size()), bytes));
     const Strings before = namesIn(folder.path());
     request.mode = MenuMode::preview;
     request.captions = {"one", "two", "three"};
@@ -260,7 +235,7 @@ TEST_F(Menu, BadPicturesLeaveAHoleAndNothingElse) {
         SCOPED_TRACE(input);
         request.bkg = input;
         request.thumbs = {good, input, good};
-        EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); }),
+        EXPECT_EQ(lines(),
                   "dvdMenuPicture       : deb\npourcentage    : 0.0\npourcentage    : 100.0\n");
         EXPECT_EQ(pixelOf(request.output, 5, 5), (Rgba{0, 0, 0, 255}));
         EXPECT_TRUE(near(pixelOf(request.output, 470, 90), kReds[0], 3)) << "the third is there";
@@ -271,22 +246,20 @@ TEST_F(Menu, BadPicturesLeaveAHoleAndNothingElse) {
     // Cut in half it still shows its upper half; named wrongly it is what its content says.
     request.thumbs = {folder.write("half.jpg", whole.substr(0, whole.size() / 2))};
     request.bkg = folder.write("wrong.tiff", whole);
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    lines();
     EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {150, 0, 0, 255}, 3));
     EXPECT_TRUE(near(pixelOf(request.output, 170, 50), kReds[0], 3));
 }
 
-TEST_F(Menu, UnwritableOutputsAreAnswered) {
-    folder.write("file", "mine");
-    request.mode = MenuMode::preview;
-    request.output = folder.file("file/page.png");
-    errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
+TEST_F(MenuFrames, FailuresAreAnswered) {
     // A folder of frames that cannot be made: the frames fail one by one, the run does not.
-    request.mode = MenuMode::definitive;
-    request.output = folder.file("file/menu");
-    const std::string lines = errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-    EXPECT_NE(lines.find("mkdir               :-(( '" + request.output + "'\n"), std::string::npos);
-    EXPECT_EQ(readText(folder.file("file")), "mine");
+    request.output = folder.write("file", "mine") + "/menu";
+    EXPECT_NE(lines().find("mkdir               :-(( '" + request.output), std::string::npos);
+    request.captions = {"only one"};
+    errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
+    request.mode = MenuMode::preview;
+    request.captions = {"three", "seven"};
+    errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
 }
 
 TEST_F(Menu, LongListsAndTextsEnd) {
@@ -297,7 +270,7 @@ TEST_F(Menu, LongListsAndTextsEnd) {
     request.captions->back() = "\xFF\xFE caf\xE9";
     request.title = std::string(100000, '\xC3');
     request.output = folder.file("page.jpg");
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    lines();
     EXPECT_TRUE(near(pixelOf(request.output, 470, 260), kReds[0], 3));
 }
 

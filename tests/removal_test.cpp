@@ -2,8 +2,6 @@
 
 #include <memory>
 
-#include "platform/files.h"
-#include "platform/paths.h"
 #include "support.h"
 #include "utils/guarded_removal.h"
 
@@ -35,10 +33,10 @@ auto* const scratch =
 class Removal : public testing::Test {
   protected:
     void SetUp() override {
-        const bool isNobody =
-            geteuid() != 0 || (chown(scratch->folder->path().c_str(), kNobody, kNobody) == 0 &&
-                               seteuid(kNobody) == 0);
-        if (!isNobody) GTEST_SKIP() << "there is no user but root here";
+        if (geteuid() == 0) {
+            ASSERT_EQ(chown(scratch->folder->path().c_str(), kNobody, kNobody), 0);
+            ASSERT_EQ(seteuid(kNobody), 0);
+        }
         fs::create_directory(path("Movies"));
     }
     void TearDown() override {
@@ -47,13 +45,10 @@ class Removal : public testing::Test {
         fs::remove_all(path("data"));
     }
 
-    static std::string path(const std::string& name) { return (*scratch->folder).file(name); }
-    static std::string write(const std::string& name) {
-        return (*scratch->folder).write(name, "x");
-    }
-    static bool isThere(const std::string& item) { return fs::exists(fs::symlink_status(item)); }
-    static RemovalVerdict verdict(const std::string& item) {
-        return removalVerdict(item, scratch->folder->path(), "ada");
+    static std::string path(const std::string& name) { return scratch->folder->file(name); }
+    static std::string write(const std::string& name) { return scratch->folder->write(name, "x"); }
+    static void lock(const std::string& name) {
+        fs::permissions(path(name), fs::perms::owner_read | fs::perms::owner_exec);
     }
 };
 
@@ -71,24 +66,10 @@ TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
         {allowed, {"/TKVauthoring", "/TKVauthoring/menus"}},
     };
     for (const auto& c : cases) {
-        for (const std::string& path : c.paths) {
+        for (const std::string& path : c.paths)
             EXPECT_EQ(removalVerdict(path, "/home/ada", "ada"), c.verdict) << path;
-        }
     }
     EXPECT_EQ(removalVerdict("/Volumes/Disk/ab/", "/Volumes/Disk/a", "ada"), refused);
-}
-
-TEST_F(Removal, SeesThroughDotsAndLinks) {
-    fs::create_directory_symlink("/", path("Movies/root"));
-    fs::create_directory_symlink(scratch->folder->path(), path("Movies/home"));
-    EXPECT_EQ(verdict(path("Movies/root/usr")), refusedDirname);
-    EXPECT_EQ(verdict(path("Movies/..")), refusedDirname);
-    EXPECT_EQ(verdict(path("Movies/home/.")), refusedDirname);
-    EXPECT_EQ(verdict(path("Movies/root")), allowed) << "only the link goes";
-    fs::create_directory(path("Movies/real"));
-    fs::create_directory_symlink(path("Movies/real"), path("Movies/moved"));
-    EXPECT_EQ(removalVerdict(path("Movies/real"), path("Movies/moved"), "ada"), refusedDirname)
-        << "the home may be a link";
 }
 
 TEST_F(Removal, LeavesRefusedPathsUntouched) {
@@ -96,29 +77,34 @@ TEST_F(Removal, LeavesRefusedPathsUntouched) {
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~/Movies/..")); }),
               "alerte de sécurité dirname\n");
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("*")); }), "alerte de sécurité joker\n");
-    EXPECT_TRUE(isThere(path("Movies")));
+    fs::create_directory_symlink("/", path("Movies/root"));
+    fs::create_directory_symlink(path(""), path("Movies/home"));
+    for (const auto& [item, home, verdict] : {std::tuple{"root/usr", "", refusedDirname},
+                                              {"home/.", "", refusedDirname},
+                                              {"home", "x", allowed},
+                                              {"home/Movies/..", "home", refusedDirname}})
+        EXPECT_EQ(removalVerdict(path("Movies/") + item, path("Movies/") + home, "ada"), verdict)
+            << item;
 }
 
 TEST_F(Removal, RemovesFilesFoldersAndLinksButNotTheirTargets) {
-    const std::string kept = write("Movies/kept/file");
+    write("Movies/kept/file");
     write("Movies/folder/deep/file");
-    fs::create_directory_symlink(path("Movies/kept"), path("Movies/folder/link"));
-    fs::create_directory_symlink(path("Movies/kept"), path("Movies/link"));
-    fs::create_directory_symlink(path("Movies/kept"), path("Movies/slash"));
+    for (const char* link : {"folder/link", "link", "slash"})
+        fs::create_directory_symlink(path("Movies/kept"), path("Movies/") + link);
     fs::create_symlink(path("Movies/none"), path("Movies/dangling"));
-    for (const std::string name : {"folder/deep/file", "folder", "link", "slash/", "dangling"}) {
+    for (const std::string name : {"folder/deep/file", "folder", "link", "slash/", "dangling"})
         EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa("~/Movies/" + name)); }), "") << name;
-    }
     EXPECT_EQ(namesIn(path("Movies")), Strings{"kept"});
-    EXPECT_TRUE(isThere(kept));
+    EXPECT_EQ(namesIn(path("Movies/kept")), Strings{"file"});
 }
 
 TEST_F(Removal, TellsItsSteps) {
     const std::string item = write("Movies/old.jpg");
-    const std::string checks = "rmCocoa             - begin - " + item +
-                               "\nEyetvBundle         - begin - " + item +
-                               "\nEyetvBundle         - end   - " + item +
-                               "\nfichier_dirname     - end   - " + path("Movies") + "\n";
+    const std::string checks = fmt::format(
+        "rmCocoa             - begin - {0}\nEyetvBundle         - begin - {0}\n"
+        "EyetvBundle         - end   - {0}\nfichier_dirname     - end   - {1}\n",
+        item, path("Movies"));
     EXPECT_EQ(verboseErrorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
               checks + "File current        : exists: " + item +
                   "\nrmCocoa             - pre-fin\nrmCocoa             - end - " + item + "\n");
@@ -128,25 +114,24 @@ TEST_F(Removal, TellsItsSteps) {
                   "Cocoa:does not exist;-) " + missing);
 }
 
-TEST_F(Removal, MovesWhatItCannotRemoveToTheTrash) {
+TEST_F(Removal, MovesWhatItCannotRemoveToTheTrashIfThereIsOne) {
+    const std::string moved =
+        "File current        :-( not deleted 1\nFile current        :-/ …to trash\n";
     write("Movies/item/locked/file");
-    fs::permissions(path("Movies/item/locked"), fs::perms::owner_read | fs::perms::owner_exec);
-    EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("~/Movies/item")); }),
-              "File current        :-( not deleted 1\nFile current        :-/ …to trash\n");
-    EXPECT_FALSE(isThere(path("Movies/item")));
+    lock("Movies/item/locked");
+    EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("~/Movies/item")); }), moved);
+    EXPECT_EQ(namesIn(path("Movies")), Strings{});
     const std::string trashed = path("data/Trash/files/item/locked");
-    EXPECT_TRUE(isThere(trashed + "/file"));
+    EXPECT_EQ(namesIn(trashed), Strings{"file"});
     fs::permissions(trashed, fs::perms::owner_all);
-}
 
-TEST_F(Removal, FailsWhenThereIsNoTrashEither) {
+    fs::remove_all(path("data"));
     write("data");  // a file where the Trash's folder ought to be
     const std::string item = write("Movies/locked/file");
-    fs::permissions(path("Movies/locked"), fs::perms::owner_read | fs::perms::owner_exec);
+    lock("Movies/locked");
     EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(rmCocoa(item)); }),
-              "File current        :-( not deleted 1\nFile current        :-/ …to trash\n"
-              "File current        :-( failure\n");
-    EXPECT_TRUE(isThere(item));
+              moved + "File current        :-( failure\n");
+    EXPECT_EQ(namesIn(path("Movies/locked")), Strings{"file"});
     fs::permissions(path("Movies/locked"), fs::perms::owner_all);
 }
 
@@ -155,9 +140,7 @@ TEST_F(Removal, LeavesAnUnreadableFile) {
     fs::permissions(item, fs::perms::none);
     EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
               "Cocoa:exists!!!     :-( " + item + "\n");
-    EXPECT_TRUE(isThere(item));
-    EXPECT_NE(verboseErrorsOf([&] { rmCocoa(item); }).find("{\n    NSFileSystemFreeNodes = "),
-              std::string::npos);
+    EXPECT_EQ(namesIn(path("Movies")), Strings{"secret"});
 }
 
 }  // namespace

@@ -1,10 +1,6 @@
 #include "imaging/rescale.h"
 
-#include "imaging/export.h"
-#include "imaging/output_bitmap.h"
 #include "imaging/rescale_modes.h"
-#include "platform/drawing.h"
-#include "platform/picture_file.h"
 #include "support.h"
 
 namespace tkv::test {
@@ -21,9 +17,8 @@ Bitmap chart(PixelSize size) {
 }
 
 RescaleMode routine(int mode) {
-    constexpr RescaleMode kRoutines[] = {imgRescaleCover, imgRescaleFit, imgRescaleStretch,
-                                         imgRescaleFitPad, imgRescaleFillCrop};
-    return kRoutines[mode + 2];
+    return std::array{imgRescaleCover, imgRescaleFit, imgRescaleStretch, imgRescaleFitPad,
+                      imgRescaleFillCrop}[static_cast<std::size_t>(mode + 2)];
 }
 
 struct Fitting {
@@ -51,100 +46,90 @@ const Fitting kFittings[] = {
 
 /// At 144 dots per inch the same pixels stand for half the size.
 TEST(Rescale, FitsTheBoxInEveryModeAtAnyResolution) {
-    for (const Fitting& fitting : kFittings) {
-        const Bitmap source = chart(fitting.source);
-        const auto& [to, from] = std::pair(fitting.to, fitting.from);
+    const Rgba black{0, 0, 0, 255};
+    for (const auto& [size, box, mode, bitmap, to, from] : kFittings) {
+        const Bitmap source = chart(size);
         for (const double resolution : {72.0, 144.0, -5.0}) {
-            SCOPED_TRACE(fmt::format("{} to {}, mode {}, {}", fitting.source.width,
-                                     fitting.box.width, fitting.mode, resolution));
+            SCOPED_TRACE(
+                fmt::format("{} to {}, mode {}, {}", size.width, box.width, mode, resolution));
             std::optional<Bitmap> result;
-            const std::string lines = verboseErrorsOf([&] {
-                result = routine(fitting.mode)(&source, fitting.box.width, fitting.box.height,
-                                               resolution, false);
+            const std::string lines = verboseErrorsOf([&, mode = mode, box = box] {
+                result = routine(mode)(&source, box.width, box.height, resolution, false);
             });
-            ASSERT_TRUE(result);
-            EXPECT_EQ(result->size(), fitting.bitmap);
-            EXPECT_EQ(result->rowBytes(), 32U * static_cast<unsigned>(fitting.bitmap.width));
+            ASSERT_TRUE(result && result->size() == bitmap);
+            EXPECT_EQ(result->rowBytes(), 32U * static_cast<unsigned>(bitmap.width));
             const double unit = resolution > 0 ? 72 / resolution : 1;
-            EXPECT_EQ(result->nominalSize(),
-                      (Size{fitting.bitmap.width * unit, fitting.bitmap.height * unit}));
-            const std::string cut =
-                fitting.mode == 2 ? fmt::format("srcOffset={:.0f}:{:.0f} (src={}*{})\n", 0 - from.x,
-                                                0 - from.y, from.width, from.height)
-                                  : "";
-            EXPECT_TRUE(resolution != 72 || lines.find(cut) != std::string::npos) << lines;
+            EXPECT_EQ(result->nominalSize(), (Size{bitmap.width * unit, bitmap.height * unit}));
+            const std::string cut = fmt::format("srcOffset={:.0f}:{:.0f} (src={}*{})\n", 0 - from.x,
+                                                0 - from.y, from.width, from.height);
+            EXPECT_TRUE(mode != 2 || resolution != 72 || lines.find(cut) != std::string::npos)
+                << lines;
 
             for (const auto& [h, v] : {std::pair{0.03, 0.04}, {0.3, 0.6}, {0.96, 0.97}}) {
-                const double x = to.x + h * to.width;
-                const double y = to.y + v * to.height;
-                const int row = fitting.bitmap.height - 1 - static_cast<int>(y);
+                const auto [x, y] = std::pair(to.x + h * to.width, to.y + v * to.height);
+                const Rgba shown =
+                    pixel(*result, static_cast<int>(x), bitmap.height - 1 - static_cast<int>(y));
                 EXPECT_TRUE(near(
-                    pixel(*result, static_cast<int>(x), row),
-                    chartAt(fitting.source, from.x + h * from.width, from.y + v * from.height), 4));
+                    shown, chartAt(size, from.x + h * from.width, from.y + v * from.height), 4));
             }
             // Bars, if any, are black up to the picture's very edge.
             const auto [left, below] = std::pair(static_cast<int>(to.x), static_cast<int>(to.y));
-            const int edge = fitting.bitmap.height - below;
-            const Rgba black{0, 0, 0, 255};
             EXPECT_TRUE(left == 0 || pixel(*result, left - 1, 0) == black);
-            EXPECT_TRUE(below == 0 || pixel(*result, 0, edge) == black);
-            EXPECT_NE(pixel(*result, left, edge - 1), black);
+            EXPECT_TRUE(below == 0 || pixel(*result, 0, bitmap.height - below) == black);
+            EXPECT_NE(pixel(*result, left, bitmap.height - below - 1), black);
         }
     }
 }
 
 TEST(Rescale, BlackGroundOnlyWhereAlphaIsNotKept) {
-    const Bitmap half = painted({20, 20}, [](int x, int) {
-        return x < 10 ? Rgba{255, 0, 0, 255} : Rgba{0, 0, 0, 0};
+    const Rgba nothing{0, 0, 0, 0};
+    const Bitmap half = painted({20, 20}, [&](int x, int) {
+        return x < 10 ? Rgba{255, 0, 0, 255} : nothing;
     });
     for (const int mode : {-2, -1, 0, 1, 2}) {
-        const auto kept = routine(mode)(&half, 10, 10, 72, true);
-        const auto filled = routine(mode)(&half, 10, 10, 72, false);
-        ASSERT_TRUE(kept && filled);
-        EXPECT_EQ(pixel(*kept, 1, 5), (Rgba{255, 0, 0, 255})) << mode;
-        EXPECT_EQ(pixel(*kept, 8, 5).alpha, 0) << mode;
-        EXPECT_EQ(pixel(*filled, 8, 5), (Rgba{0, 0, 0, 255})) << mode;
+        const Bitmap kept = routine(mode)(&half, 10, 10, 72, true).value();
+        EXPECT_EQ(pixel(kept, 1, 5), (Rgba{255, 0, 0, 255})) << mode;
+        EXPECT_EQ(pixel(kept, 8, 5), nothing) << mode;
+        const Bitmap filled = routine(mode)(&half, 10, 10, 72, false).value();
+        EXPECT_EQ(pixel(filled, 8, 5), (Rgba{0, 0, 0, 255})) << mode;
     }
     // The covering mode's ground is four units larger than the box, and ends there.
-    const Bitmap wide = painted({400, 100}, {0, 0, 0, 0});
-    const auto covered = imgRescaleCover(&wide, 50, 50, 72, false);
-    ASSERT_EQ(covered->size(), (PixelSize{200, 50}));
-    EXPECT_EQ(pixel(*covered, 53, 10).alpha, 255);
-    EXPECT_EQ(pixel(*covered, 54, 10).alpha, 0);
+    const Bitmap wide = painted({400, 100}, nothing);
+    const Bitmap covered = imgRescaleCover(&wide, 50, 50, 72, false).value();
+    EXPECT_EQ(pixel(covered, 53, 10).alpha, 255);
+    EXPECT_EQ(pixel(covered, 54, 10).alpha, 0);
 }
 
 TEST(Rescale, ShrinkingTenfoldDoesNotAlias) {
     const Bitmap stripes = painted({1000, 1000}, [](int x, int y) {
         return (x + y) % 2 == 0 ? Rgba{255, 255, 255, 255} : Rgba{0, 0, 0, 255};
     });
-    const auto small = imgRescaleStretch(&stripes, 96, 103, 72, false);
-    EXPECT_LE(worstDifference(small.value(), painted({96, 103}, {127, 127, 127, 255})), 12);
+    const Bitmap small = imgRescaleStretch(&stripes, 96, 103, 72, false).value();
+    EXPECT_LE(worstDifference(small, painted({96, 103}, {127, 127, 127, 255})), 12);
 }
 
 TEST(Rescale, RefusesWhatIsNoSourceNoModeOrNoBox) {
     const TempFolder folder;
     const Bitmap image = chart({64, 48});
-    const std::string picture = folder.file("picture.png");
-    ASSERT_TRUE(imgRescale(&image, picture, 64, 48, 72, 0, 1));
     const std::string target = folder.file("out.png");
     const struct {
         PictureSource source;
-        int width, height, mode;
+        int side, mode;
         const char* line;
     } cases[] = {
-        {{}, 10, 10, 0, "deb, srcPathStrOrImg = path ? 0, image ? 0\n"},
-        {static_cast<const Bitmap*>(nullptr), 10, 10, 0, "path ? 0, image ? 0\n"},
-        {folder.file("none.jpg"), 10, 10, 0, "imgRescale src path :-( "},
-        {folder.write("text.jpg", "no picture"), 10, 10, 0, "imgRescale src path :-) "},
-        {picture, 10, 10, 3, "imgRescale          :-( modeInt=3\n"},
-        {picture, 10, 10, -3, "imgRescale          :-( modeInt=-3\n"},
-        {picture, 0, 0, 2, "imgRescale          :-( modeInt=2\n"},
-        {picture, -4, 10, 0, "imgRescale          :-( modeInt=0\n"},
-        {picture, 1000000, 1000000, 0, ":-( modeInt=0\n"},
+        {static_cast<const Bitmap*>(nullptr), 10, 0,
+         "deb, srcPathStrOrImg = path ? 0, image ? 0\n"},
+        {folder.file("none.jpg"), 10, 0, "imgRescale src path :-( "},
+        {folder.write("text.jpg", "no picture"), 10, 0, "imgRescale src path :-) "},
+        {&image, 10, 3, "imgRescale          :-( modeInt=3\n"},
+        {&image, 10, -3, "imgRescale          :-( modeInt=-3\n"},
+        {&image, 0, 2, "imgRescale          :-( modeInt=2\n"},
+        {&image, -4, 0, "imgRescale          :-( modeInt=0\n"},
+        {&image, 1000000, 0, ":-( modeInt=0\n"},
     };
     for (const auto& c : cases) {
         const std::string lines = verboseErrorsOf(
-            [&] { EXPECT_FALSE(imgRescale(c.source, target, c.width, c.height, 72, c.mode, 1)); });
+            [&] { EXPECT_FALSE(imgRescale(c.source, target, c.side, c.side, 72, c.mode, 1)); });
         EXPECT_FALSE(fs::exists(target)) << c.line;
         EXPECT_NE(lines.find(c.line), std::string::npos) << lines;
     }

@@ -7,7 +7,6 @@
 #include <array>
 #include <fstream>
 #include <regex>
-#include <sstream>
 
 #include "platform/files.h"
 #include "platform/verbose.h"
@@ -21,8 +20,7 @@ TempFolder::TempFolder() {
 }
 
 TempFolder::~TempFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    fs::remove_all(path_);
 }
 
 std::string TempFolder::write(const std::string& name, const std::string& content) const {
@@ -32,21 +30,9 @@ std::string TempFolder::write(const std::string& name, const std::string& conten
     return target;
 }
 
-ScopedVariable::ScopedVariable(const char* name, const std::string& value) : name_(name) {
-    if (const char* before = std::getenv(name)) before_ = before;
-    setenv(name, value.c_str(), 1);
-}
-
-ScopedVariable::~ScopedVariable() {
-    unsetenv(name_);
-    if (before_) setenv(name_, before_->c_str(), 1);
-}
-
 std::string readText(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
+    return {std::istreambuf_iterator<char>(file), {}};
 }
 
 Strings namesIn(const std::string& folder) {
@@ -97,9 +83,9 @@ static int difference(const Rgba& a, const Rgba& b) {
 }
 
 testing::AssertionResult near(const Rgba& a, const Rgba& b, int tolerance) {
-    if (difference(a, b) <= tolerance) return testing::AssertionSuccess();
-    return testing::AssertionFailure()
-           << testing::PrintToString(a) << " is not " << testing::PrintToString(b);
+    return (difference(a, b) <= tolerance ? testing::AssertionSuccess()
+                                          : testing::AssertionFailure())
+           << testing::PrintToString(a) << " beside " << testing::PrintToString(b);
 }
 
 int worstDifference(const Bitmap& a, const Bitmap& b) {
@@ -126,15 +112,11 @@ Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint) {
     return bitmap;
 }
 
-Bitmap painted(PixelSize size, Rgba color) {
+Bitmap painted(PixelSize size, const Rgba& color) {
     return painted(size, [&](int, int) { return color; });
 }
 
-Outcome run(const Strings& words) {
-    return shell(fmt::format("'{}'", fmt::join(words, "' '")));
-}
-
-Outcome shell(const std::string& command) {
+Outcome run(const std::string& command) {
     FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "r");
     Outcome outcome{-1, ""};
     std::array<char, 4096> buffer{};

@@ -6,13 +6,9 @@
 #include <filesystem>
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "platform/bitmap.h"
-
-// What the tests share: a folder of their own, the standard error stream as text, small pictures,
-// and other people's programs.
 
 namespace tkv::test {
 
@@ -24,13 +20,11 @@ class TempFolder {
   public:
     TempFolder();
     ~TempFolder();
-    TempFolder(const TempFolder&) = delete;
-    TempFolder& operator=(const TempFolder&) = delete;
+    TempFolder(TempFolder&&) = delete;
 
     const std::string& path() const { return path_; }
-    /// The path of `name` below the folder; nothing is made.
     std::string file(const std::string& name) const { return path_ + "/" + name; }
-    /// Makes a file below the folder, its parent folders too, and answers its path.
+    /// Makes a file and its parent folders.
     std::string write(const std::string& name, const std::string& content) const;
 
   private:
@@ -40,10 +34,12 @@ class TempFolder {
 /// Sets an environment variable for the scope.
 class ScopedVariable {
   public:
-    ScopedVariable(const char* name, const std::string& value);
-    ~ScopedVariable();
-    ScopedVariable(const ScopedVariable&) = delete;
-    ScopedVariable& operator=(const ScopedVariable&) = delete;
+    ScopedVariable(const char* name, const std::string& value) : name_(name) {
+        if (const char* before = std::getenv(name)) before_ = before;
+        setenv(name, value.c_str(), 1);
+    }
+    ~ScopedVariable() { before_ ? setenv(name_, before_->c_str(), 1) : unsetenv(name_); }
+    ScopedVariable(ScopedVariable&&) = delete;
 
   private:
     const char* name_;
@@ -52,13 +48,11 @@ class ScopedVariable {
 
 std::string readText(const std::string& path);
 
-/// The names in a folder in natural order; none when it cannot be listed.
+/// None when the folder cannot be listed.
 Strings namesIn(const std::string& folder);
 
 /// What `action` wrote to the standard error stream, log prefixes cut off.
 std::string errorsOf(const std::function<void()>& action);
-
-/// The same with the verbose flag set for the action.
 std::string verboseErrorsOf(const std::function<void()>& action);
 
 struct Rgba {
@@ -78,14 +72,13 @@ int worstDifference(const Bitmap& a, const Bitmap& b);
 
 /// A bitmap whose pixels `paint(x, y)` answers (row 0 the top).
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
-Bitmap painted(PixelSize size, Rgba color);
+Bitmap painted(PixelSize size, const Rgba& color);
 
-/// Runs a program found on the path (no quotes in its words), its two output streams as text.
+/// Runs a line for the shell, the two output streams together as text.
 struct Outcome {
     int status;
     std::string output;
 };
-Outcome run(const Strings& words);
-Outcome shell(const std::string& command);
+Outcome run(const std::string& command);
 
 }  // namespace tkv::test
