@@ -117,6 +117,7 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
         {"b.jpg", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -colorspace CMYK -quality 95"},
         {"c.jpg", {146, 146, 146, 255}, "convert-im6.q16 a.ppm -colorspace Gray"},
         {"d.png", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -colors 4"},
+        {"d.xpm", {255, 128, 0, 255}, "convert-im6.q16 a.ppm"},
         {"e.jp2", {255, 128, 0, 128}, "convert-im6.q16 a.ppm " + translucent},
         {"f.jp2", {254, 0, 0, 255}, coarse},
         {"g.j2k", {254, 0, 0, 255}, coarse},

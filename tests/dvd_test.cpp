@@ -241,7 +241,7 @@ TEST(Dvd, ExampleDiscHasTheButtonsOfTheMapsAndTheyLead) {
     const std::string tool = fs::canonical("/proc/self/exe").parent_path() / "tkvDvdMenuImg";
     const ScopedVariable toolVariable("TKV_TOOL", tool);
     const ScopedVariable menuFrames("MENU_FRAMES", "25");
-    const Outcome made = run({TKV_EXAMPLES "/dvd/make-dvd.sh", out});
+    const Outcome made = run(fmt::format("'{}/dvd/make-dvd.sh' '{}'", TKV_EXAMPLES, out));
     ASSERT_EQ(made.status, 0) << made.output;
     EXPECT_EQ(namesIn(out), (Names{"disc", "disc.iso", "maps"}));
 
@@ -280,8 +280,9 @@ TEST(Dvd, MultiplexerTakesTheMapsOfEveryLayout) {
     };
     for (const bool isPal : {true, false}) {
         request.isPal = isPal;
-        const Outcome encoded = run({"ffmpeg", "-nostdin", "-y", "-f", "lavfi", "-i", "color",
-                                     "-target", isPal ? "pal-dvd" : "ntsc-dvd", "-t", "1", clip});
+        const Outcome encoded =
+            run(fmt::format("ffmpeg -nostdin -y -f lavfi -i color -target {} -t 1 {}",
+                            isPal ? "pal-dvd" : "ntsc-dvd", clip));
         ASSERT_EQ(encoded.status, 0) << encoded.output;
         for (const Case& c :
              {Case{true, 0}, {true, 1}, {true, 2}, {true, 3}, {true, 4}, {false, 9}}) {
@@ -290,7 +291,7 @@ TEST(Dvd, MultiplexerTakesTheMapsOfEveryLayout) {
             errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
             for (const char* map : {"menu_169.txt", "menu_43.txt"}) {
                 const Outcome outcome =
-                    run({"sh", "-c", "spumux \"$0\" <\"$1\" >/dev/null", folder.file(map), clip});
+                    run(fmt::format("spumux {} <{} >/dev/null", folder.file(map), clip));
                 EXPECT_EQ(outcome.status, 0);
                 EXPECT_NE(outcome.output.find("INFO: 1 subtitles added"), std::string::npos);
                 for (const char* complaint : {"WARN", "ERR"}) {
