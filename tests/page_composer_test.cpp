@@ -2,12 +2,10 @@
 
 #include "composer/jacket.h"
 #include "composer/page_texts.h"
-#include "imaging/rescale.h"
 #include "platform/paths.h"
 #include "support.h"
 
-namespace tkv::test {
-namespace {
+namespace tkv::test::composing {
 
 template <typename LayerType>
 std::vector<LayerType> layersOf(const Page& page) {
@@ -26,8 +24,7 @@ Strings filesShown(const Page& page) {
 }
 
 /// Files are not decoded while a page is composed, so any content will do.
-class Composing : public testing::Test {
-  protected:
+struct Composing : testing::Test {
     /// Files "name0.jpg" and so on below a folder of the name.
     Strings files(const std::string& name, int count) {
         Strings paths;
@@ -39,9 +36,7 @@ class Composing : public testing::Test {
         files(name, frames);
         return folder.file(name);
     }
-    Page pageOf(PageComposer& composer, int pass) {
-        return composer.composePass(pass).value().page;
-    }
+    Page pageOf(PageComposer& from, int pass) { return from.composePass(pass).value().page; }
     /// The first pass of a menu without background.
     Page composed() {
         PageComposer composer(request, {});
@@ -52,18 +47,10 @@ class Composing : public testing::Test {
     MenuRequest request;
 };
 
-struct Place {
-    bool isMainMenu;
-    int thumbnails;
-    std::size_t index;
-    Rect destination, source;
-    TextPlace caption;
-    Alignment alignment;
-};
-
 const Rect kSmall{0, 0, 160, 120};
 using enum Alignment;
-const Place kPlaces[] = {
+/// Whether of a main menu, thumbnails, which, destination, source, caption and its alignment.
+const std::tuple<bool, int, std::size_t, Rect, Rect, TextPlace, Alignment> kPlaces[] = {
     {false, 1, 0, {110, 355, 160, 120}, kSmall, Point{130, 342}, left},
     {false, 9, 1, {280, 355, 160, 120}, kSmall, Rect{270, 342, 180, 14}, center},
     {false, 9, 2, {450, 355, 160, 120}, kSmall, Rect{430, 342, 160, 14}, right},
@@ -216,5 +203,4 @@ TEST_F(Composing, AReplacedFileIsAnotherPage) {
     EXPECT_NE(before, composed());
 }
 
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::composing

@@ -1,10 +1,5 @@
 #include "support.h"
 
-#include <fcntl.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <array>
 #include <fstream>
 #include <regex>
 
@@ -40,20 +35,11 @@ Strings namesIn(const std::string& folder) {
 }
 
 std::string errorsOf(const std::function<void()>& action) {
-    const TempFolder folder;
-    const std::string path = folder.file("stderr");
-    std::fflush(stderr);
-    const int saved = dup(STDERR_FILENO);
-    const int file = open(path.c_str(), O_CREAT | O_WRONLY | O_APPEND | O_CLOEXEC, 0600);
-    dup2(file, STDERR_FILENO);
-    close(file);
-    action();
-    std::fflush(stderr);
-    dup2(saved, STDERR_FILENO);
-    close(saved);
     static const std::regex prefix(
         R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} tkvDvdMenuImg\[\d+:1\] )");
-    return std::regex_replace(readText(path), prefix, "");
+    testing::internal::CaptureStderr();
+    action();
+    return std::regex_replace(testing::internal::GetCapturedStderr(), prefix, "");
 }
 
 std::string verboseErrorsOf(const std::function<void()>& action) {
@@ -83,8 +69,8 @@ static int difference(const Rgba& a, const Rgba& b) {
 }
 
 testing::AssertionResult near(const Rgba& a, const Rgba& b, int tolerance) {
-    return (difference(a, b) <= tolerance ? testing::AssertionSuccess()
-                                          : testing::AssertionFailure())
+    const bool isNear = difference(a, b) <= tolerance;
+    return testing::AssertionResult(isNear)
            << testing::PrintToString(a) << " beside " << testing::PrintToString(b);
 }
 
@@ -116,14 +102,13 @@ Bitmap painted(PixelSize size, const Rgba& color) {
     return painted(size, [&](int, int) { return color; });
 }
 
-Outcome run(const std::string& command) {
+std::string run(const std::string& command) {
     FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "r");
-    Outcome outcome{-1, ""};
-    std::array<char, 4096> buffer{};
-    for (std::size_t got; (got = std::fread(buffer.data(), 1, buffer.size(), pipe)) > 0;)
-        outcome.output.append(buffer.data(), got);
-    outcome.status = WEXITSTATUS(pclose(pipe));
-    return outcome;
+    std::string output;
+    for (int byte; (byte = std::fgetc(pipe)) != EOF;)
+        output += static_cast<char>(byte);
+    EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
+    return output;
 }
 
 }  // namespace tkv::test

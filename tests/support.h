@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/bitmap.h"
+#include "platform/picture_file.h"
 
 namespace tkv::test {
 
@@ -74,11 +75,7 @@ int worstDifference(const Bitmap& a, const Bitmap& b);
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
 Bitmap painted(PixelSize size, const Rgba& color);
 
-/// Runs a line for the shell, the two output streams together as text.
-struct Outcome {
-    int status;
-    std::string output;
-};
-Outcome run(const std::string& command);
+/// What a line for the shell, which must succeed, writes to its two output streams.
+std::string run(const std::string& command);
 
 }  // namespace tkv::test

@@ -9,21 +9,19 @@
 #include "support.h"
 #include "utils/version_probe.h"
 
-namespace tkv::test {
-namespace {
+namespace tkv::test::tools {
 
 const std::string kBegin = "taskArrayPipes      - begin\n";
 
 /// None of these tests leaves a child or an open descriptor behind.
-class Tools : public testing::Test {
-  protected:
+struct Tools : testing::Test {
     void SetUp() override {
         errorsOf([] { logLine("the connection to the system's log stays open"); });
-        descriptors_ = namesIn("/dev/fd");
+        descriptors = namesIn("/dev/fd");
     }
     void TearDown() override {
         EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
-        EXPECT_EQ(namesIn("/dev/fd"), descriptors_);
+        EXPECT_EQ(namesIn("/dev/fd"), descriptors);
     }
 
     std::string executable(const std::string& name, const std::string& content) const {
@@ -33,9 +31,7 @@ class Tools : public testing::Test {
     }
 
     const TempFolder folder;
-
-  private:
-    Strings descriptors_;
+    Strings descriptors;
 };
 
 TEST_F(Tools, AnswerWhatTheLastCommandPrints) {
@@ -84,17 +80,10 @@ TEST_F(Tools, StartOnlyWhenAllAreThere) {
     const std::string seen = verboseErrorsOf([&] {
         EXPECT_FALSE(taskArrayPipes({"/usr/bin/touch", trace, "é", "|", "/no/such"}));
     });
+    EXPECT_TRUE(seen.ends_with(
+        "\",\n    \"\\U00e9\"\n)\ntaskArrayPipes      :-( tool !present '/no/such'\n"))
+        << seen;
     EXPECT_FALSE(fs::exists(trace));
-    const std::string start = fmt::format(
-        "taskArrayPipes      - begin\ntaskArrayPipes      - 1\nseparatedArgsByTasksMa : (\n"
-        "        (\n        \"/usr/bin/touch\",\n        \"{}\",\n        \"\\U00e9\"\n    ),\n"
-        "        (\n        \"/no/such\"\n    )\n)\nenv post            : {{\n    ",
-        trace);
-    const std::string end = fmt::format(
-        ";\n}}\ntaskArrayPipes      : ma (\n    \"{}\",\n    \"\\U00e9\"\n)\n"
-        "taskArrayPipes      :-( tool !present '/no/such'\n",
-        trace);
-    EXPECT_TRUE(seen.starts_with(start) && seen.ends_with(end)) << seen;
 }
 
 TEST_F(Tools, AreWaitedForAsIsTheEndOfTheOutput) {
@@ -134,5 +123,4 @@ TEST_F(Tools, TellTheVersionOfSpumux) {
     EXPECT_GT(versionSpumux(true), 0.06F) << "from " << resourceFolder();
 }
 
-}  // namespace
-}  // namespace tkv::test
+}  // namespace tkv::test::tools
