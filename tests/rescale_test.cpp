@@ -119,4 +119,14 @@ TEST(Rescale, RefusesWhatIsNoSourceNoModeOrNoBox) {
     }
 }
 
+TEST(Sizes, OfPicturesOnly) {
+    const TempFolder folder;
+    const Bitmap image = chart({1024, 60});
+    const std::string path = folder.file("a.jpg");
+    ASSERT_TRUE(imgRescale(&image, path, 1024, 60, 72, 0, 1));
+    EXPECT_EQ(imgSizes(path), (std::array{1024, 60}));
+    EXPECT_FALSE(imgSizes(folder.file("missing.png")));
+    EXPECT_FALSE(imgSizes(folder.write("text.png", "text")));
+}
+
 }  // namespace tkv::test::rescaling
