@@ -24,6 +24,9 @@ define() { # WORKLOAD
     esac
     zoomed=$([ "$background" != "${pictures[0]}" ] || echo yes)
     sample=$((frames < 20 ? frames : 20))
+    texts=(-title "$title" -dvdBt_readAll "Tout lire" -dvdBt_menuPrev Retour
+        -dvdBt_menuMain "Menu principal" -dvdBt_menuNext Suite -captions "$(list "${captions[@]}")")
+    thumbs=$(list "${pictures[@]}")
 }
 
 list() { # ITEM...
@@ -35,10 +38,8 @@ list() { # ITEM...
 run_tool() {
     local output=$1
     [ "$mode" = 0 ] || output+=/000.jpg
-    "${meter[@]}" "$bin/tkvDvdMenuImg" -mode "$mode" -bkg "$background" -title "$title" \
-        -dvdBt_readAll "Tout lire" -dvdBt_menuPrev Retour -dvdBt_menuMain "Menu principal" \
-        -dvdBt_menuNext Suite -thumbs "$(list "${pictures[@]}")" \
-        -captions "$(list "${captions[@]}")" -o "$output"
+    "${meter[@]}" "$bin/tkvDvdMenuImg" -mode "$mode" -bkg "$background" "${texts[@]}" \
+        -thumbs "$thumbs" -o "$output"
 }
 
 # Calls DRAW SIZE COLOUR ALIGNMENT X Y TEXT for each text of the page; X is its left edge, centre

@@ -148,6 +148,18 @@ TEST(DecodeJpeg, ReadsOnlyTheScansThatTheSizeNeeds) {
     }
 }
 
+TEST(DecodeJpeg, RefusesAnAbsurdNumberOfScans) {
+    const std::string file = text(progressive(encodeJpeg(quarters({64, 32}), 0.9F).value()));
+    const std::size_t start = file.find("\xFF\xDA"), end = file.find("\xFF\xC4", start);
+    for (const int more : {20, 600}) {
+        std::string longer = file;
+        for (int i = 0; i < more; ++i)
+            longer.insert(end, file, start, end - start);
+        EXPECT_EQ(decodeJpeg(Bytes(longer.begin(), longer.end()), everyPixel).has_value(),
+                  more == 20);
+    }
+}
+
 /// Writes an ICC profile whose red is sRGB's blue and the other way round.
 void writeSwappedProfile(const std::string& path) {
     const cmsCIExyY white{0.3127, 0.3290, 1};

@@ -93,12 +93,56 @@ TEST_F(Overlay, QuietRunsWriteOneButtonAtLeastAndNothingAtTheOutputPath) {
     }
 }
 
+TEST_F(Overlay, ButtonsFollowTheThumbnails) {
+    const std::string bar = button("BT_0", 130, 110, 590, 140);
+    const std::string small = button("BT_0", 120, 80, 260, 188);
+    for (const auto& [isMainMenu, thumbs, first, last] :
+         {std::tuple{false, 0, small, small},
+          {false, 1, small, small},
+          {false, 10, small, button("BT_9", 460, 366, 600, 474)},
+          {true, 0, bar, bar},
+          {true, 1, bar, bar},
+          {true, 2, button("BT_0", 130, 86, 590, 258), button("BT_1", 130, 302, 590, 474)},
+          {true, 3, button("BT_0", 130, 80, 590, 188), button("BT_2", 130, 366, 590, 474)},
+          {true, 4, button("BT_0", 110, 76, 350, 268), button("BT_3", 370, 292, 610, 484)},
+          {true, 5, small, button("BT_4", 290, 222, 430, 330)}}) {
+        SCOPED_TRACE(fmt::format("{} thumbnails, main menu: {}", thumbs, isMainMenu));
+        request.isMainMenu = isMainMenu;
+        request.thumbs = Strings(static_cast<std::size_t>(thumbs), "");
+        errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+        const std::string map = readText(folder.file("menu_169.txt"));
+        EXPECT_TRUE(map.starts_with(head("PAL") + first)) << map;
+        EXPECT_TRUE(map.ends_with(last + kTail)) << map;
+    }
+}
+
 TEST_F(Overlay, NamesStandBesideTheOutput) {
     const ScopedVariable home("HOME", folder.path());
-    request.output = "~/v1.0 \"a&b\"/tilde";
-    fs::create_directories(folder.file("v1.0 \"a&b\""));
-    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-    EXPECT_TRUE(fs::exists(folder.file("v1.0 \"a&b\"/tilde_43.txt")));
+    const std::string place = folder.file("v1.0 \"a&b\"");
+    fs::create_directory(place);
+    for (const char* name : {"plain", "dotted.name.jpg"}) {
+        request.output = "~/v1.0 \"a&b\"/" + std::string(name);
+        errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    }
+    EXPECT_EQ(namesIn(place),
+              (Strings{"dotted.name_43.txt", "dotted.name_169.txt", "overlayHighlight.png",
+                       "overlaySelect.png", "plain_43.txt", "plain_169.txt"}));
+    // In the map the paths stand as they are.
+    EXPECT_NE(
+        readText(place + "/plain_43.txt").find("select=\"" + place + "/overlaySelect.png\"\n"),
+        std::string::npos);
+}
+
+TEST_F(Overlay, FoldersThatCannotBeWrittenAreTold) {
+    // Nobody, not even the superuser, can make files in the first.
+    for (const std::string& place : {std::string("/proc/self"), folder.file("none")}) {
+        request.output = place + "/menu.png";
+        const std::string lines = errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+        for (const char* line : {"overlay Highlight   ? 0\noverlay Select      ? 0\n",
+                                 "Impossible to create destination file !\n"})
+            EXPECT_NE(lines.find(line), std::string::npos) << lines;
+    }
+    EXPECT_EQ(namesIn(folder.path()), Strings{});
 }
 
 TEST_F(Overlay, MultiplexersBefore07AreNotToldTheFormat) {

@@ -107,4 +107,12 @@ TEST_F(Removal, MovesWhatItCannotRemoveToTheTrashIfThereIsOne) {
     fs::permissions(path("Movies/locked"), fs::perms::owner_all);
 }
 
+TEST_F(Removal, LeavesAnUnreadableFile) {
+    const std::string item = write("Movies/secret");
+    fs::permissions(item, fs::perms::none);
+    EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
+              "Cocoa:exists!!!     :-( " + item + "\n");
+    EXPECT_EQ(namesIn(path("Movies")), Strings{"secret"});
+}
+
 }  // namespace tkv::test::removal

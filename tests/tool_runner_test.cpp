@@ -107,6 +107,7 @@ TEST_F(Tools, TellTheVersionOfSpumux) {
           {"test \"$*\" = -h && echo version 0.5", true, true, 0.05F},
           {"echo 'version: 0.7'; echo version", true, true, 0.0F},
           {"echo version 0.7", false, false, 0.0F},
+          {"true", true, true, 0.0F},
           {"", true, true, 0.0F}}) {
         fs::remove_all(folder.file("tools"));
         if (spumux != std::string())

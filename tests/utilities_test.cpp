@@ -73,6 +73,18 @@ TEST(Files, ListsNamesInNaturalOrder) {
     EXPECT_EQ(folderNames(folder.path()), sorted);
 }
 
+TEST(MakeFolder, MakesParentsAndOpensThemToAll) {
+    const TempFolder folder;
+    const ScopedVariable home("HOME", folder.path());
+    const mode_t before = umask(077);
+    EXPECT_TRUE(mkdirCocoa("~/a/b/"));
+    umask(before);
+    EXPECT_EQ(fs::status(folder.file("a")).permissions(), fs::perms::all);
+    EXPECT_EQ(fs::status(folder.file("a/b")).permissions(), fs::perms::all);
+    EXPECT_TRUE(mkdirCocoa(folder.path()));
+    EXPECT_EQ(fs::status(folder.path()).permissions(), fs::perms::owner_all) << "it was there";
+}
+
 TEST(Dirname, TakesBundlesAsOneItem) {
     // The cut counts characters from the end, wherever the share stands.
     for (const auto& [path, folder] :

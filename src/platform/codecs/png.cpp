@@ -1,8 +1,10 @@
 #include <png.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csetjmp>
 #include <new>
+#include <span>
 #include <vector>
 
 #include "platform/codecs/codecs.h"
@@ -74,20 +76,19 @@ void Encoder::writeHeader(const Bitmap& bitmap) {
 }
 
 void Encoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
-    // Overlays have one colour, and the division for one pixel serves all that equal it.
-    std::uint32_t last = 0;
-    std::uint32_t color = straight(last);
+    const auto width = static_cast<std::size_t>(bitmap.width());
     for (int y = 0; y < bitmap.height(); ++y) {
-        std::uint8_t* to = row.data();
-        for (const std::uint32_t* from = bitmap.row(y); to != row.data() + row.size(); ++from) {
-            if (*from != last) {
-                last = *from;
-                color = straight(last);
+        const std::span pixels(bitmap.row(y), width);
+        // In overlays and bars every row is like the one above it, which stands converted.
+        if (y == 0 || !std::ranges::equal(pixels, std::span(bitmap.row(y - 1), width))) {
+            std::uint8_t* to = row.data();
+            for (const std::uint32_t pixel : pixels) {
+                const std::uint32_t color = straight(pixel);
+                *to++ = static_cast<std::uint8_t>(redOf(color));
+                *to++ = static_cast<std::uint8_t>(greenOf(color));
+                *to++ = static_cast<std::uint8_t>(blueOf(color));
+                *to++ = static_cast<std::uint8_t>(alphaOf(color));
             }
-            *to++ = static_cast<std::uint8_t>(redOf(color));
-            *to++ = static_cast<std::uint8_t>(greenOf(color));
-            *to++ = static_cast<std::uint8_t>(blueOf(color));
-            *to++ = static_cast<std::uint8_t>(alphaOf(color));
         }
         png_write_row(png_, row.data());
     }
