@@ -6,7 +6,7 @@
 
 #include "platform/bitmap.h"
 
-// cairo's objects with owners; for the sources of this folder alone.
+// cairo's objects with owners; for the sources of this floor alone.
 
 namespace tkv {
 

@@ -1,6 +1,46 @@
+#include <dlfcn.h>
+
+#include <stdexcept>
+
 #include "platform/desktop_module.h"
 
-// The module's only symbol that others see. The functions here are those that do the work; outside
-// the module the same names forward to them.
-extern "C" __attribute__((visibility("default"))) const tkv::DesktopModule tkvDesktopModule{
-    tkv::rasterizeText, tkv::decodeWithPixbuf, tkv::encodeTiff, tkv::encodeBmp, tkv::moveToTrash};
+namespace tkv {
+
+namespace {
+
+/// Looked for in the folders that were linked into the program. Never unloaded: the libraries keep
+/// what they have set up. Throws when the installation lacks the module.
+const DesktopModule& desktopModule() {
+    static const DesktopModule* const module = [] {
+        void* const library = dlopen(TKV_DESKTOP_MODULE, RTLD_LAZY | RTLD_LOCAL);
+        const void* const found = library == nullptr ? nullptr : dlsym(library, "tkvDesktopModule");
+        if (found == nullptr) throw std::runtime_error(dlerror());
+        return static_cast<const DesktopModule*>(found);
+    }();
+    return *module;
+}
+
+}  // namespace
+
+std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
+                                          const TextPlace& place, PixelSize canvas) {
+    return desktopModule().rasterizeText(text, attributes, place, canvas);
+}
+
+std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
+    return desktopModule().decodeWithPixbuf(file, needed);
+}
+
+std::optional<Bytes> encodeTiff(const Bitmap& bitmap) {
+    return desktopModule().encodeTiff(bitmap);
+}
+
+std::optional<Bytes> encodeBmp(const Bitmap& bitmap) {
+    return desktopModule().encodeBmp(bitmap);
+}
+
+bool moveToTrash(const std::string& path) {
+    return desktopModule().moveToTrash(path);
+}
+
+}  // namespace tkv

@@ -13,7 +13,8 @@
 // upright sRGB bitmap, or none when the bytes are not a picture that it can show; `needed` and the
 // nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
 // its library fails; each file states the bitmap's resolution (72 dots per inch when as many
-// drawing units as pixels) where its format can hold one. None of them throws.
+// drawing units as pixels) where its format can hold one. None of them throws, but for those
+// that need the desktop module where it is not installed.
 
 namespace tkv {
 
