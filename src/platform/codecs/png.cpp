@@ -70,8 +70,6 @@ void Encoder::writeHeader(const Bitmap& bitmap) {
     const PixelSize dots = dotsPerInch(bitmap);
     png_set_pHYs(png_, info_, perMetre(dots.width), perMetre(dots.height), PNG_RESOLUTION_METER);
     png_set_compression_level(png_, kCompressionLevel);
-    // Trying every filter on every row would take longer than the compression itself.
-    png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     png_write_info(png_, info_);
 }
 
@@ -79,8 +77,13 @@ void Encoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
     const auto width = static_cast<std::size_t>(bitmap.width());
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::span pixels(bitmap.row(y), width);
-        // In overlays and bars every row is like the one above it, which stands converted.
-        if (y == 0 || !std::ranges::equal(pixels, std::span(bitmap.row(y - 1), width))) {
+        // In overlays every row is like the one above it, which stands converted, and which the
+        // compression finds without a filter.
+        const bool isRepeated =
+            y > 0 && std::ranges::equal(pixels, std::span(bitmap.row(y - 1), width));
+        // Trying every filter on every row would take longer than the compression itself.
+        png_set_filter(png_, PNG_FILTER_TYPE_BASE, isRepeated ? PNG_FILTER_NONE : PNG_FILTER_SUB);
+        if (!isRepeated) {
             std::uint8_t* to = row.data();
             for (const std::uint32_t pixel : pixels) {
                 const std::uint32_t color = straight(pixel);
