@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "support.h"
+#include "utils/file_operations.h"
 #include "utils/guarded_removal.h"
 
 namespace tkv::test::removal {
@@ -25,6 +26,7 @@ const TempFolder& scratch =
 // Only a user without privileges meets what cannot be removed.
 struct Removal : testing::Test {
     void SetUp() override {
+        trashCocoa(path("nothing"));  // The user below may not even read the program's module.
         if (geteuid() == 0) {
             ASSERT_EQ(chown(scratch.path().c_str(), kNobody, kNobody), 0);
             ASSERT_EQ(seteuid(kNobody), 0);
