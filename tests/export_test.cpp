@@ -30,6 +30,7 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         {"a.gif", "GIF 61x47 8 srgb ", "", 48, {255, 0, 0, 255}, kNothing},
     };
     const TempFolder folder;
+    const std::string png = folder.file("seen by another.png");
     const std::string identify =
         "identify -units PixelsPerInch -format '%m %wx%h %z %[channels] %x' ";
     const std::string tags =
@@ -43,7 +44,9 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         ASSERT_TRUE(imgExport(gradient(), path, 1));
         const std::string seen = run(identify + path);
         EXPECT_TRUE(seen.starts_with(row.identified)) << seen;
-        const Bitmap back = decodePicture(path).value();
+        run("convert-im6.q16 " + path + " '" + png +
+            "'");  // This program's decoders are not asked.
+        const Bitmap back = decodePicture(png).value();
         EXPECT_LE(worstDifference(gradient(), back), row.tolerance);
 
         Bitmap fine = gradient();
@@ -75,17 +78,6 @@ TEST(Export, FactorChoosesTheQualityOfJpeg) {
         ASSERT_TRUE(imgExport(gradient(), folder.file(name), factor));
         EXPECT_EQ(run("identify -format '%Q %[jpeg:sampling-factor]' " + folder.file(name)),
                   expected + std::string(",1x1,1x1"));
-    }
-}
-
-TEST(Export, AnotherDecoderSeesThePixelsOfJpeg2000) {
-    const TempFolder folder;
-    const std::string path = folder.file("a.jp2"), png = folder.file("a.png");
-    for (const int alpha : {255, 100}) {
-        ASSERT_TRUE(imgExport(gradient(alpha), path, 1));
-        const std::string told = run("opj_decompress -i " + path + " -o " + png);
-        EXPECT_EQ(told.find("WARNING"), std::string::npos) << told;
-        EXPECT_EQ(worstDifference(gradient(alpha), decodePicture(png).value()), 0);
     }
 }
 

@@ -1,5 +1,8 @@
 #include <sys/stat.h>
 
+#include <iterator>
+#include <sstream>
+
 #include "platform/description.h"
 #include "platform/files.h"
 #include "platform/paths.h"
@@ -53,21 +56,10 @@ TEST(Unicode, WritesLongDatesInTheUsersLanguageAndZone) {
 
 TEST(Files, ListsNamesInNaturalOrder) {
     const TempFolder folder;
-    const Strings sorted = {".h",
-                            "0007",
-                            "007",
-                            "07",
-                            "7",
-                            "a",
-                            "a1",
-                            "a02b",
-                            "a2c",
-                            "a9b",
-                            "a10",
-                            "a10b2",
-                            "a99999999999999999998",
-                            "a99999999999999999999",
-                            "é"};
+    std::istringstream names(
+        ".h 0007 007 07 7 a a1 a02b a2c a9b a10 a10b2 a99999999999999999998 "
+        "a99999999999999999999 é");
+    const Strings sorted(std::istream_iterator<std::string>(names), {});
     for (const std::string& name : sorted)
         folder.write(name, "");
     EXPECT_EQ(folderNames(folder.path()), sorted);
