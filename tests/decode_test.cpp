@@ -160,21 +160,16 @@ TEST(DecodeJpeg, RefusesAnAbsurdNumberOfScans) {
     }
 }
 
-/// Writes an ICC profile whose red is sRGB's blue and the other way round.
-void writeSwappedProfile(const std::string& path) {
-    const cmsCIExyY white{0.3127, 0.3290, 1};
-    const cmsCIExyYTRIPLE primaries{{0.15, 0.06, 1}, {0.30, 0.60, 1}, {0.64, 0.33, 1}};
-    cmsToneCurve* const gamma = cmsBuildGamma(nullptr, 2.2);
-    cmsToneCurve* const curves[] = {gamma, gamma, gamma};
-    const cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
-    cmsSaveProfileToFile(profile, path.c_str());
-    cmsCloseProfile(profile);
-    cmsFreeToneCurve(gamma);
-}
-
 TEST(DecodePicture, ConvertsEmbeddedProfiles) {
     const TempFolder folder;
-    writeSwappedProfile(folder.file("icc"));
+    // A profile that is not called sRGB, and whose red is sRGB's blue and the other way round.
+    const cmsHPROFILE srgb = cmsCreate_sRGBProfile();
+    cmsSaveProfileToFile(srgb, folder.file("icc").c_str());
+    cmsCloseProfile(srgb);
+    std::string profile = readText(folder.file("icc"));
+    std::swap(profile[profile.find("rXYZ")], profile[profile.find("bXYZ")]);
+    profile[profile.find(std::string("s\0R", 3))] = 'S';
+    folder.write("icc", profile);
     const Bitmap bitmap = quarters({32, 32}), faint = quarters({32, 32}, 128);
     for (const auto& file : {encodeJpeg(bitmap, 1.0F), encodePng(bitmap), encodeTiff(bitmap),
                              encodeJpeg2000(bitmap), encodePng(faint)}) {

@@ -18,8 +18,8 @@ struct Menu : testing::Test {
     Rgba pixelOf(const std::string& path, int x, int y) {
         return pixel(decodePicture(path).value(), x, y);
     }
-    std::string lines(std::string (*of)(const std::function<void()>&) = errorsOf) {
-        return of([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    std::string lines() {
+        return errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
     }
     std::string identify(const std::string& path) {
         return run("identify -format '%m %wx%h %xx%y' " + path);
@@ -39,7 +39,7 @@ struct MenuFrames : Menu {
         }
         request.thumbs = {folder.file("three"), folder.file("seven")};
         request.captions = {"three", "seven"};
-        request.output = folder.file("menu");
+        request.output = folder.file("new/menu");
     }
 
     void expectFrames(const std::vector<int>& passes) {
@@ -60,6 +60,10 @@ TEST_F(MenuFrames, ShowTheLoopsFrameByFrame) {
     EXPECT_EQ(names.size(), 749U);
     expectFrames({0, 1, 2, 3, 7, 20, 21, 22, 500, 747, 748});
     EXPECT_EQ(identify(request.output + "/748.jpg"), "JPEG 720x540 72x72");
+    for (const auto& [made, modes] : {std::pair("", fs::perms::owner_all),
+                                      {"new", fs::perms::all},
+                                      {"new/menu", fs::perms::all}})
+        EXPECT_EQ(fs::status(folder.file(made)).permissions(), modes) << made;
 
     // The same files when no equal page is copied.
     const std::string copied = std::exchange(request.output, folder.file("again"));
@@ -83,111 +87,28 @@ TEST_F(MenuFrames, OfNtscMenusAreMoreAndReplaceAFile) {
 TEST_F(MenuFrames, AreDrawnAgainWhereTheFirstFrameIsNotTheirs) {
     // The first frame cannot be written, the second shares its file with the fifth, the third's
     // copy is a link to it; what else is in the folder stays.
-    folder.write("menu/000.jpg/full", "mine");
-    folder.write("menu/001.jpg", "old");
-    fs::create_hard_link(folder.file("menu/001.jpg"), folder.file("menu/005.jpg"));
-    fs::create_symlink("002.jpg", folder.file("menu/023.jpg"));
+    folder.write("new/menu/000.jpg/full", "mine");
+    folder.write("new/menu/001.jpg", "old");
+    fs::create_hard_link(folder.file("new/menu/001.jpg"), folder.file("new/menu/005.jpg"));
+    fs::create_symlink("002.jpg", folder.file("new/menu/023.jpg"));
     lines();
     expectFrames({2, 21, 22, 23, 42, 748});
-    EXPECT_EQ(readText(folder.file("menu/000.jpg/full")), "mine");
+    EXPECT_EQ(readText(folder.file("new/menu/000.jpg/full")), "mine");
 }
 
-TEST_F(Menu, PreviewWritesEveryLineOfItsPassToTheLetter) {
-    const std::string loop = folder.file("loop");
-    picture("still.jpg", {40, 30}, kReds[0]);
-    for (const char* name : {"loop/9.jpg", "loop/10.jpg"})
-        picture(name, {40, 30}, kReds[1]);
-    request.mode = MenuMode::preview;
-    request.bkg = picture("background.png", {64, 48}, kReds[0]);
-    request.thumbs = {loop, "still.jpg"};
-    request.captions = {"le premier", "Deux"};
-    request.title = "titre";
-    request.dvdBt_menuNext = "suite";
-    request.output = folder.file("preview.png");
-    const std::string expected = fmt::format(
-        "dvdMenuPicture       : deb\nargs : 0, -1, {bkg}, titre, nil, nil, nil, suite, "
-        "(\n    \"{loop}\",\n    \"still.jpg\"\n), (\n    \"le premier\",\n    Deux\n), {out}, 1\n"
-        "bkgImgPathStr       : {bkg}\ndvdMenuPicture      : background '{bkg}' <- '{loop}'\n"
-        "pourcentage    : 0.0\npass                : 0/749\n"
-        "dvdMenuPicture       : thumbnails'n'captions = 2 && 2\n"
-        "lsCocoa             - begin : {loop}\n"
-        "lsCocoa             - end : 2 items : (\n    \"{loop}/9.jpg\",\n    \"{loop}/10.jpg\"\n)\n"
-        "[imgA count]=2 h=0 bt0Int=0,  (h>=[imgA count])?0 ((bt0Int+1)>=[imgA count])?0\n"
-        "btCurrent = 0\ndvdMenuPicture       : [thumbsA objectAtIndex:0]='{loop}' -> "
-        "currentThPathStr='{loop}/9.jpg'\nth#0 : x=110, y=355\nthumbImg ? img :-)\n"
-        "dvdMenuPicture       : pass 0 - caption 'le premier' (alignStr:'l') \n"
-        "caption('l') bt#0: x=130, y=342, caption='le premier'\nMP 33\n"
-        "dvdMenuPicture       : [thumbsA objectAtIndex:1]='{still}' -> currentThPathStr='{still}'\n"
-        "th#1 : x=280, y=355\nthumbImg ? img :-)\n"
-        "dvdMenuPicture       : pass 1 - caption 'Deux' (alignStr:'c') \n"
-        "caption('r') bt#1: x=270, y=342, w=180, h=14, caption='Deux'\nMP 33\n"
-        "dvdMenuPicture       : title 'titre'\nMP 4\ndvdMenuPicture       : nav - count: 4\n"
-        "dvdMenuPicture       : nav - #3: suite x=450 y=45\n"
-        "spuTxtStr  post-nav : \ndstPathStr post-nav : {out}\n"
-        "imgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
-        "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
-        "imgExport - end\npourcentage    : 100.0\n",
-        fmt::arg("bkg", *request.bkg), fmt::arg("loop", loop),
-        fmt::arg("still", folder.file("still.jpg")), fmt::arg("out", request.output));
-    EXPECT_EQ(lines(verboseErrorsOf), expected);
-    EXPECT_EQ(identify(request.output).substr(0, 11), "PNG 640x360");
-}
-
-TEST_F(Menu, FramesWriteTheirLinesOnEveryPass) {
-    const std::string still = picture("still.jpg", {40, 30}, kReds[0]);
-    request.isMainMenu = true;
-    request.thumbs = {still};
-    request.output = folder.file("menu");
-    const std::string seen = lines(verboseErrorsOf);
-    const std::string pass = fmt::format(
-        "pourcentage    : 4.0\npass                : 30/749\n"
-        "dvdMenuPicture       : thumbnails'n'captions = 1 && 0\n"
-        "dvdMenuPicture       : [thumbsA objectAtIndex:0]='{0}' -> currentThPathStr='{0}'\n"
-        "BIG th\nth#0 : x=110, y=87\nthumbImg ? img :-)\n"
-        "dvdMenuPicture       : title 'nil'\nMP 4\ndvdMenuPicture       : nav - count: 4\n"
-        "spuTxtStr  post-nav : \ndstPathStr post-nav : {1}\ndstPathStr : {1} -> {1}/030.jpg\n"
-        "imgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
-        "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
-        "imgExport - end\nisSuccess           :-) img 030.jpg\npass                : 31/749\n",
-        still, request.output);
-    EXPECT_NE(seen.find(pass), std::string::npos);
-    const std::string start = fmt::format(
-        "dvdMenuPicture       : deb\n"
-        "args : 1, 0, nil, nil, nil, nil, nil, nil, (\n    \"{0}\"\n), (\n), {1}, 1\n"
-        "bkgImgPathStr       : nil\nmkdir               :    '{1}'\n"
-        "mkdir               :-)  '{1}'\npourcentage    : 0.0\n",
-        still, request.output);
-    EXPECT_EQ(seen.substr(0, start.size()), start);
-}
-
-TEST_F(Menu, JacketWritesItsLinesAndItsPicture) {
-    request.mode = MenuMode::jacket;
-    request.bkg = picture("background.png", {400, 300}, {200, 100, 50, 255});
-    request.icon = picture("icon.png", {50, 50}, {0, 0, 250, 255});
-    request.title = "été";
-    request.output = folder.file("jacket.png");
-    request.thumbs = {*request.bkg};
-    const std::string rep =
-        "rep=NSBitmapImageRep Size={960, 540} ColorSpace=NSCalibratedRGBColorSpace BPS=8 BPP=32 "
-        "Pixels=960x540 Alpha=YES Planar=NO Format=0\n";
-    const std::string expected = fmt::format(
-        "dvdMenuPicture       : deb\nargs : 0, 1, {0}, été, nil, nil, nil, nil, (\n    \"{0}\"\n), "
-        "(\n), {1}, 1\n"
-        "bkgImgPathStr       : {0}\ndvdMenuPicture      : background '{0}' <- '{0}'\n"
-        "imgRescale          - deb, srcPathStrOrImg = path ? 1, image ? 0\n"
-        "imgRescale src path :-) {0}\nimgRescale          : size = 400 x 300\n"
-        "img size : 400 x 300\nf=0.416667, src = 400 x 300 -> dst = 960 x 720\n{2}{2}{2}"
-        "dstOffset=0:-90 (dst=960*540) -> srcOffset=0:-37 (src=400*225)\n"
-        "imgRescale          :-) modeInt=2\nimgExport - end\n"
-        "dstPathStr : {1}\nimgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
-        "imgRescale          : size = 720 x 540\nimgRescale          :-) modeInt=0\n"
-        "imgExport - end\npourcentage    : 100.0\n",
-        *request.bkg, request.output, rep);
-    EXPECT_EQ(lines(verboseErrorsOf), expected);
+TEST_F(Menu, WritesEveryLineToTheLetter) {
+    for (const char* name : {"media/still.jpg", "media/loop/9.jpg", "media/loop/10.jpg"})
+        picture(name, {40, 30}, kReds[0]);
+    picture("background.png", {400, 300}, {200, 100, 50, 255});
+    picture("icon.png", {50, 50}, {0, 0, 250, 255});
+    for (const char* transcript : {"preview.txt", "frames.txt", "jacket.txt"})
+        expectTranscript(folder, transcript);
+    EXPECT_EQ(identify(folder.file("preview.png")).substr(0, 11), "PNG 640x360");
     // The background at 60 %, the icon's 100 pixels from (505, 255) up.
+    const std::string jacket = folder.file("jacket.png");
     for (const auto& [x, y] : {std::pair{505, 284}, {604, 185}})
-        EXPECT_EQ(pixelOf(request.output, x, y), (Rgba{0, 0, 250, 255}));
-    EXPECT_TRUE(near(pixelOf(request.output, 605, 184), {120, 60, 30, 255}, 1));
+        EXPECT_EQ(pixelOf(jacket, x, y), (Rgba{0, 0, 250, 255}));
+    EXPECT_TRUE(near(pixelOf(jacket, 605, 184), {120, 60, 30, 255}, 1));
 }
 
 TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {

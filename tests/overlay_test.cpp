@@ -1,3 +1,5 @@
+#include <regex>
+
 #include "composer/dvd_menu_picture.h"
 #include "platform/resources.h"
 #include "support.h"
@@ -12,12 +14,12 @@ struct Overlay : testing::Test {
         request.output = folder.file("menu.png");
     }
 
-    std::string head(const std::string& format) const {
+    std::string head(const std::string& standard) const {
         return fmt::format(
             "\xEF\xBB\xBF<subpictures format=\"{}\">\n<stream>\n<spu start=\"00:00:00.0\"\n"
             "highlight=\"{}\"\nselect=\"{}\"\ntransparent=\"FFFFFF\"\nforce=\"yes\"\n"
             "xoffset=\"0\" yoffset=\"0\"\nautoorder=\"rows\"\n>\n",
-            format, folder.file("overlayHighlight.png"), folder.file("overlaySelect.png"));
+            standard, folder.file("overlayHighlight.png"), folder.file("overlaySelect.png"));
     }
 
     static std::string button(const char* name, int x0, int y0, int x1, int y1) {
@@ -25,51 +27,25 @@ struct Overlay : testing::Test {
                            x0, y0, x1, y1);
     }
 
-    TempFolder folder;
+    /// `spumux` puts both maps into a clip of their raster without a complaint.
+    void expectMultiplexed() const {
+        const std::string standard = request.isPal ? "pal" : "ntsc", clip = clips.file(standard);
+        if (!fs::exists(clip))
+            run("ffmpeg -nostdin -f lavfi -i color -t 1 -target " + standard + "-dvd " + clip);
+        for (const char* map : {"menu_169.txt", "menu_43.txt"}) {
+            const std::string told =
+                run("spumux " + folder.file(map) + " <" + clip + " >/dev/null");
+            EXPECT_NE(told.find("INFO: 1 subtitles added"), std::string::npos) << told;
+            EXPECT_FALSE(std::regex_search(told, std::regex("WARN|ERR"))) << told;
+        }
+    }
+
+    TempFolder folder, clips;
     MenuRequest request;
 };
 
-TEST_F(Overlay, WritesMapsPicturesAndEveryLine) {
-    request.bkg = folder.write("background.png", "never looked at");
-    request.thumbs = Strings{"no such thumbnail"};
-    request.dvdBt_menuMain = "menu";
-    request.dvdBt_menuNext = "";
-    const std::string map169 = folder.write("menu_169.txt", "an earlier map");
-    const std::string wide =
-        button("BT_0", 120, 80, 260, 188) + button("dvdBt_menuMain", 280, 510, 440, 532);
-    const std::string panScan =
-        button("BT_0", 36, 80, 230, 188) + button("dvdBt_menuMain", 254, 510, 466, 532);
-    const std::string lines = verboseErrorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-    for (const auto& [name, map] : {std::pair{"menu_169.txt", wide}, {"menu_43.txt", panScan}})
-        EXPECT_EQ(readText(folder.file(name)), head("PAL") + map + kTail);
-
-    const std::string start = fmt::format(
-        "dvdMenuPicture       : deb\n"
-        "args : 0, 2, {}, nil, nil, nil, menu, , (\n    \"no such thumbnail\"\n), (\n), {}, 1\n"
-        "overlayYFactor=1.066667\npourcentage    : 0.0\npass                : 0/749\n"
-        "dvdMenuPicture       : thumbnails'n'captions = 1 && 0\n"
-        "dvdMenuPicture       : [thumbsA objectAtIndex:0]='no such thumbnail' -> "
-        "currentThPathStr='nil'\nth#0 : x=110, y=355\nthumbImg ? nil\n"
-        "x=110, y=355, w=160, h=120, overlayYFactor=1.066667, cropPanscan=90, "
-        "ratioPanscan=1.333333\narrondiInferieur     : 78\n"
-        "nbMultipleArrondi    : arrondir au dessus\nnbMultipleArrondi    :-) 80\n",
-        *request.bkg, request.output);
-    EXPECT_EQ(lines.substr(0, start.size()), start);
-    for (const std::string& part : Strings{
-             "dvdMenuPicture       : nav - #2: menu x=280 y=45\narrondiInferieur     : 508\n",
-             "spuTxtStr  post-nav : " + wide + "dstPathStr post-nav : " + request.output + "\n" +
-                 "overlay Highlight   ? 1\noverlay Select      ? 1\ntaskArrayPipes      - begin\n",
-             "deb : " + head("PAL").substr(3) + "mid : " + wide + "end : " + kTail + "\n",
-             "File current        : exists: " + map169 +
-                 "\nrmCocoa             - pre-fin\nrmCocoa             - end - " + map169 + "\n",
-             "a creer…\nFixed BOM           :-) " + map169 + "\necrit               :-) " + map169,
-             "ecrit               :-) " + folder.file("menu_43.txt") +
-                 "\nimgRescale          - deb, srcPathStrOrImg = path ? 0, image ? 1\n"
-                 "imgRescale          : size = 720 x 576\nimgRescale          :-) modeInt=0\n"
-                 "imgExport - end\npourcentage    : 100.0\n"}) {
-        EXPECT_NE(lines.find(part), std::string::npos) << part << "\nnot in\n" << lines;
-    }
-
+TEST_F(Overlay, WritesEveryLineToTheLetterAndADebugPicture) {
+    expectTranscript(folder, "overlay.txt");
     const Bitmap debug = decodePicture(request.output).value();
     EXPECT_EQ(pixel(debug, 110, 576 - 378 - 1), (Rgba{255, 128, 0, 255})) << "thumbnail's corner";
     EXPECT_EQ(pixel(debug, 270, 576 - 378 - 128).alpha, 0);
@@ -93,12 +69,18 @@ TEST_F(Overlay, QuietRunsWriteOneButtonAtLeastAndNothingAtTheOutputPath) {
     }
 }
 
-TEST_F(Overlay, ButtonsFollowTheThumbnails) {
+TEST_F(Overlay, ButtonsFollowTheThumbnailsAndTheMultiplexerTakesThem) {
+    request.dvdBt_readAll = request.dvdBt_menuPrev = "label";
+    request.dvdBt_menuMain = request.dvdBt_menuNext = "label";
+    const std::string labels =
+        button("dvdBt_readAll", 450, 46, 610, 70) + button("dvdBt_menuPrev", 110, 510, 270, 532) +
+        button("dvdBt_menuMain", 280, 510, 440, 532) + button("dvdBt_menuNext", 450, 510, 610, 532);
     const std::string bar = button("BT_0", 130, 110, 590, 140);
     const std::string small = button("BT_0", 120, 80, 260, 188);
     for (const auto& [isMainMenu, thumbs, first, last] :
          {std::tuple{false, 0, small, small},
           {false, 1, small, small},
+          {false, 9, small, button("BT_8", 460, 366, 600, 474)},
           {false, 10, small, button("BT_9", 460, 366, 600, 474)},
           {true, 0, bar, bar},
           {true, 1, bar, bar},
@@ -109,10 +91,14 @@ TEST_F(Overlay, ButtonsFollowTheThumbnails) {
         SCOPED_TRACE(fmt::format("{} thumbnails, main menu: {}", thumbs, isMainMenu));
         request.isMainMenu = isMainMenu;
         request.thumbs = Strings(static_cast<std::size_t>(thumbs), "");
-        errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+        for (const bool isPal : {false, true}) {
+            request.isPal = isPal;
+            errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+            expectMultiplexed();
+        }
         const std::string map = readText(folder.file("menu_169.txt"));
         EXPECT_TRUE(map.starts_with(head("PAL") + first)) << map;
-        EXPECT_TRUE(map.ends_with(last + kTail)) << map;
+        EXPECT_TRUE(map.ends_with(last + labels + kTail)) << map;
     }
 }
 
@@ -120,17 +106,16 @@ TEST_F(Overlay, NamesStandBesideTheOutput) {
     const ScopedVariable home("HOME", folder.path());
     const std::string place = folder.file("v1.0 \"a&b\"");
     fs::create_directory(place);
-    for (const char* name : {"plain", "dotted.name.jpg"}) {
+    for (const char* name : {"plain", "dotted.name.jpg", ".jpg"}) {
         request.output = "~/v1.0 \"a&b\"/" + std::string(name);
         errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
     }
-    EXPECT_EQ(namesIn(place),
-              (Strings{"dotted.name_43.txt", "dotted.name_169.txt", "overlayHighlight.png",
-                       "overlaySelect.png", "plain_43.txt", "plain_169.txt"}));
+    EXPECT_EQ(namesIn(place), (Strings{".jpg_43.txt", ".jpg_169.txt", "dotted.name_43.txt",
+                                       "dotted.name_169.txt", "overlayHighlight.png",
+                                       "overlaySelect.png", "plain_43.txt", "plain_169.txt"}));
     // In the map the paths stand as they are.
-    EXPECT_NE(
-        readText(place + "/plain_43.txt").find("select=\"" + place + "/overlaySelect.png\"\n"),
-        std::string::npos);
+    const std::string map = readText(place + "/plain_43.txt");
+    EXPECT_NE(map.find("select=\"" + place + "/overlaySelect.png\"\n"), std::string::npos) << map;
 }
 
 TEST_F(Overlay, FoldersThatCannotBeWrittenAreTold) {
@@ -143,18 +128,6 @@ TEST_F(Overlay, FoldersThatCannotBeWrittenAreTold) {
             EXPECT_NE(lines.find(line), std::string::npos) << lines;
     }
     EXPECT_EQ(namesIn(folder.path()), Strings{});
-}
-
-TEST_F(Overlay, MultiplexersBefore07AreNotToldTheFormat) {
-    // The tool itself, moved beside an older multiplexer.
-    const std::string tool = folder.file("bin/tkvDvdMenuImg");
-    fs::create_directory(folder.file("bin"));
-    fs::copy_file(fs::canonical("/proc/self/exe").parent_path() / "tkvDvdMenuImg", tool);
-    const std::string spumux =
-        folder.write("share/tkvDvdMenuImg/tools/spumux", "#!/bin/sh\necho spumux, version 0.6.9\n");
-    fs::permissions(spumux, fs::perms::all);
-    run(tool + " -mode 2 -o " + request.output);
-    EXPECT_EQ(readText(folder.file("menu_169.txt")).find("<subpictures >\n"), 3U);
 }
 
 }  // namespace tkv::test::overlays

@@ -34,12 +34,16 @@ Strings namesIn(const std::string& folder) {
     return folderNames(folder).value_or(Strings{});
 }
 
-std::string errorsOf(const std::function<void()>& action) {
+static std::string withoutLogPrefixes(const std::string& lines) {
     static const std::regex prefix(
         R"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3} tkvDvdMenuImg\[\d+:1\] )");
+    return std::regex_replace(lines, prefix, "");
+}
+
+std::string errorsOf(const std::function<void()>& action) {
     testing::internal::CaptureStderr();
     action();
-    return std::regex_replace(testing::internal::GetCapturedStderr(), prefix, "");
+    return withoutLogPrefixes(testing::internal::GetCapturedStderr());
 }
 
 std::string verboseErrorsOf(const std::function<void()>& action) {
@@ -109,6 +113,20 @@ std::string run(const std::string& command) {
         output += static_cast<char>(byte);
     EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
     return output;
+}
+
+std::string toolPath() {
+    return fs::canonical("/proc/self/exe").parent_path() / "tkvDvdMenuImg";
+}
+
+void expectTranscript(const TempFolder& folder, const std::string& name) {
+    const std::string transcript = TKV_TRANSCRIPTS "/" + name;
+    const std::string lines = withoutLogPrefixes(run(fmt::format(
+        "cd {} && PATH=\"{}:$PATH\" && sed -n 's/^\\$ //p' '{}' | while read -r command; do "
+        "printf '$ %s\\n' \"$command\"; eval \"$command\" </dev/null; done",
+        folder.path(), fs::path(toolPath()).parent_path().string(), transcript)));
+    EXPECT_EQ(std::regex_replace(lines, std::regex(folder.path()), "/folder"),
+              readText(transcript));
 }
 
 }  // namespace tkv::test

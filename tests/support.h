@@ -78,4 +78,12 @@ Bitmap painted(PixelSize size, const Rgba& color);
 /// What a line for the shell, which must succeed, writes to its two output streams.
 std::string run(const std::string& command);
 
+/// The program, built beside the tests.
+std::string toolPath();
+
+/// Runs the commands of the file `name` of the folder "transcripts", its lines that begin with "$
+/// ", in `folder`, and expects that they write the rest of the file. Log prefixes are cut off, and
+/// the folder is called "/folder".
+void expectTranscript(const TempFolder& folder, const std::string& name);
+
 }  // namespace tkv::test

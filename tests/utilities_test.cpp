@@ -5,27 +5,12 @@
 
 #include "platform/description.h"
 #include "platform/files.h"
-#include "platform/paths.h"
 #include "platform/unicode.h"
 #include "support.h"
 #include "utils/file_operations.h"
 #include "utils/text_file.h"
 
 namespace tkv::test::utilities {
-
-TEST(Paths, AreTakenApart) {
-    for (const auto& [path, parent, last, extension, without] :
-         {std::tuple{"/a/b.jpg/", "/a", "b.jpg", "jpg", "/a/b"},
-          {"/a.b/c", "/a.b", "c", "", "/a.b/c"},
-          {"a//b.c.d", "a", "b.c.d", "d", "a//b.c"},
-          {"/a/.profile", "/a", ".profile", "", "/a/.profile"},
-          {"//", "/", "/", "", "/"}}) {
-        EXPECT_EQ(parentFolder(path), parent) << path;
-        EXPECT_EQ(lastComponent(path), last) << path;
-        EXPECT_EQ(pathExtension(path), extension) << path;
-        EXPECT_EQ(withoutExtension(path), without) << path;
-    }
-}
 
 TEST(Description, QuotesAndEscapes) {
     const Strings items = {"word9", "", "a\"b\\c\n\t\r\x01\x7F", "é…\U0001F600", "\xFF"};
@@ -65,18 +50,6 @@ TEST(Files, ListsNamesInNaturalOrder) {
     EXPECT_EQ(folderNames(folder.path()), sorted);
 }
 
-TEST(MakeFolder, MakesParentsAndOpensThemToAll) {
-    const TempFolder folder;
-    const ScopedVariable home("HOME", folder.path());
-    const mode_t before = umask(077);
-    EXPECT_TRUE(mkdirCocoa("~/a/b/"));
-    umask(before);
-    EXPECT_EQ(fs::status(folder.file("a")).permissions(), fs::perms::all);
-    EXPECT_EQ(fs::status(folder.file("a/b")).permissions(), fs::perms::all);
-    EXPECT_TRUE(mkdirCocoa(folder.path()));
-    EXPECT_EQ(fs::status(folder.path()).permissions(), fs::perms::owner_all) << "it was there";
-}
-
 TEST(Dirname, TakesBundlesAsOneItem) {
     // The cut counts characters from the end, wherever the share stands.
     for (const auto& [path, folder] :
@@ -107,14 +80,16 @@ TEST(TextFile, AppendsAndMarksNewFilesOnly) {
 
 TEST(TextFile, LeavesAloneWhatCannotBeWritten) {
     const TempFolder folder;
-    const std::string file = folder.file("file"), fifo = folder.file("fifo");
+    const std::string file = folder.write("file", "abcdef"), fifo = folder.file("fifo");
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-    for (const std::string& path : {std::string(), folder.path(), fifo, std::string("/dev/full")})
-        EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(ecritureFichier(path, "abc", true)); }), "") << path;
-    EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(ecritureFichier(file + "/a", "abc", true)); }),
-              "Impossible to create destination file !\n");
-    EXPECT_EQ(namesIn(folder.path()), Strings{"fifo"});
-    EXPECT_TRUE(fixBOM(folder.write("file", "abcdef")));
+    for (const auto& [path, lines] : {std::pair(std::string(), ""),
+                                      {folder.path(), ""},
+                                      {fifo, ""},
+                                      {"/dev/full", ""},
+                                      {file + "/a", "Impossible to create destination file !\n"}})
+        EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(ecritureFichier(path, "abc", true)); }), lines);
+    EXPECT_EQ(namesIn(folder.path()), (Strings{"fifo", "file"}));
+    EXPECT_TRUE(fixBOM(file));
     EXPECT_EQ(readText(file), kMark + "def") << "the mark goes over what is there";
 }
 
