@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Takes docs/highlighted.jpg: VLC plays the example disc on a screen of its own, the arrow key down
-# is pressed once, and the screen is photographed.
+# Takes docs/highlighted-city.jpg and docs/highlighted-lighthouse.jpg: VLC plays the example disc on
+# a screen of its own, and the screen is photographed after each of two arrow keys.
 #
-#   examples/dvd/snapshot.sh [DISC [PICTURE]]
+#   examples/dvd/snapshot.sh [DISC [FOLDER]]
 #
 # Needs the packages vlc-bin, vlc-plugin-base, vlc-plugin-video-output, xvfb, xdotool and
 # imagemagick; VLC does not run as root.
@@ -10,17 +10,30 @@ set -euo pipefail
 
 checkout=$(realpath "$(dirname "$0")/../..")
 disc=$(realpath "${1:-$checkout/out/dvd/disc.iso}")
-picture=$(realpath -m "${2:-$checkout/docs/highlighted.jpg}")
+pictures=$(realpath "${2:-$checkout/docs}")
 
-trap 'kill $(jobs -p) 2>/dev/null || true' EXIT
-exec {number}<> <(:)
-Xvfb -displayfd "$number" -screen 0 1024x576x24 2>/dev/null &
-read -r screen <&"$number"
+for program in Xvfb vlc xdotool import; do
+    command -v "$program" >/dev/null || {
+        echo "${0##*/}: $program is missing; see the packages above" >&2
+        exit 1
+    }
+done
+
+work=$(mktemp -d)
+trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$work"' EXIT
+mkfifo "$work/screen"
+Xvfb -displayfd 3 -screen 0 1024x576x24 3>"$work/screen" 2>/dev/null &
+read -r screen <"$work/screen"
 export DISPLAY=:$screen
 
 vlc -I dummy --fullscreen --vout xcb_x11 --no-audio --no-osd --no-video-title-show \
     "dvdnav://$disc" >/dev/null 2>&1 &
-sleep 6
-xdotool key Down
-sleep 1
-import -window root -quality 88 "$picture"
+xdotool search --sync --onlyvisible --name . >/dev/null
+sleep 5 # until the menu is there, which nothing tells
+photograph_after() { # KEY NAME
+    xdotool key "$1"
+    sleep 1
+    import -window root -quality 85 "$pictures/highlighted-$2.jpg"
+}
+photograph_after Down city
+photograph_after Right lighthouse
