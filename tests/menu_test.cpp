@@ -39,7 +39,7 @@ struct MenuFrames : Menu {
         }
         request.thumbs = {folder.file("three"), folder.file("seven")};
         request.captions = {"three", "seven"};
-        request.output = folder.file("new/menu");
+        request.output = folder.file("new/./menu");
     }
 
     void expectFrames(const std::vector<int>& passes) {
@@ -101,7 +101,7 @@ TEST_F(Menu, WritesEveryLineToTheLetter) {
         picture(name, {40, 30}, kReds[0]);
     picture("background.png", {400, 300}, {200, 100, 50, 255});
     picture("icon.png", {50, 50}, {0, 0, 250, 255});
-    for (const char* transcript : {"preview.txt", "frames.txt", "jacket.txt"})
+    for (const char* transcript : {"preview.txt", "frames.txt", "jacket.txt", "full_disk.txt"})
         expectTranscript(folder, transcript);
     EXPECT_EQ(identify(folder.file("preview.png")).substr(0, 11), "PNG 640x360");
     // The background at 60 %, the icon's 100 pixels from (505, 255) up.

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <string_view>
 
@@ -30,9 +29,10 @@ int openForWriting(const std::string& path, int flags) {
 // read and write do.
 ssize_t copyRange(int from, int to, std::size_t size) {
 #ifdef __linux__
-    // The kernel copies within itself, or lets both files share the blocks.
+    // The kernel copies within itself, or lets both files share the blocks, but not on every file
+    // system. Whatever its objection, reading and writing tell whether the copy is possible.
     const ssize_t copied = copy_file_range(from, nullptr, to, nullptr, size, 0);
-    if (copied >= 0 || (errno != EXDEV && errno != EINVAL && errno != ENOSYS)) return copied;
+    if (copied >= 0) return copied;
 #endif
     std::array<std::uint8_t, 65536> buffer;
     const ssize_t got = read(from, buffer.data(), std::min(size, buffer.size()));
@@ -40,6 +40,13 @@ ssize_t copyRange(int from, int to, std::size_t size) {
     return static_cast<ssize_t>(transferAll(static_cast<std::size_t>(got), [&](std::size_t done) {
         return write(to, buffer.data() + done, static_cast<std::size_t>(got) - done);
     }));
+}
+
+// For what is there in part only, which would be taken for the whole. Devices and links stay.
+void removeFile(const std::string& path) {
+    std::error_code error;
+    if (std::filesystem::symlink_status(path, error).type() == std::filesystem::file_type::regular)
+        std::filesystem::remove(path, error);
 }
 
 bool isDigit(char c) {
@@ -112,8 +119,10 @@ bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
     const std::size_t written = transferAll(bytes.size(), [&](std::size_t done) {
         return write(file.number(), bytes.data() + done, bytes.size() - done);
     });
-    // A full disk or quota may show only here.
-    return file.close() && written == bytes.size();
+    // A full disk or quota may show only when the file is closed.
+    const bool isWhole = file.close() && written == bytes.size();
+    if (!isWhole) removeFile(path);
+    return isWhole;
 }
 
 bool copyFile(const std::string& from, const std::string& to) {
@@ -136,7 +145,9 @@ bool copyFile(const std::string& from, const std::string& to) {
     const std::size_t copied = transferAll(size, [&](std::size_t done) {
         return copyRange(source.number(), target.number(), size - done);
     });
-    return target.close() && copied == size;
+    const bool isWhole = target.close() && copied == size;
+    if (!isWhole) removeFile(to);
+    return isWhole;
 }
 
 std::optional<std::vector<std::string>> folderNames(const std::string& path) {

@@ -11,7 +11,8 @@
 
 namespace tkv {
 
-/// Tells one state of a file from another: it changes when the file is written anew or replaced.
+/// Tells one state of a file from another: it changes when the file is replaced or written anew,
+/// but for a rewrite of the same length within one tick of the file system's clock.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -28,11 +29,12 @@ std::optional<FileStamp> fileStamp(const std::string& path);
 /// 2 GiB.
 std::optional<std::vector<std::uint8_t>> readFile(const std::string& path);
 
-/// Creates or truncates the file and writes `bytes`; false when some could not be written.
+/// Creates or truncates the file and writes `bytes`. False when some could not be written; a
+/// regular file is then removed, so that no part is taken for the whole.
 bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
 
-/// Makes `to` a copy of the regular file `from`, created or truncated first; false when that was
-/// not possible, or both names lead to one file, which is then left as it is.
+/// Makes `to` a copy of the regular file `from`, created or truncated first. False when both names
+/// lead to one file, which is then left as it is, and when the copy failed, as writeFile does.
 bool copyFile(const std::string& from, const std::string& to);
 
 /// The names in a folder, hidden ones included, "." and ".." not, in natural order: by bytes, but
