@@ -49,12 +49,12 @@ struct Removal : testing::Test {
 TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
     // Of "/home/é/" not the last two bytes count, but the last two characters.
     for (const auto& [verdict, paths] : std::vector<std::pair<RemovalVerdict, Strings>>{
-             {refused, {"", "/", "/home", "/home/ada", "/home/ada/", "/home/é/", "/Users", "/Us"}},
+             {refused, {"/", "/home", "/home/ada", "/home/ada/", "/home/é/", "/Users", "/Us"}},
              {refusedDirname, {"//", "/Applications", "/Users/other", "/Volumes/Data", "/*"}},
              {refusedDirname, {"/Volumes/*", "/usr/.", "/usr/bin/../../usr"}},
              {refusedJoker, {"*foo", "/*/x", "/Volumes/Users/*"}},
              {allowed, {"/home/ada/Movies/old.jpg", "/Volumes/Data/x", "/tmp/a*b"}},
-             {allowed, {"/TKVauthoring", "/TKVauthoring/menus"}}}) {
+             {allowed, {"/TKVauthoring", "/TKVauthoring/menus", ""}}}) {
         for (const std::string& path : paths)
             EXPECT_EQ(removalVerdict(path, "/home/ada", "ada"), verdict) << path;
     }
@@ -63,6 +63,7 @@ TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
 
 TEST_F(Removal, LeavesRefusedPathsUntouched) {
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~")); }), "");
+    EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("")); }), "") << "nothing is nowhere";
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~/Movies/..")); }),
               "alerte de sécurité dirname\n");
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("*")); }), "alerte de sécurité joker\n");

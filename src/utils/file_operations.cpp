@@ -28,9 +28,10 @@ bool makeFolders(const fs::path& folder, bool openToAll) {
     if (error == std::errc::filename_too_long) return false;
     const fs::path parent = folder.parent_path();
     if (!parent.empty() && parent != folder && !makeFolders(parent, openToAll)) return false;
-    // A path with a slash at its end was already made as its own parent.
-    if (folder.has_filename() && !fs::create_directory(folder, error)) return false;
-    if (openToAll) fs::permissions(folder, fs::perms::all, error);
+    // By now it may be there: made by another run at the same time, or as its own parent where the
+    // path ends in a slash or in dots.
+    const bool isMade = fs::create_directory(folder, error);
+    if (isMade && openToAll) fs::permissions(folder, fs::perms::all, error);
     return !error;
 }
 

@@ -4,12 +4,14 @@
 #include <string>
 #include <vector>
 
-// Folders made and listed, items moved to the Trash. A leading tilde in a path is expanded. None of
-// these throws; what they do is logged while the verbose flag is set, failures always.
+// Folders made and listed, items moved to the Trash. A leading tilde in a path is expanded. Nothing
+// on the disk makes these throw; what they do is logged while the verbose flag is set, failures
+// always.
 
 namespace tkv {
 
-/// Makes the folder and all missing parents; the folder gets mode 0777 whatever the umask says.
+/// Makes the folder and all missing parents; each that is made gets mode 0777 whatever the umask
+/// says.
 /// True when the folder is there afterwards; one that was there before keeps its mode.
 bool mkdirCocoa(const std::optional<std::string>& path);
 
@@ -17,7 +19,8 @@ bool mkdirCocoa(const std::optional<std::string>& path);
 /// is no item or the folder cannot be listed.
 std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>& folder);
 
-/// Moves one item to the Trash. Always true: ask `fileExists` whether it went.
+/// Moves one item to the Trash. Always true: ask `fileExists` whether it went. Throws
+/// std::runtime_error where the desktop module is not installed.
 bool trashCocoa(const std::string& path);
 
 /// The folder that holds the item the path belongs to: a recording's bundle and the iDVD share of a

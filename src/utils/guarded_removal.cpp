@@ -122,7 +122,7 @@ bool isPresentOrRemoved(const std::string& path) {
 
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login) {
-    if (path.empty() || path == "/") return RemovalVerdict::refused;
+    if (path == "/") return RemovalVerdict::refused;
 
     std::string_view piece = path;
     if (path.ends_with('/')) piece = firstCharacters(path, characterCount(path) - 2);

@@ -9,7 +9,7 @@ namespace tkv {
 
 enum class RemovalVerdict {
     allowed,
-    refused,         ///< a piece of the home folder's path, the root or no path at all
+    refused,         ///< a piece of the home folder's path, or the root
     refusedDirname,  ///< lies directly in a folder that holds homes, volumes or the system
     refusedJoker,    ///< begins with a wild card that some shell has left unexpanded
 };
@@ -22,7 +22,8 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
 /// Removes a file, a link (never what it points to) or a folder with all it holds, at a path whose
 /// leading tilde is expanded. What cannot be removed is moved to the Trash.
 /// True when nothing is there afterwards, and also for a file that may not be opened, which is
-/// left alone; false for a refused path and for what stayed in spite of both ways. Never throws.
+/// left alone; false for a refused path and for what stayed in spite of both ways. Nothing
+/// on the disk makes it throw; an installation without the desktop module has no Trash, and does.
 bool rmCocoa(const std::optional<std::string>& path);
 
 }  // namespace tkv
