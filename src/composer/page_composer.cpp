@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <utility>
+#include <variant>
 
 #include "composer/page_geometry.h"
 #include "composer/page_texts.h"
@@ -31,7 +32,10 @@ bool isPicture(const std::optional<std::string>& file) {
     return file && decodePicture(expandTilde(*file), anySize);
 }
 
-void logCaption(const TextLayer& layer, std::size_t index) {
+void logCaption(const TextLayer& layer, const ThumbnailPlace& place, std::size_t index) {
+    // The place's index stands behind the word "pass".
+    logLine("dvdMenuPicture       : pass {} - caption '{}' (alignStr:'{}') ", index, layer.text,
+            place.alignment);
     if (const Point* point = std::get_if<Point>(&layer.place)) {
         logLine("caption('l') bt#{}: x={:.0f}, y={:.0f}, caption='{}'", index, point->x, point->y,
                 layer.text);
@@ -86,8 +90,11 @@ PageComposer::Outcome PageComposer::addThumbnails(Pass& pass, int number) {
 PageComposer::Outcome PageComposer::addThumbnail(Pass& pass, const Round& round,
                                                  std::size_t index) {
     const std::string& entry = round.thumbsA[index];
-    const std::optional<std::string> currentThPathStr =
-        frames_.pictureOf(entry, index, round.number);
+    // An overlay shows no picture, and looks for one only to tell of it.
+    std::optional<std::string> currentThPathStr;
+    if (isDrawn() || isVerbose()) {
+        currentThPathStr = frames_.pictureOf(entry, index, round.number);
+    }
     if (isVerbose()) {
         logLine("dvdMenuPicture       : [thumbsA objectAtIndex:{}]='{}' -> currentThPathStr='{}'",
                 index, entry, describe(currentThPathStr));
@@ -145,17 +152,13 @@ PageComposer::Outcome PageComposer::addCaption(Page& page, const Round& round,
         logLine("dvdMenuPicture      :-( end");
         return Outcome::noCaption;
     }
-    if (captionsA.empty()) return Outcome::placed;
-
     const ThumbnailPlace& place = round.layout.place(index);
-    if (isVerbose()) {
-        // The place's index stands behind the word "pass".
-        logLine("dvdMenuPicture       : pass {} - caption '{}' (alignStr:'{}') ", index,
-                captionsA[index], place.alignment);
-    }
     const bool fourBig = round.layout.isBig && round.thumbsA.size() == 4;
-    page.layers.emplace_back(captionText(captionsA[index], place, fourBig));
-    if (isVerbose()) logCaption(std::get<TextLayer>(page.layers.back()), index);
+    std::optional<std::string> caption;
+    if (!captionsA.empty()) caption = captionsA[index];
+    const TextLayer layer = captionText(describe(caption), place, fourBig);
+    if (isVerbose()) logCaption(layer, place, index);
+    if (caption) page.layers.emplace_back(layer);
     return Outcome::placed;
 }
 
