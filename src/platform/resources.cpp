@@ -34,6 +34,7 @@ std::string resourceFolder() {
 }
 
 std::string resourceFolder(const std::string& executable) {
+    if (executable.empty()) return {};
     const std::string folder = parentFolder(executable);
     const std::string above = parentFolder(folder);
     const bool inBundle = lastComponent(folder) == "MacOS" && lastComponent(above) == "Contents";

@@ -11,6 +11,7 @@
 namespace tkv {
 
 float versionSpumux(bool requireSpumux, const std::string& resources) {
+    if (resources.empty()) return 0.0F;
     const std::string tools = joinPath(resources, "tools");
     const std::string spumux = joinPath(tools, "spumux");
     if (!fileExists(requireSpumux ? spumux : joinPath(tools, "dvdauthor"))) return 0.0F;
