@@ -131,15 +131,17 @@ main() {
     install_packages "${build_packages[@]}" "${bench_packages[@]}"
     cmake --preset bench >/dev/null
     cmake --build --preset bench >&2
-    magick=$(type -P convert-im6.q16 convert | head -n 1)
-    identify=$(type -P identify-im6.q16 identify | head -n 1)
+    magick=$(type -P convert-im6.q16 || type -P convert)
+    identify=$(type -P identify-im6.q16 || type -P identify)
     font=$(fc-match -f '%{file}' 'DejaVu Sans')
-    once photos make_photos
-    once loops-75 make_loops 75
     local workload workloads=("$@") table=() notes=() before
     [ $# -gt 0 ] || workloads=(W1 W2 W3 W4 W5 W6 W7)
     before=$(load)
     for workload in "${workloads[@]}"; do
+        if [ "$workload" != W7 ]; then
+            once photos make_photos
+            once loops-75 make_loops 75
+        fi
         case $workload in
         W1) row W1 '>= 40' '' '<= 1.5' '<= 64' ;;
         W2)

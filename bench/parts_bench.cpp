@@ -13,9 +13,9 @@
 #include <cstdlib>
 #include <filesystem>
 #include <random>
+#include <span>
 #include <stdexcept>
 #include <string>
-#include <vector>
 
 #include "composer/page_composer.h"
 #include "composer/page_geometry.h"

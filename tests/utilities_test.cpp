@@ -17,7 +17,7 @@ TEST(Description, QuotesAndEscapes) {
     EXPECT_EQ(describe(items),
               "(\n    word9,\n    \"\",\n    \"a\\\"b\\\\c\\n\\t\\r\\U0001\\U007f\",\n"
               "    \"\\U00e9\\U2026\\Ud83d\\Ude00\",\n    \"\\Ufffd\"\n)");
-    EXPECT_EQ(validUtf8("é\xE2\x82x\xFF"), "é\uFFFD\uFFFDx\uFFFD");
+    EXPECT_EQ(validUtf8(std::string("é\xE2\x82x\xFF\0", 7)), "é\uFFFDx\uFFFD\uFFFD");
 }
 
 TEST(Unicode, ChangesCaseInTheUsersLanguage) {

@@ -59,8 +59,8 @@ std::optional<MenuMode> menuMode(std::int32_t value) {
     return static_cast<MenuMode>(value);
 }
 
-// The value of an option that may be absent, with the line that says so.
-std::optional<std::string> valueOr(const argsHelper& arguments, const std::string& option,
+// The value of an option; when it is absent the line `absence` says so.
+std::optional<std::string> valueOf(const argsHelper& arguments, const std::string& option,
                                    std::string_view absence) {
     std::optional<std::string> value = arguments.SearchArgWithParam(option);
     if (!value) writeStandardError(absence);
@@ -113,24 +113,24 @@ int runFrontEnd(const std::vector<std::string>& words, const Composer& composer)
     }
     setVerbose(numberOf(arguments, "-v") > 0 ? 1 : 0);
 
-    request.title = valueOr(arguments, "-title", "-title NO\n");
+    request.title = valueOf(arguments, "-title", "-title NO\n");
     const std::optional<std::string> output = arguments.SearchArgWithParam("-o");
     if (!output) return failWithUsage("-o parameter missing\n");
     request.output = *output;
 
-    request.bkg = valueOr(arguments, "-bkg", "-bkg parameters missing\n");
+    request.bkg = valueOf(arguments, "-bkg", "-bkg parameters missing\n");
     if (request.bkg && !fileExists(request.bkg)) {
         writeStandardError("bkg does not exist\n");
         request.bkg.reset();
     }
 
-    request.dvdBt_readAll = valueOr(arguments, "-dvdBt_readAll", "dvdBt_readAll       : NO\n");
-    request.dvdBt_menuPrev = valueOr(arguments, "-dvdBt_menuPrev", "dvdBt_menuPrev      : NO\n");
-    request.dvdBt_menuMain = valueOr(arguments, "-dvdBt_menuMain", "dvdBt_menuMain      : NO\n");
-    request.dvdBt_menuNext = valueOr(arguments, "-dvdBt_menuNext", "dvdBt_menuNext      : NO\n");
-    request.thumbs = listItems(valueOr(arguments, "-thumbs", "-thumbs NO parameter missing\n"));
+    request.dvdBt_readAll = valueOf(arguments, "-dvdBt_readAll", "dvdBt_readAll       : NO\n");
+    request.dvdBt_menuPrev = valueOf(arguments, "-dvdBt_menuPrev", "dvdBt_menuPrev      : NO\n");
+    request.dvdBt_menuMain = valueOf(arguments, "-dvdBt_menuMain", "dvdBt_menuMain      : NO\n");
+    request.dvdBt_menuNext = valueOf(arguments, "-dvdBt_menuNext", "dvdBt_menuNext      : NO\n");
+    request.thumbs = listItems(valueOf(arguments, "-thumbs", "-thumbs NO parameter missing\n"));
     request.captions =
-        listItems(valueOr(arguments, "-captions", "-captions NO parameter missing\n"));
+        listItems(valueOf(arguments, "-captions", "-captions NO parameter missing\n"));
 
     // -isPal is accepted and has no effect.
     request.isPal = true;

@@ -40,7 +40,7 @@ Background prepareBackground(const MenuRequest& request) {
     const std::string cut = joinPath(parentFolder(request.output), "bkgV.jpg");
     Background background{std::nullopt, kFirstThumbnailZoom};
     if (imgRescale(expandTilde(*request.bkg), cut, kFirstThumbnailBox.width,
-                   kFirstThumbnailBox.height, kDotsPerInch, kFillAndCrop, 1.0F)) {
+                   kFirstThumbnailBox.height, kUnitsPerInch, kFillAndCrop, 1.0F)) {
         background.path = cut;
     }
     return background;

@@ -4,6 +4,7 @@
 
 #include <array>
 
+#include "composer/page_texts.h"
 #include "utils/numbers.h"
 
 namespace tkv {
@@ -17,26 +18,64 @@ namespace {
 /// How the buttons of a layout lie on its thumbnails.
 struct ButtonShape {
     int rowsAbove;  ///< From the place's y to the top, on the page.
-    bool topInDouble;
+    bool topInDouble = false;
     int left, right;  ///< Of the 16:9 button, from the place's x.
     int inset;        ///< Of the 16:9 button, below the top and above the bottom.
-    int strip;        ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
+    int strip = 0;    ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
     int cut;          ///< Columns that the 4:3 map takes for cut off on the left.
     double panScanWidth;
-    bool panScanWidthInDouble;
-    bool wholeAreaY, wholeAreaHeight;  ///< Whether the debug area is cut to whole rows.
+    bool panScanWidthInDouble = false;
+    bool wholeAreaY = false, wholeAreaHeight = false;  ///< Is the debug area cut to whole rows?
 };
 
-constexpr ButtonShape kGridButton{120,          false,     10,    150,  10,  0,
-                                  kCropPanscan, 213.33334, false, true, true};
+constexpr double kGridPanScanWidth = 213.33334;
+
+constexpr ButtonShape kGridButton{.rowsAbove = 120,
+                                  .left = 10,
+                                  .right = 150,
+                                  .inset = 10,
+                                  .cut = kCropPanscan,
+                                  .panScanWidth = kGridPanScanWidth,
+                                  .wholeAreaY = true,
+                                  .wholeAreaHeight = true};
 
 /// By the number of thumbnails, from one. A single one has a strip of 30 rows for a button on wide
 /// displays, and the buttons of four are not inset there: both are intended.
 constexpr std::array<ButtonShape, 4> kBigButtons{{
-    {360, false, 20, 480, 10, 30, 80, 640, false, true, false},
-    {180, true, 20, 480, 10, 0, 80, 640, false, true, true},
-    {120, false, 20, 480, 10, 0, 80, 640, false, true, true},
-    {180, true, 0, 240, 0, 0, kCropPanscan, 320.00000953674316, true, false, true},
+    {.rowsAbove = 360,
+     .left = 20,
+     .right = 480,
+     .inset = 10,
+     .strip = 30,
+     .cut = 80,
+     .panScanWidth = 640,
+     .wholeAreaY = true},
+    {.rowsAbove = 180,
+     .topInDouble = true,
+     .left = 20,
+     .right = 480,
+     .inset = 10,
+     .cut = 80,
+     .panScanWidth = 640,
+     .wholeAreaY = true,
+     .wholeAreaHeight = true},
+    {.rowsAbove = 120,
+     .left = 20,
+     .right = 480,
+     .inset = 10,
+     .cut = 80,
+     .panScanWidth = 640,
+     .wholeAreaY = true,
+     .wholeAreaHeight = true},
+    {.rowsAbove = 180,
+     .topInDouble = true,
+     .left = 0,
+     .right = 240,
+     .inset = 0,
+     .cut = kCropPanscan,
+     .panScanWidth = 320.00000953674316,
+     .panScanWidthInDouble = true,
+     .wholeAreaHeight = true},
 }};
 
 const ButtonShape& shapeOf(const ThumbnailLayout& layout) {
@@ -97,9 +136,9 @@ ButtonRects thumbnailButton(const ThumbnailLayout& layout, std::size_t index,
 ButtonRects navigationButton(int x, int y, const Raster& raster) {
     const int row = rowOf(y, raster);
     const float left = panScanColumn(x - kCropPanscan);
-    return {{x, row - 19, x + 160, row + 4},
-            {static_cast<int>(left), row - 19, panScanRight(left, kGridButton.panScanWidth, false),
-             row + 4}};
+    return {
+        {x, row - 19, x + kNavigationWidth, row + 4},
+        {static_cast<int>(left), row - 19, panScanRight(left, kGridPanScanWidth, false), row + 4}};
 }
 
 Rect thumbnailArea(const ThumbnailLayout& layout, std::size_t index, const Raster& raster) {
@@ -115,7 +154,7 @@ Rect thumbnailArea(const ThumbnailLayout& layout, std::size_t index, const Raste
 
 Rect navigationArea(int x, int y, const Raster& raster) {
     const int row = static_cast<int>(static_cast<float>(y) * raster.yFactor);
-    return {static_cast<double>(x), static_cast<double>(row - 4), 160, 3};
+    return {static_cast<double>(x), static_cast<double>(row - 4), kNavigationWidth, 3};
 }
 
 void ButtonMap::add(std::string_view name, const ButtonRects& button) {

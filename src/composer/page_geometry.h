@@ -14,7 +14,6 @@ inline constexpr int kPalRasterHeight = 576;
 inline constexpr int kNtscRasterHeight = 480;
 
 inline constexpr PixelSize kPreviewSize{640, 360};
-inline constexpr double kDotsPerInch = 72.0;
 
 /// Frames of an animated menu: 30 seconds less one frame.
 constexpr int passCount(bool isPal) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <variant>
 
 #include "platform/picture_file.h"
 #include "platform/unicode.h"

@@ -55,7 +55,8 @@ TextLayer titleText(const std::optional<std::string>& title) {
 
 TextLayer navigationText(const NavigationButton& button, const std::string& label) {
     return {label, LetterCase::upper, captionTextAttributes(kOrange, 'c', 10.6F),
-            Rect{static_cast<double>(button.x), static_cast<double>(button.y), 160, kLineHeight}};
+            Rect{static_cast<double>(button.x), static_cast<double>(button.y), kNavigationWidth,
+                 kLineHeight}};
 }
 
 }  // namespace tkv

@@ -24,6 +24,9 @@ TextLayer captionText(const std::string& caption, const ThumbnailPlace& place, b
 /// The page's title; an empty text when there is none.
 TextLayer titleText(const std::optional<std::string>& title);
 
+/// Of a navigation label and its button, on the page.
+inline constexpr int kNavigationWidth = 160;
+
 /// A button that leads to another menu, and where its label stands.
 struct NavigationButton {
     std::string_view name;

@@ -51,7 +51,7 @@ bool writePicture(PageRenderer& renderer, const Page& page, const std::string& p
                   float quality) {
     const std::optional<Bitmap> canvas = renderer.render(page);
     return canvas &&
-           imgRescale(&*canvas, path, size.width, size.height, kDotsPerInch, kStretch, quality);
+           imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch, quality);
 }
 
 /// Writes the frames of a menu into its output folder.

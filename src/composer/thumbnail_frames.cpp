@@ -1,7 +1,7 @@
 #include "composer/thumbnail_frames.h"
 
 #include <algorithm>
-#include <string_view>
+#include <utility>
 
 #include "platform/log.h"
 #include "platform/paths.h"

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 #include "imaging/export.h"
 #include "imaging/rescale_modes.h"
@@ -104,7 +105,7 @@ bool imgColorFile(const Color& colour, const std::string& path, int width, int h
     std::optional<Bitmap> swatch = Bitmap::create({100, 100});
     if (!swatch) return false;
     fillRect(*swatch, {0, 0, 100, 100}, colour);
-    return imgExport(imgRescaleStretch(&*swatch, width, height, 72.0, false), path, 1.0F);
+    return imgExport(imgRescaleStretch(&*swatch, width, height, kUnitsPerInch, false), path, 1.0F);
 }
 
 }  // namespace tkv

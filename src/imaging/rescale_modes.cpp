@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <string>
 
 #include "imaging/output_bitmap.h"
 #include "platform/drawing.h"
@@ -14,7 +13,10 @@ namespace tkv {
 
 namespace {
 
-constexpr double kDefaultResolution = 72.0;
+/// 0, less and no number at all stand for one unit a pixel.
+double usableResolution(double resolution) {
+    return resolution > 0 ? resolution : kUnitsPerInch;
+}
 
 /// Truncates towards zero; not-a-number gives 0, what an int cannot hold its nearest value.
 int truncated(double value) {
@@ -70,17 +72,16 @@ void logBitmap(const Bitmap& bitmap) {
 enum class Logging { off, on };
 
 /// The bitmap that a mode draws on, its drawing units set by the resolution.
-std::optional<Bitmap> newCanvas(PixelSize size, double& resolution, Logging logging) {
+std::optional<Bitmap> newCanvas(PixelSize size, double dotsPerInch, Logging logging) {
     std::optional<Bitmap> bitmap = newOutputBitmap(size);
     if (!bitmap) return std::nullopt;
     const auto logStep = [&] {
         if (logging == Logging::on) logBitmap(*bitmap);
     };
     logStep();
-    if (!(resolution > 0)) resolution = kDefaultResolution;
     logStep();
-    bitmap->setNominalSize({size.width * kDefaultResolution / resolution,
-                            size.height * kDefaultResolution / resolution});
+    bitmap->setNominalSize(
+        {size.width * kUnitsPerInch / dotsPerInch, size.height * kUnitsPerInch / dotsPerInch});
     logStep();
     return bitmap;
 }
@@ -107,8 +108,9 @@ void drawOn(Bitmap& canvas, const Bitmap& image, const Rect& blackFill, const Re
 std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH, double resolution,
                                          bool keepAlpha) {
     if (image == nullptr) return std::nullopt;
+    const double dotsPerInch = usableResolution(resolution);
     const Fit fit = fitToBox(*image, dstW, dstH, covering);
-    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, resolution, Logging::on);
+    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, dotsPerInch, Logging::on);
     if (!canvas) return std::nullopt;
 
     const int halfY = (dstH - fit.scaledH) / 2;
@@ -120,8 +122,8 @@ std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH
     // The offsets are not multiplied by the resolution while the region is: kept, and without
     // effect at 72 dots per inch.
     const auto region = [&](int scaled, float offset) {
-        return truncated(truncated(product(scaled, fit.f)) * resolution / kDefaultResolution +
-                         truncated(2 * offset * fit.f) * resolution / kDefaultResolution);
+        return truncated(truncated(product(scaled, fit.f)) * dotsPerInch / kUnitsPerInch +
+                         truncated(2 * offset * fit.f) * dotsPerInch / kUnitsPerInch);
     };
     const int srcRegH = region(fit.scaledH, offY);
     const int srcRegW = region(fit.scaledW, offX);
@@ -138,13 +140,14 @@ std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH
 std::optional<Bitmap> imgRescaleFitPad(const Bitmap* image, int dstW, int dstH, double resolution,
                                        bool keepAlpha) {
     if (image == nullptr) return std::nullopt;
+    const double dotsPerInch = usableResolution(resolution);
     const Fit fit = fitToBox(*image, dstW, dstH, inside);
-    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, resolution, Logging::on);
+    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, dotsPerInch, Logging::on);
     if (!canvas) return std::nullopt;
 
     const auto nominalOffset = [&](int room) {
         const int half = room / 2;
-        return static_cast<float>(half * kDefaultResolution / resolution);
+        return static_cast<float>(half * kUnitsPerInch / dotsPerInch);
     };
     const float offY = nominalOffset(dstH - fit.scaledH);
     const float offX = nominalOffset(dstW - fit.scaledW);
@@ -152,8 +155,8 @@ std::optional<Bitmap> imgRescaleFitPad(const Bitmap* image, int dstW, int dstH, 
         logLine("dstOffset={:.0f}:{:.0f} (dst={}*{})", offX, offY, dstW, dstH);
         logLine("{}:{}:{}:{}", truncated(offX), truncated(offY), fit.scaledW, fit.scaledH);
     }
-    const Rect from{0, 0, fit.srcW * resolution / kDefaultResolution,
-                    fit.srcH * resolution / kDefaultResolution};
+    const Rect from{0, 0, fit.srcW * dotsPerInch / kUnitsPerInch,
+                    fit.srcH * dotsPerInch / kUnitsPerInch};
     // The size is in pixels while the offset is in drawing units: kept as it stands.
     const Rect to{static_cast<double>(truncated(offX)), static_cast<double>(truncated(offY)),
                   static_cast<double>(fit.scaledW), static_cast<double>(fit.scaledH)};
@@ -164,7 +167,8 @@ std::optional<Bitmap> imgRescaleFitPad(const Bitmap* image, int dstW, int dstH, 
 std::optional<Bitmap> imgRescaleStretch(const Bitmap* image, int dstW, int dstH, double resolution,
                                         bool keepAlpha) {
     if (image == nullptr) return std::nullopt;
-    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, resolution, Logging::off);
+    const double dotsPerInch = usableResolution(resolution);
+    std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, dotsPerInch, Logging::off);
     if (!canvas) return std::nullopt;
     drawOn(*canvas, *image, boxRect(dstW, dstH), Rect{}, nominalRect(*canvas), keepAlpha);
     return canvas;
@@ -173,8 +177,9 @@ std::optional<Bitmap> imgRescaleStretch(const Bitmap* image, int dstW, int dstH,
 std::optional<Bitmap> imgRescaleFit(const Bitmap* image, int dstW, int dstH, double resolution,
                                     bool keepAlpha) {
     if (image == nullptr) return std::nullopt;
+    const double dotsPerInch = usableResolution(resolution);
     const Fit fit = fitToBox(*image, dstW, dstH, inside);
-    std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, resolution, Logging::off);
+    std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, dotsPerInch, Logging::off);
     if (!canvas) return std::nullopt;
     drawOn(*canvas, *image, boxRect(dstW, dstH), boxRect(fit.srcW, fit.srcH), nominalRect(*canvas),
            keepAlpha);
@@ -184,13 +189,14 @@ std::optional<Bitmap> imgRescaleFit(const Bitmap* image, int dstW, int dstH, dou
 std::optional<Bitmap> imgRescaleCover(const Bitmap* image, int dstW, int dstH, double resolution,
                                       bool keepAlpha) {
     if (image == nullptr) return std::nullopt;
+    const double dotsPerInch = usableResolution(resolution);
     const Fit fit = fitToBox(*image, dstW, dstH, covering);
-    std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, resolution, Logging::on);
+    std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, dotsPerInch, Logging::on);
     if (!canvas) return std::nullopt;
     // The ground is four units larger than the box and may still be smaller than the bitmap.
     const Rect ground = boxRect(dstW + 4, dstH + 4);
-    const Rect from{0, 0, double{product(fit.scaledW, fit.f)} * resolution / kDefaultResolution,
-                    double{product(fit.scaledH, fit.f)} * resolution / kDefaultResolution};
+    const Rect from{0, 0, double{product(fit.scaledW, fit.f)} * dotsPerInch / kUnitsPerInch,
+                    double{product(fit.scaledH, fit.f)} * dotsPerInch / kUnitsPerInch};
     drawOn(*canvas, *image, ground, from, boxRect(fit.scaledW, fit.scaledH), keepAlpha);
     return canvas;
 }

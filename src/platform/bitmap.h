@@ -7,6 +7,7 @@
 #include <optional>
 
 #include "platform/geometry.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
@@ -34,10 +35,7 @@ class Bitmap {
     void setNominalSize(Size size) { nominalSize_ = size; }
 
   private:
-    struct Free {
-        void operator()(std::uint8_t* memory) const { std::free(memory); }
-    };
-    using Memory = std::unique_ptr<std::uint8_t, Free>;
+    using Memory = std::unique_ptr<std::uint8_t, Releaser<std::free>>;
 
     Bitmap(PixelSize size, std::size_t rowBytes, Memory pixels);
 

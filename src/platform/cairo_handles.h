@@ -5,18 +5,11 @@
 #include <memory>
 
 #include "platform/bitmap.h"
+#include "platform/releaser.h"
 
 // cairo's objects with owners; for the sources of this floor alone.
 
 namespace tkv {
-
-template <auto release>
-struct Releaser {
-    template <typename T>
-    void operator()(T* object) const {
-        release(object);
-    }
-};
 
 using CairoSurface = std::unique_ptr<cairo_surface_t, Releaser<cairo_surface_destroy>>;
 using CairoContext = std::unique_ptr<cairo_t, Releaser<cairo_destroy>>;

@@ -9,20 +9,14 @@
 #include <string_view>
 
 #include "platform/pixels.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
 namespace {
 
-struct CloseProfile {
-    void operator()(void* profile) const { cmsCloseProfile(profile); }
-};
-using Profile = std::unique_ptr<void, CloseProfile>;
-
-struct DeleteTransform {
-    void operator()(void* transform) const { cmsDeleteTransform(transform); }
-};
-using Transform = std::unique_ptr<void, DeleteTransform>;
+using Profile = std::unique_ptr<void, Releaser<cmsCloseProfile>>;
+using Transform = std::unique_ptr<void, Releaser<cmsDeleteTransform>>;
 
 constexpr bool kBlueFirst = std::endian::native == std::endian::little;
 constexpr cmsUInt32Number kPixels = kBlueFirst ? TYPE_BGRA_8 : TYPE_ARGB_8;

@@ -8,8 +8,9 @@ namespace tkv {
 
 namespace {
 
-/// Looked for in the folders that were linked into the program. Never unloaded: the libraries keep
-/// what they have set up. Throws when the installation lacks the module.
+/// Looked for as any library is: in the folder that the program was linked with, unless the
+/// environment names others. Never unloaded: the libraries keep what they have set up. Throws when
+/// the installation lacks the module.
 const DesktopModule& desktopModule() {
     static const DesktopModule* const module = [] {
         void* const library = dlopen(TKV_DESKTOP_MODULE, RTLD_LAZY | RTLD_LOCAL);

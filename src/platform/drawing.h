@@ -10,8 +10,8 @@ enum class Compositing { sourceOver, destinationOver };
 /// Replaces the pixels of `area` (in the target's drawing units, cut to the target) by `color`.
 void fillRect(Bitmap& target, const Rect& area, const Color& color);
 
-/// Draws the part `from` of the picture (in the picture's drawing units; an empty rectangle means
-/// all of it) into the rectangle `to` of the target (in the target's drawing units), scaled, at
+/// Draws the part `from` of the picture (in the picture's drawing units; `Rect{}` means all of
+/// it) into the rectangle `to` of the target (in the target's drawing units), scaled, at
 /// `opacity` in 0..1. Where `from` reaches beyond the picture nothing is drawn. Shrinking averages,
 /// enlarging interpolates linearly.
 void drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const Rect& to,

@@ -2,8 +2,10 @@
 
 namespace tkv {
 
-/// A position in drawing units: origin at the bottom-left corner, y upwards. At 72 dots per inch
-/// one unit is one pixel.
+/// At this many dots per inch one drawing unit is one pixel.
+inline constexpr double kUnitsPerInch = 72.0;
+
+/// A position in drawing units: origin at the bottom-left corner, y upwards.
 struct Point {
     double x = 0;
     double y = 0;

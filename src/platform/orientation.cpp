@@ -8,15 +8,13 @@
 #include <memory>
 #include <utility>
 
+#include "platform/releaser.h"
+
 namespace tkv {
 
 namespace {
 
 constexpr std::array<std::uint8_t, 6> kExifHeader{'E', 'x', 'i', 'f', 0, 0};
-
-struct FreeExif {
-    void operator()(ExifData* data) const { exif_data_unref(data); }
-};
 
 /// How the stored pixel for an upright one at (x, y) is found: swapped to (y, x) where the picture
 /// lies on its side (swapsSides), then counted from the right or from the bottom edge.
@@ -45,7 +43,7 @@ int exifOrientation(std::span<const std::uint8_t> app1) {
         !std::equal(kExifHeader.begin(), kExifHeader.end(), app1.begin())) {
         return 1;
     }
-    const std::unique_ptr<ExifData, FreeExif> data(
+    const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(
         exif_data_new_from_data(app1.data(), static_cast<unsigned>(app1.size())));
     if (!data) return 1;
     const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);

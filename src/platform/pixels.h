@@ -55,12 +55,17 @@ constexpr std::uint32_t pixelOfInks(unsigned cyan, unsigned magenta, unsigned ye
     return pixelOf(255, left(cyan), left(magenta), left(yellow));
 }
 
-/// Dots per inch across and down: 72 where each pixel stands for one drawing unit. Whole numbers
-/// of at least 1, as every format can hold them.
-inline PixelSize dotsPerInch(const Bitmap& bitmap) {
+/// Whole numbers of at least 1, as every format can hold them.
+struct Resolution {
+    int across;
+    int down;
+};
+
+/// Dots per inch: 72 where each pixel stands for one drawing unit.
+inline Resolution dotsPerInch(const Bitmap& bitmap) {
     const auto dots = [](int pixels, double units) {
-        return units > 0 ? static_cast<int>(std::clamp(pixels * 72 / units + 0.5, 1.0, 65535.0))
-                         : 72;
+        const double perInch = units > 0 ? pixels * kUnitsPerInch / units : kUnitsPerInch;
+        return static_cast<int>(std::clamp(perInch + 0.5, 1.0, 65535.0));
     };
     return {dots(bitmap.width(), bitmap.nominalSize().width),
             dots(bitmap.height(), bitmap.nominalSize().height)};

@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <csignal>
 #include <optional>
+#include <utility>
 
 #include "platform/descriptor.h"
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/pixels.h"
+
 namespace tkv {
 
 namespace {
@@ -65,7 +67,7 @@ std::vector<float> blurredShape(const Bitmap& bitmap, const Shadow& shadow) {
     for (int y = 0; y < height; ++y) {
         const std::uint32_t* row = bitmap.row(y);
         value = std::transform(row, row + width, value, [](std::uint32_t pixel) {
-            return static_cast<float>(pixel >> 24U) / 255.0F;
+            return static_cast<float>(alphaOf(pixel)) / 255.0F;
         });
     }
     convolve(shape, moved, kernel(shadow.blurRadius, shadow.offsetX), width, 1, height, width);
@@ -76,13 +78,14 @@ std::vector<float> blurredShape(const Bitmap& bitmap, const Shadow& shadow) {
 
 /// `color` at `coverage` below the premultiplied `pixel`.
 std::uint32_t under(std::uint32_t pixel, const Color& color, float coverage) {
-    const float room = coverage * color.alpha * (1.0F - static_cast<float>(pixel >> 24U) / 255.0F);
-    const auto channel = [&](unsigned shift, float part) {
-        const float sum = static_cast<float>((pixel >> shift) & 0xFFU) + 255.0F * room * part;
-        return static_cast<std::uint32_t>(std::lround(std::min(sum, 255.0F))) << shift;
+    const float room =
+        coverage * color.alpha * (1.0F - static_cast<float>(alphaOf(pixel)) / 255.0F);
+    const auto channel = [&](unsigned value, float part) {
+        const float sum = static_cast<float>(value) + 255.0F * room * part;
+        return static_cast<unsigned>(std::lround(std::min(sum, 255.0F)));
     };
-    return channel(24, 1.0F) | channel(16, color.red) | channel(8, color.green) |
-           channel(0, color.blue);
+    return pixelOf(channel(alphaOf(pixel), 1.0F), channel(redOf(pixel), color.red),
+                   channel(greenOf(pixel), color.green), channel(blueOf(pixel), color.blue));
 }
 
 }  // namespace

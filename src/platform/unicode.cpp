@@ -1,6 +1,5 @@
 #include "platform/unicode.h"
 
-#include <glib.h>
 #include <unicode/datefmt.h>
 #include <unicode/locid.h>
 #include <unicode/unistr.h>
@@ -28,8 +27,10 @@ icu::Locale userLocale(const char* category) {
     return {name.c_str()};
 }
 
+// What is not UTF-8 becomes U+FFFD, and so does a zero byte, which would end the text in the C
+// libraries that it is handed to.
 icu::UnicodeString decoded(std::string_view text) {
-    return icu::UnicodeString::fromUTF8(validUtf8(text));
+    return icu::UnicodeString::fromUTF8(text).findAndReplace(UChar32{0}, UChar32{0xFFFD});
 }
 
 std::string encoded(const icu::UnicodeString& text) {
@@ -51,10 +52,7 @@ bool isUtf8(std::string_view bytes) {
 }
 
 std::string validUtf8(std::string_view text) {
-    // A zero byte is replaced as well, which suits the C libraries that the text is handed to.
-    const std::unique_ptr<char, decltype(&g_free)> valid(
-        g_utf8_make_valid(text.data(), static_cast<gssize>(text.size())), g_free);
-    return valid.get();
+    return encoded(decoded(text));
 }
 
 std::size_t characterCount(std::string_view text) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <ctime>
 #include <string>
 #include <string_view>
@@ -9,7 +10,8 @@ namespace tkv {
 /// Whether the bytes are valid UTF-8; a zero byte is.
 bool isUtf8(std::string_view bytes);
 
-/// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD.
+/// The text as valid UTF-8: what is not (a stray byte, a sequence cut short) and each zero byte are
+/// replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 
 /// Number of Unicode characters in a valid UTF-8 text.

@@ -1,5 +1,6 @@
 #include "utils/tool_runner.h"
 
+#include <fmt/format.h>
 #include <unistd.h>
 
 #include <algorithm>

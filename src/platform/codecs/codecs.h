@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -13,8 +12,8 @@
 // upright sRGB bitmap, or none when the bytes are not a picture that it can show; `needed` and the
 // nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
 // its library fails; each file states the bitmap's resolution (72 dots per inch when as many
-// drawing units as pixels) where its format can hold one. None of them throws, but for those
-// that need the desktop module where it is not installed.
+// drawing units as pixels) where its format can hold one. A decoder may throw std::bad_alloc, an
+// encoder throws nothing; but those of the desktop module throw where that is not installed.
 
 namespace tkv {
 
@@ -51,7 +50,8 @@ std::optional<Bytes> encodeGif(const Bitmap& bitmap);
 inline constexpr int kLargestSide = 32768;
 inline constexpr std::int64_t kMostPixels = 512'000'000;
 
-/// The drawing library reaches no further; what is larger is decoded reduced.
+/// The drawing library's coordinates end at 32,767, and its filters need room; what is larger is
+/// decoded reduced, or not at all where its format has no smaller size of it.
 inline constexpr int kLargestDrawnSide = 32000;
 
 /// Whether a picture of this size, decoded at `reduced`, is within those limits.

@@ -9,6 +9,7 @@
 
 #include "platform/codecs/codecs.h"
 #include "platform/pixels.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
@@ -17,9 +18,7 @@ namespace {
 constexpr std::size_t kMostColors = 256;
 constexpr int kLargestGifSide = 65535;
 
-struct FreeColorMap {
-    void operator()(ColorMapObject* map) const { GifFreeMapObject(map); }
-};
+using ColorMap = std::unique_ptr<ColorMapObject, Releaser<GifFreeMapObject>>;
 
 /// Closing ends the file, and writes what is left of it.
 struct CloseGif {
@@ -113,7 +112,7 @@ std::optional<Indexed> indexed(const Bitmap& bitmap) {
 bool write(GifFileType* gif, PixelSize size, Indexed& picture) {
     // A file's palette has a power of two of entries, at least two.
     const int bits = GifBitSize(static_cast<int>(picture.palette.size()));
-    const std::unique_ptr<ColorMapObject, FreeColorMap> map(GifMakeMapObject(1 << bits, nullptr));
+    const ColorMap map(GifMakeMapObject(1 << bits, nullptr));
     if (!map) return false;
     std::ranges::transform(picture.palette, map->Colors, [](std::uint32_t color) {
         return GifColorType{static_cast<GifByteType>(redOf(color)),

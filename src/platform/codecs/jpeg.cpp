@@ -8,6 +8,7 @@
 #include <cmath>
 #include <csetjmp>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
@@ -16,6 +17,7 @@
 #include "platform/color_profile.h"
 #include "platform/orientation.h"
 #include "platform/pixels.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
@@ -62,10 +64,7 @@ class Errors {
     std::jmp_buf exit_{};
 };
 
-struct Free {
-    void operator()(JOCTET* memory) const { std::free(memory); }
-};
-using Buffer = std::unique_ptr<JOCTET, Free>;
+using Buffer = std::unique_ptr<JOCTET, Releaser<std::free>>;
 
 class Decoder {
   public:
@@ -102,8 +101,9 @@ ByteView wholeSegments(ByteView file) {
     std::size_t at = 0;
     while (at + 1 < file.size()) {
         if (file[at] != 0xFF) {
-            at = static_cast<std::size_t>(std::ranges::find(file.subspan(at), 0xFF) - file.begin());
-            continue;
+            const void* next = std::memchr(file.data() + at, 0xFF, file.size() - at);
+            if (next == nullptr) return file;
+            at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(next) - file.data());
         }
         const unsigned marker = file[at + 1];
         const bool bare = marker <= 0x01 || (marker >= JPEG_RST0 && marker <= 0xD9);
@@ -310,10 +310,10 @@ void Encoder::setUp(const Bitmap& bitmap, std::optional<float> factor) {
     codec_.input_components = 4;
     codec_.in_color_space = kPixels;
     jpeg_set_defaults(&codec_);
-    const PixelSize dots = dotsPerInch(bitmap);
+    const Resolution dots = dotsPerInch(bitmap);
     codec_.density_unit = 1;
-    codec_.X_density = static_cast<UINT16>(dots.width);
-    codec_.Y_density = static_cast<UINT16>(dots.height);
+    codec_.X_density = static_cast<UINT16>(dots.across);
+    codec_.Y_density = static_cast<UINT16>(dots.down);
     jpeg_set_quality(&codec_, factor ? static_cast<int>(std::lround(100 * *factor)) : 75, TRUE);
     if (factor && *factor >= 0.95F) {
         codec_.comp_info[0].h_samp_factor = 1;
@@ -325,9 +325,13 @@ std::optional<Bytes> Encoder::encode(const Bitmap& bitmap, std::optional<float> 
     unsigned char* data = nullptr;
     unsigned long length = 0;
     errors_.watch(codec_);
+    if (!errors_.run([&] {
+            jpeg_create_compress(&codec_);
+            jpeg_mem_dest(&codec_, &data, &length);
+        })) {
+        return std::nullopt;
+    }
     const bool done = errors_.run([&] {
-        jpeg_create_compress(&codec_);
-        jpeg_mem_dest(&codec_, &data, &length);
         setUp(bitmap, factor);
         jpeg_start_compress(&codec_, TRUE);
         while (codec_.next_scanline < codec_.image_height) {
@@ -338,7 +342,7 @@ std::optional<Bytes> Encoder::encode(const Bitmap& bitmap, std::optional<float> 
         jpeg_finish_compress(&codec_);
     });
     // The buffer moves as it grows, and `data` follows only here.
-    if (!done && codec_.dest != nullptr) codec_.dest->term_destination(&codec_);
+    if (!done) codec_.dest->term_destination(&codec_);
     const Buffer owner(data);
     if (!done) return std::nullopt;
     return Bytes(data, data + length);

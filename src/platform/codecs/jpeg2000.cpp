@@ -5,12 +5,15 @@
 #include <cstring>
 #include <memory>
 #include <new>
+#include <span>
+#include <utility>
 #include <vector>
 
 #include "platform/codecs/codecs.h"
 #include "platform/codecs/jpeg2000_stream.h"
 #include "platform/color_profile.h"
 #include "platform/pixels.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
@@ -23,15 +26,8 @@ constexpr std::array<std::uint8_t, 4> kBareStart{0xFF, 0x4F, 0xFF, 0x51};
 /// Four inks and an alpha channel; a file may state thousands, to no use but to fill memory.
 constexpr unsigned kMostComponents = 5;
 
-struct DestroyCodec {
-    void operator()(opj_codec_t* codec) const { opj_destroy_codec(codec); }
-};
-using Codec = std::unique_ptr<opj_codec_t, DestroyCodec>;
-
-struct DestroyImage {
-    void operator()(opj_image_t* image) const { opj_image_destroy(image); }
-};
-using Image = std::unique_ptr<opj_image_t, DestroyImage>;
+using Codec = std::unique_ptr<opj_codec_t, Releaser<opj_destroy_codec>>;
+using Image = std::unique_ptr<opj_image_t, Releaser<opj_image_destroy>>;
 
 struct DestroyInfo {
     void operator()(opj_codestream_info_v2_t* info) const { opj_destroy_cstr_info(&info); }
@@ -203,8 +199,10 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     if (!canHold(full, {1, 1})) return std::nullopt;
 
     const PixelSize atLeast = needed(full);
+    const unsigned fewest = std::max(full.width, full.height) > kLargestDrawnSide ? 1 : 0;
     unsigned halvings = mostHalvings(codec.get());
-    for (; halvings > 0; --halvings) {
+    if (halvings < fewest) return std::nullopt;
+    for (; halvings > fewest; --halvings) {
         const PixelSize reduced = sizeAfter(*image, halvings);
         if (reduced.width >= atLeast.width && reduced.height >= atLeast.height) break;
     }
@@ -274,7 +272,7 @@ std::uint32_t readWord(const std::uint8_t* at) {
 }
 
 /// Appends the display resolution to the header box; the library leaves it out.
-void stateResolution(Bytes& file, PixelSize dots) {
+void stateResolution(Bytes& file, Resolution dots) {
     const auto high = [](int value) { return static_cast<std::uint8_t>(value >> 8); };
     const auto low = [](int value) { return static_cast<std::uint8_t>(value & 0xFF); };
     // Dots a metre as a fraction and a power of ten, down before across: dots / 254 * 10^4.
@@ -294,12 +292,12 @@ void stateResolution(Bytes& file, PixelSize dots) {
                                            'e',
                                            's',
                                            'd',
-                                           high(dots.height),
-                                           low(dots.height),
+                                           high(dots.down),
+                                           low(dots.down),
                                            0,
                                            254,
-                                           high(dots.width),
-                                           low(dots.width),
+                                           high(dots.across),
+                                           low(dots.across),
                                            0,
                                            254,
                                            4,

@@ -5,15 +5,13 @@
 #include <memory>
 
 #include "platform/codecs/codecs.h"
+#include "platform/releaser.h"
 
 // The library's streams over bytes in memory.
 
 namespace tkv {
 
-struct DestroyStream {
-    void operator()(opj_stream_t* stream) const { opj_stream_destroy(stream); }
-};
-using Jpeg2000Stream = std::unique_ptr<opj_stream_t, DestroyStream>;
+using Jpeg2000Stream = std::unique_ptr<opj_stream_t, Releaser<opj_stream_destroy>>;
 
 struct Jpeg2000Source {
     ByteView file;

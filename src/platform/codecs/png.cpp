@@ -25,11 +25,13 @@ constexpr int kCompressionLevel = 1;
 
 void append(png_structp png, png_bytep data, png_size_t length) {
     auto* file = static_cast<Bytes*>(png_get_io_ptr(png));
+    bool isAppended = true;
     try {
         file->insert(file->end(), data, data + length);
     } catch (const std::bad_alloc&) {
-        png_error(png, "no memory");
+        isAppended = false;  // The jump must not leave the handler: the exception would stay.
     }
+    if (!isAppended) png_error(png, "no memory");
 }
 
 class Encoder {
@@ -67,8 +69,8 @@ void Encoder::writeHeader(const Bitmap& bitmap) {
     const auto perMetre = [](int dots) {
         return static_cast<png_uint_32>(std::lround(dots / 0.0254));
     };
-    const PixelSize dots = dotsPerInch(bitmap);
-    png_set_pHYs(png_, info_, perMetre(dots.width), perMetre(dots.height), PNG_RESOLUTION_METER);
+    const Resolution dots = dotsPerInch(bitmap);
+    png_set_pHYs(png_, info_, perMetre(dots.across), perMetre(dots.down), PNG_RESOLUTION_METER);
     png_set_compression_level(png_, kCompressionLevel);
     png_write_info(png_, info_);
 }

@@ -15,20 +15,16 @@
 #include "platform/color_profile.h"
 #include "platform/orientation.h"
 #include "platform/pixels.h"
+#include "platform/releaser.h"
 
 namespace tkv {
 
 namespace {
 
-struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-using Pixbuf = std::unique_ptr<GdkPixbuf, Unref>;
-
-struct Free {
-    void operator()(gpointer memory) const { g_free(memory); }
-};
-using Buffer = std::unique_ptr<guint8, Free>;
+using Pixbuf = std::unique_ptr<GdkPixbuf, Releaser<g_object_unref>>;
+using PixbufLoader = std::unique_ptr<GdkPixbufLoader, Releaser<g_object_unref>>;
+using Buffer = std::unique_ptr<guint8, Releaser<g_free>>;
+using Text = std::unique_ptr<gchar, Releaser<g_free>>;
 
 // ---- Decoding
 
@@ -47,8 +43,7 @@ void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* pr
 }
 
 std::string nameOf(GdkPixbufLoader* loader) {
-    const std::unique_ptr<gchar, Free> name(
-        gdk_pixbuf_format_get_name(gdk_pixbuf_loader_get_format(loader)));
+    const Text name(gdk_pixbuf_format_get_name(gdk_pixbuf_loader_get_format(loader)));
     return name.get();
 }
 
@@ -85,7 +80,7 @@ Pixbuf load(ByteView file) {
     // piece each few bytes: much smaller or larger ones take it ten times as long.
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
     Progress progress;
-    const std::unique_ptr<GdkPixbufLoader, Unref> loader(gdk_pixbuf_loader_new());
+    const PixbufLoader loader(gdk_pixbuf_loader_new());
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(refuseTooLarge), &progress);
     g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(clear), nullptr);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
@@ -252,7 +247,7 @@ std::optional<Bytes> save(const Pixbuf& pixbuf, const char* type, std::vector<Op
 }
 
 /// Dots a metre into the header of a BMP file; the library leaves them out.
-void stateResolution(Bytes& file, PixelSize dots) {
+void stateResolution(Bytes& file, Resolution dots) {
     constexpr std::size_t kPerMetre = 38;
     if (file.size() < kPerMetre + 8) return;
     const auto write = [&](std::size_t at, int perInch) {
@@ -261,8 +256,8 @@ void stateResolution(Bytes& file, PixelSize dots) {
             file[at + i] = static_cast<std::uint8_t>(perMetre >> (8 * i));
         }
     };
-    write(kPerMetre, dots.width);
-    write(kPerMetre + 4, dots.height);
+    write(kPerMetre, dots.across);
+    write(kPerMetre + 4, dots.down);
 }
 
 }  // namespace
@@ -288,12 +283,12 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
 }
 
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap) {
-    const PixelSize dots = dotsPerInch(bitmap);
+    const Resolution dots = dotsPerInch(bitmap);
     try {
         // Uncompressed, which every program reads: photographs would hardly shrink.
         return save(toPixbuf(bitmap, true), "tiff",
-                    {{"x-dpi", std::to_string(dots.width)},
-                     {"y-dpi", std::to_string(dots.height)},
+                    {{"x-dpi", std::to_string(dots.across)},
+                     {"y-dpi", std::to_string(dots.down)},
                      {"compression", "1"}});
     } catch (const std::bad_alloc&) {
         return std::nullopt;

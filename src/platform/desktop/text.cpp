@@ -7,6 +7,8 @@
 #include <memory>
 #include <span>
 #include <string_view>
+#include <utility>
+#include <variant>
 #include <vector>
 
 #include "platform/cairo_handles.h"

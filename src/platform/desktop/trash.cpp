@@ -4,11 +4,12 @@
 
 #include <memory>
 
+#include "platform/releaser.h"
+
 namespace tkv {
 
 bool moveToTrash(const std::string& path) {
-    const std::unique_ptr<GFile, decltype(&g_object_unref)> file(g_file_new_for_path(path.c_str()),
-                                                                 g_object_unref);
+    const std::unique_ptr<GFile, Releaser<g_object_unref>> file(g_file_new_for_path(path.c_str()));
     return g_file_trash(file.get(), nullptr, nullptr) != FALSE;
 }
 
