@@ -15,17 +15,18 @@ namespace {
 // two that a shape names: on the raster of 480 rows the top of the upper two of four big thumbnails
 // comes to row 63 in double precision and to row 64 in single.
 
-/// How the buttons of a layout lie on its thumbnails.
+/// How the buttons of a layout lie on its thumbnails; unless told otherwise, as on the bands that
+/// one to three big thumbnails are.
 struct ButtonShape {
     int rowsAbove;  ///< From the place's y to the top, on the page.
     bool topInDouble = false;
-    int left, right;  ///< Of the 16:9 button, from the place's x.
-    int inset;        ///< Of the 16:9 button, below the top and above the bottom.
-    int strip = 0;    ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
-    int cut;          ///< Columns that the 4:3 map takes for cut off on the left.
-    double panScanWidth;
+    int left = 20, right = 480;  ///< Of the 16:9 button, from the place's x.
+    int inset = 10;              ///< Of the 16:9 button, below the top and above the bottom.
+    int strip = 0;               ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
+    int cut = 80;                ///< Columns that the 4:3 map takes for cut off on the left.
+    double panScanWidth = 640;
     bool panScanWidthInDouble = false;
-    bool wholeAreaY = false, wholeAreaHeight = false;  ///< Is the debug area cut to whole rows?
+    bool wholeAreaY = true, wholeAreaHeight = true;  ///< Is the debug area cut to whole rows?
 };
 
 constexpr double kGridPanScanWidth = 213.33334;
@@ -33,40 +34,15 @@ constexpr double kGridPanScanWidth = 213.33334;
 constexpr ButtonShape kGridButton{.rowsAbove = 120,
                                   .left = 10,
                                   .right = 150,
-                                  .inset = 10,
                                   .cut = kCropPanscan,
-                                  .panScanWidth = kGridPanScanWidth,
-                                  .wholeAreaY = true,
-                                  .wholeAreaHeight = true};
+                                  .panScanWidth = kGridPanScanWidth};
 
 /// By the number of thumbnails, from one. A single one has a strip of 30 rows for a button on wide
 /// displays, and the buttons of four are not inset there: both are intended.
 constexpr std::array<ButtonShape, 4> kBigButtons{{
-    {.rowsAbove = 360,
-     .left = 20,
-     .right = 480,
-     .inset = 10,
-     .strip = 30,
-     .cut = 80,
-     .panScanWidth = 640,
-     .wholeAreaY = true},
-    {.rowsAbove = 180,
-     .topInDouble = true,
-     .left = 20,
-     .right = 480,
-     .inset = 10,
-     .cut = 80,
-     .panScanWidth = 640,
-     .wholeAreaY = true,
-     .wholeAreaHeight = true},
-    {.rowsAbove = 120,
-     .left = 20,
-     .right = 480,
-     .inset = 10,
-     .cut = 80,
-     .panScanWidth = 640,
-     .wholeAreaY = true,
-     .wholeAreaHeight = true},
+    {.rowsAbove = 360, .strip = 30, .wholeAreaHeight = false},
+    {.rowsAbove = 180, .topInDouble = true},
+    {.rowsAbove = 120},
     {.rowsAbove = 180,
      .topInDouble = true,
      .left = 0,
@@ -75,7 +51,7 @@ constexpr std::array<ButtonShape, 4> kBigButtons{{
      .cut = kCropPanscan,
      .panScanWidth = 320.00000953674316,
      .panScanWidthInDouble = true,
-     .wholeAreaHeight = true},
+     .wholeAreaY = false},
 }};
 
 const ButtonShape& shapeOf(const ThumbnailLayout& layout) {
