@@ -6,6 +6,7 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -273,35 +274,14 @@ std::uint32_t readWord(const std::uint8_t* at) {
 
 /// Appends the display resolution to the header box; the library leaves it out.
 void stateResolution(Bytes& file, Resolution dots) {
-    const auto high = [](int value) { return static_cast<std::uint8_t>(value >> 8); };
-    const auto low = [](int value) { return static_cast<std::uint8_t>(value & 0xFF); };
-    // Dots a metre as a fraction and a power of ten, down before across: dots / 254 * 10^4.
-    const std::array<std::uint8_t, 26> box{0,
-                                           0,
-                                           0,
-                                           26,
-                                           'r',
-                                           'e',
-                                           's',
-                                           ' ',
-                                           0,
-                                           0,
-                                           0,
-                                           18,
-                                           'r',
-                                           'e',
-                                           's',
-                                           'd',
-                                           high(dots.down),
-                                           low(dots.down),
-                                           0,
-                                           254,
-                                           high(dots.across),
-                                           low(dots.across),
-                                           0,
-                                           254,
-                                           4,
-                                           4};
+    constexpr std::string_view kStart("\0\0\0\x1Ares \0\0\0\x12resd", 16);
+    Bytes box(kStart.begin(), kStart.end());
+    // Dots a metre, down before across, as fractions (dots / 254) and powers of ten (both 4).
+    for (const int count : {dots.down, dots.across}) {
+        for (const int byte : {count >> 8, count & 0xFF, 0, 254})
+            box.push_back(static_cast<std::uint8_t>(byte));
+    }
+    box.insert(box.end(), {4, 4});
     for (std::size_t at = 0; at + 8 <= file.size();) {
         const std::uint32_t length = readWord(&file[at]);
         if (length < 8 || length > file.size() - at) return;
