@@ -103,7 +103,6 @@ TEST_F(Menu, WritesEveryLineToTheLetter) {
     picture("icon.png", {50, 50}, {0, 0, 250, 255});
     for (const char* transcript : {"preview.txt", "frames.txt", "jacket.txt", "full_disk.txt"})
         expectTranscript(folder, transcript);
-    EXPECT_EQ(identify(folder.file("preview.png")).substr(0, 11), "PNG 640x360");
     // The background at 60 %, the icon's 100 pixels from (505, 255) up.
     const std::string jacket = folder.file("jacket.png");
     for (const auto& [x, y] : {std::pair{505, 284}, {604, 185}})
@@ -115,9 +114,9 @@ TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
     // Left half green, right half blue; enlarged 1.8 times, the outer ninths fall off the page.
     const std::string thumb = folder.file("thumb.jpg");
     const auto halves = [](int x, int) {
-        return Rgba{0, x < 480 ? 240 : 0, x < 480 ? 0 : 240, 255};
+        return Rgba{0, x < 960 ? 240 : 0, x < 960 ? 0 : 240, 255};
     };
-    ASSERT_TRUE(imgExport(painted({960, 540}, halves), thumb, 1));
+    ASSERT_TRUE(imgExport(painted({1920, 1080}, halves), thumb, 1));
     request.output = folder.file("page.png");
     request.mode = MenuMode::preview;
     request.bkg = thumb;

@@ -52,6 +52,10 @@ TEST_F(Overlay, WritesEveryLineToTheLetterAndADebugPicture) {
     EXPECT_EQ(pixel(debug, 439, 576 - 44 - 3), (Rgba{255, 128, 0, 255})) << "label's bar";
 }
 
+TEST_F(Overlay, StandsBesideTheOutputWhereThatCanBeWritten) {
+    expectTranscript(folder, "overlay_places.txt");
+}
+
 TEST_F(Overlay, QuietRunsWriteOneButtonAtLeastAndNothingAtTheOutputPath) {
     for (const auto& [isPal, y0, y1] : {std::tuple{true, 80, 188}, {false, 68, 154}}) {
         request.isPal = isPal;
@@ -100,34 +104,6 @@ TEST_F(Overlay, ButtonsFollowTheThumbnailsAndTheMultiplexerTakesThem) {
         EXPECT_TRUE(map.starts_with(head("PAL") + first)) << map;
         EXPECT_TRUE(map.ends_with(last + labels + kTail)) << map;
     }
-}
-
-TEST_F(Overlay, NamesStandBesideTheOutput) {
-    const ScopedVariable home("HOME", folder.path());
-    const std::string place = folder.file("v1.0 \"a&b\"");
-    fs::create_directory(place);
-    for (const char* name : {"plain", "dotted.name.jpg", ".jpg"}) {
-        request.output = "~/v1.0 \"a&b\"/" + std::string(name);
-        errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-    }
-    EXPECT_EQ(namesIn(place), (Strings{".jpg_43.txt", ".jpg_169.txt", "dotted.name_43.txt",
-                                       "dotted.name_169.txt", "overlayHighlight.png",
-                                       "overlaySelect.png", "plain_43.txt", "plain_169.txt"}));
-    // In the map the paths stand as they are.
-    const std::string map = readText(place + "/plain_43.txt");
-    EXPECT_NE(map.find("select=\"" + place + "/overlaySelect.png\"\n"), std::string::npos) << map;
-}
-
-TEST_F(Overlay, FoldersThatCannotBeWrittenAreTold) {
-    // Nobody, not even the superuser, can make files in the first.
-    for (const std::string& place : {std::string("/proc/self"), folder.file("none")}) {
-        request.output = place + "/menu.png";
-        const std::string lines = errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
-        for (const char* line : {"overlay Highlight   ? 0\noverlay Select      ? 0\n",
-                                 "Impossible to create destination file !\n"})
-            EXPECT_NE(lines.find(line), std::string::npos) << lines;
-    }
-    EXPECT_EQ(namesIn(folder.path()), Strings{});
 }
 
 }  // namespace tkv::test::overlays

@@ -96,6 +96,10 @@ TEST_F(Composing, TextsOfAPage) {
                   {"chapitres", upper, {16, left, shadow, kWhite}, Point{130, 479}},
                   {"suite", upper, {10.6F, center, shadow, kOrange}, Rect{450, 45, 160, 14}}}));
 
+    EXPECT_EQ(captionTextAttributes(kBlack, 'j', 0),
+              (TextAttributes{0, justified, shadow, kBlack}));
+    EXPECT_EQ(captionTextAttributes({}, 'x', -1), (TextAttributes{11, left, shadow, kWhite}));
+
     request.icon = folder.write("icon.png", "x");
     request.dvdBt_readAll = "Lire tout";
     const Page jacket = composeJacket(request, {folder.file("b.png"), 1.0});

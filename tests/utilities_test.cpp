@@ -5,6 +5,7 @@
 
 #include "platform/description.h"
 #include "platform/files.h"
+#include "platform/paths.h"
 #include "platform/unicode.h"
 #include "support.h"
 #include "utils/file_operations.h"
@@ -18,6 +19,22 @@ TEST(Description, QuotesAndEscapes) {
               "(\n    word9,\n    \"\",\n    \"a\\\"b\\\\c\\n\\t\\r\\U0001\\U007f\",\n"
               "    \"\\U00e9\\U2026\\Ud83d\\Ude00\",\n    \"\\Ufffd\"\n)");
     EXPECT_EQ(validUtf8(std::string("é\xE2\x82x\xFF\0", 7)), "é\uFFFDx\uFFFD\uFFFD");
+}
+
+TEST(Description, ShortensByCharacters) {
+    const std::string fifty = fmt::format("{:é>50}", "");
+    EXPECT_EQ(shortDescription(fifty), fifty);
+    EXPECT_EQ(shortDescription(fifty + "x"), fifty + " […]");
+}
+
+TEST(Tilde, StandsForAHomeFolder) {
+    const ScopedVariable home("HOME", "/homes/ada");
+    for (const auto& [path, expanded] : {std::pair{"~", "/homes/ada"},
+                                         {"~/a", "/homes/ada/a"},
+                                         {"~root/a", "/root/a"},
+                                         {"~nobody we know", "~nobody we know"},
+                                         {"a/~", "a/~"}})
+        EXPECT_EQ(expandTilde(path), expanded);
 }
 
 TEST(Unicode, ChangesCaseInTheUsersLanguage) {
