@@ -17,16 +17,16 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
     constexpr Rgba halfRed{255, 0, 0, 128}, faintRed{255, 0, 0, 64}, half{128, 0, 0, 255};
     const struct {
         const char *name, *identified;
-        const char* resolution;  ///< Across and down, when the picture has 144 dots per inch.
+        const char* resolution;  ///< Across and down, of 144 and 72 dots per inch.
         int tolerance;
         Rgba halfRed, faintRed;  ///< What becomes of red at half opacity and at a quarter.
     } rows[] = {
-        {"a.jpg", "JPEG 61x47 8 srgb 72", "144\n144\n", 3, half, {64, 0, 0, 255}},
-        {"a.jp2", "JP2 61x47 8 srgb ", "0.5669291\n0.5669291\n", 0, halfRed, faintRed},
-        {"a.JPX", "JP2 61x47 8 srgb ", "0.5669291\n0.5669291\n", 0, halfRed, faintRed},
-        {"a.png", "PNG 61x47 8 srgba 72", "5669\n5669\n", 0, halfRed, faintRed},
-        {"a.TIFF", "TIFF 61x47 8 srgba 72", "144\n144\n", 0, halfRed, faintRed},
-        {"a.bmp", "BMP3 61x47 8 srgb 72", "5669\n5669\n", 0, half, {64, 0, 0, 255}},
+        {"a.jpg", "JPEG 61x47 8 srgb 72", "144\n72\n", 3, half, {64, 0, 0, 255}},
+        {"a.jp2", "JP2 61x47 8 srgb ", "0.5669291\n0.2834646\n", 0, halfRed, faintRed},
+        {"a.JPX", "JP2 61x47 8 srgb ", "0.5669291\n0.2834646\n", 0, halfRed, faintRed},
+        {"a.png", "PNG 61x47 8 srgba 72", "5669\n2835\n", 0, halfRed, faintRed},
+        {"a.TIFF", "TIFF 61x47 8 srgba 72", "144\n72\n", 0, halfRed, faintRed},
+        {"a.bmp", "BMP3 61x47 8 srgb 72", "5669\n2835\n", 0, half, {64, 0, 0, 255}},
         {"a.gif", "GIF 61x47 8 srgb ", "", 48, {255, 0, 0, 255}, kNothing},
     };
     const TempFolder folder;
@@ -50,7 +50,7 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         EXPECT_LE(worstDifference(gradient(), back), row.tolerance);
 
         Bitmap fine = gradient();
-        fine.setNominalSize({30.5, 23.5});
+        fine.setNominalSize({30.5, 47});
         ASSERT_TRUE(imgExport(std::move(fine), path, 1));
         EXPECT_EQ(run(tags + path), row.resolution);
 

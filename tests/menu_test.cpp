@@ -22,7 +22,7 @@ struct Menu : testing::Test {
         return errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
     }
     std::string identify(const std::string& path) {
-        return run("identify -format '%m %wx%h %xx%y' " + path);
+        return run("identify -format '%m %Q %wx%h %xx%y' " + path);
     }
 
     TempFolder folder;
@@ -59,7 +59,7 @@ TEST_F(MenuFrames, ShowTheLoopsFrameByFrame) {
     const Strings names = namesIn(request.output);
     EXPECT_EQ(names.size(), 749U);
     expectFrames({0, 1, 2, 3, 7, 20, 21, 22, 500, 747, 748});
-    EXPECT_EQ(identify(request.output + "/748.jpg"), "JPEG 720x540 72x72");
+    EXPECT_EQ(identify(request.output + "/748.jpg"), "JPEG 90 720x540 72x72");
     for (const auto& [made, modes] : {std::pair("", fs::perms::owner_all),
                                       {"new", fs::perms::all},
                                       {"new/menu", fs::perms::all}})
@@ -112,7 +112,8 @@ TEST_F(Menu, WritesEveryLineToTheLetter) {
 
 TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
     // Left half green, right half blue; enlarged 1.8 times, the outer ninths fall off the page.
-    const std::string thumb = folder.file("thumb.jpg");
+    const ScopedVariable home("HOME", folder.path());
+    const std::string thumb = "~/thumb.jpg";
     const auto halves = [](int x, int) {
         return Rgba{0, x < 960 ? 240 : 0, x < 960 ? 0 : 240, 255};
     };
@@ -122,7 +123,7 @@ TEST_F(Menu, BackgroundEqualToTheFirstThumbnailIsZoomed) {
     request.bkg = thumb;
     request.thumbs = {thumb};
     lines();
-    EXPECT_EQ(identify(folder.file("bkgV.jpg")), "JPEG 960x540 72x72");
+    EXPECT_EQ(identify(folder.file("bkgV.jpg")), "JPEG 100 960x540 72x72");
     // Drawn at 60 % twice, 0.6 + 0.4 x 0.6, since the thumbnail is drawn too.
     EXPECT_TRUE(near(pixelOf(request.output, 5, 5), {0, 202, 0, 255}, 3));
     EXPECT_TRUE(near(pixelOf(request.output, 630, 5), {0, 0, 202, 255}, 3));

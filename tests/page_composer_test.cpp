@@ -174,6 +174,7 @@ TEST_F(Composing, MissingThumbnailEndsTheLoopNotThePage) {
 TEST_F(Composing, MissingCaptionFailsOnlyWhenThereAreCaptions) {
     request.thumbs = files("still", 3);
     EXPECT_EQ(filesShown(composed()).size(), 3U) << "no captions at all";
+    EXPECT_EQ(layersOf<TextLayer>(composed()).size(), 1U) << "only the title's";
     request.captions = {"été", "b c"};
     PageComposer composer(request, {});
     EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(composer.composePass(0)); }),

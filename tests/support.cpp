@@ -9,9 +9,10 @@
 namespace tkv::test {
 
 TempFolder::TempFolder() {
-    std::string pattern = (fs::temp_directory_path() / "tkv-test-XXXXXX").string();
+    // Not $TMPDIR: commands take the path without quotes.
+    std::string pattern = "/tmp/tkv-test-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = pattern;
+    path_ = fs::canonical(pattern);
 }
 
 TempFolder::~TempFolder() {
@@ -107,7 +108,7 @@ Bitmap painted(PixelSize size, const Rgba& color) {
 }
 
 std::string run(const std::string& command) {
-    FILE* const pipe = popen(("exec 2>&1; " + command).c_str(), "r");
+    FILE* const pipe = popen(("export LC_ALL=C.UTF-8; exec 2>&1; " + command).c_str(), "r");
     std::string output;
     for (int byte; (byte = std::fgetc(pipe)) != EOF;)
         output += static_cast<char>(byte);

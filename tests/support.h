@@ -75,7 +75,7 @@ int worstDifference(const Bitmap& a, const Bitmap& b);
 Bitmap painted(PixelSize size, const std::function<Rgba(int x, int y)>& paint);
 Bitmap painted(PixelSize size, const Rgba& color);
 
-/// What a line for the shell, which must succeed, writes to its two output streams.
+/// What a line for the shell, which must succeed, writes to its two output streams, in English.
 std::string run(const std::string& command);
 
 /// The program, built beside the tests.

@@ -121,6 +121,7 @@ TEST_F(Tools, TellTheVersionOfSpumux) {
                                "versionSpumuxDvdauth: 0.070200\n"));
     EXPECT_EQ(resourceFolder("/opt/A.app/Contents/MacOS/tool"), "/opt/A.app/Contents/Resources");
     EXPECT_EQ(resourceFolder("/opt/MacOS/tool"), "/opt/share/tkvDvdMenuImg");
+    EXPECT_EQ(resourceFolder(""), "") << "never the current folder";
     EXPECT_GT(versionSpumux(true), 0.06F) << "from " << resourceFolder();
 }
 

@@ -42,11 +42,12 @@ ssize_t copyRange(int from, int to, std::size_t size) {
     }));
 }
 
-// For what is there in part only, which would be taken for the whole. Devices and links stay.
+// For what is there in part only, which would be taken for the whole: a regular file, be it behind
+// links.
 void removeFile(const std::string& path) {
     std::error_code error;
-    if (std::filesystem::symlink_status(path, error).type() == std::filesystem::file_type::regular)
-        std::filesystem::remove(path, error);
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    if (std::filesystem::is_regular_file(file, error)) std::filesystem::remove(file, error);
 }
 
 bool isDigit(char c) {

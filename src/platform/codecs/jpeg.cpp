@@ -104,6 +104,7 @@ ByteView wholeSegments(ByteView file) {
             const void* next = std::memchr(file.data() + at, 0xFF, file.size() - at);
             if (next == nullptr) return file;
             at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(next) - file.data());
+            continue;
         }
         const unsigned marker = file[at + 1];
         const bool bare = marker <= 0x01 || (marker >= JPEG_RST0 && marker <= 0xD9);
