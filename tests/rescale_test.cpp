@@ -90,6 +90,16 @@ TEST(Rescale, BlackGroundOnlyWhereAlphaIsNotKept) {
     EXPECT_EQ(pixel(covered, 54, 10).alpha, 0);
 }
 
+TEST(Rescale, KeepsAlphaInTheTypesThatAreMeantTo) {
+    const TempFolder folder;
+    const Bitmap nothing = painted({8, 8}, {0, 0, 0, 0});
+    for (const auto& [name, alpha] :
+         {std::pair{"a.tif", 0}, {"a.TIFF", 0}, {"a.gif", 0}, {"a.png", 0}, {"a.jp2", 255}}) {
+        ASSERT_TRUE(imgRescale(&nothing, folder.file(name), 8, 8, 72, 0, 1));
+        EXPECT_EQ(pixel(decodePicture(folder.file(name)).value(), 4, 4).alpha, alpha) << name;
+    }
+}
+
 TEST(Rescale, ShrinkingTenfoldDoesNotAlias) {
     const Bitmap stripes = painted({1000, 1000}, [](int x, int y) {
         return (x + y) % 2 == 0 ? Rgba{255, 255, 255, 255} : Rgba{0, 0, 0, 255};
