@@ -81,9 +81,9 @@ std::string run(const std::string& command);
 /// The program, built beside the tests.
 std::string toolPath();
 
-/// Runs the commands of the file `name` of the folder "transcripts", its lines that begin with "$
-/// ", in `folder`, and expects that they write the rest of the file. Log prefixes are cut off, and
-/// the folder is called "/folder".
+/// Runs the commands of a file of the folder "transcripts" (its lines that begin with a dollar sign
+/// and a blank) in `folder`, and expects that they write the rest of that file. Log prefixes are
+/// cut off, and the folder is called "/folder".
 void expectTranscript(const TempFolder& folder, const std::string& name);
 
 }  // namespace tkv::test
