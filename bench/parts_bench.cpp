@@ -21,11 +21,11 @@
 #include "composer/page_geometry.h"
 #include "composer/page_renderer.h"
 #include "composer/page_texts.h"
-#include "platform/codecs/codecs.h"
-#include "platform/drawing.h"
-#include "platform/files.h"
-#include "platform/picture_file.h"
-#include "platform/text.h"
+#include "graphics/codecs/codecs.h"
+#include "graphics/drawing.h"
+#include "graphics/formats.h"
+#include "graphics/text.h"
+#include "system/files.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-# The libraries that only the platform floor uses.
+# The libraries behind graphics and system: the floors above know none of them but fmt.
 find_package(PkgConfig REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)

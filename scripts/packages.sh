@@ -7,14 +7,17 @@ build_packages=(
     dvdauthor fonts-dejavu-core
 )
 
-# What the tests need besides: their framework, the checkers, other people's programs that open
-# what the tool wrote or make a disc of it, and fonts for the scripts that DejaVu lacks.
+# What the tests need besides: their framework, other people's programs that open what the tool
+# wrote or make a disc of it, and fonts for the scripts that DejaVu lacks.
 test_packages=(
-    clang-format clang-tidy libgtest-dev
+    libgtest-dev
     imagemagick libimage-exiftool-perl libopenjp2-tools
     ffmpeg genisoimage libdvdnav-dev libdvdread-dev
     fonts-noto-color-emoji fonts-vlgothic
 )
+
+# What the checks need besides, to read the benchmarks too.
+lint_packages=(clang-format clang-tidy libbenchmark-dev)
 
 # What the benchmarks need besides: their framework, and the programs the tool is timed against.
 bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "platform/codecs/codecs.h"
-#include "platform/drawing.h"
+#include "graphics/codecs/codecs.h"
+#include "graphics/drawing.h"
 #include "support.h"
 
 namespace tkv::test::decoding {

@@ -2,8 +2,8 @@
 
 #include <sstream>
 
-#include "platform/verbose.h"
 #include "support.h"
+#include "system/verbose.h"
 
 namespace tkv::test::front_end {
 

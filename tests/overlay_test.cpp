@@ -1,8 +1,8 @@
 #include <regex>
 
 #include "composer/dvd_menu_picture.h"
-#include "platform/resources.h"
 #include "support.h"
+#include "system/resources.h"
 
 namespace tkv::test::overlays {
 

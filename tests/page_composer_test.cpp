@@ -2,8 +2,8 @@
 
 #include "composer/jacket.h"
 #include "composer/page_texts.h"
-#include "platform/paths.h"
 #include "support.h"
+#include "system/paths.h"
 
 namespace tkv::test::composing {
 
@@ -102,7 +102,7 @@ TEST_F(Composing, TextsOfAPage) {
 
     request.icon = folder.write("icon.png", "x");
     request.dvdBt_readAll = "Lire tout";
-    const Page jacket = composeJacket(request, {folder.file("b.png"), 1.0});
+    const Page jacket = composeJacket(request, {folder.file("b.png"), 1.0}, 0);
     const Color faint{1, 1, 1, 0.8F};
     std::vector<TextLayer> texts = layersOf<TextLayer>(jacket);
     ASSERT_EQ(texts.size(), 3U);
@@ -112,7 +112,7 @@ TEST_F(Composing, TextsOfAPage) {
     EXPECT_EQ(texts[2],
               (TextLayer{"Lire tout", asItIs, {14, left, shadow, faint}, Point{320, 170}}));
     request.icon = folder.file("no icon.png");
-    EXPECT_EQ(layersOf<PictureLayer>(composeJacket(request, {})).size(), 0U);
+    EXPECT_EQ(layersOf<PictureLayer>(composeJacket(request, {}, 0)).size(), 0U);
 }
 
 TEST_F(Composing, FoldersPlayAsLoopsOverAZoomedBackground) {

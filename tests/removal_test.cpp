@@ -52,7 +52,7 @@ TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
              {refused, {"/", "/home", "/home/ada", "/home/ada/", "/home/é/", "/Users", "/Us"}},
              {refusedDirname, {"//", "/Applications", "/Users/other", "/Volumes/Data", "/*"}},
              {refusedDirname, {"/Volumes/*", "/usr/.", "/usr/bin/../../usr"}},
-             {refusedJoker, {"*foo", "/*/x", "/Volumes/Users/*"}},
+             {refusedWildcard, {"*foo", "/*/x", "/Volumes/Users/*"}},
              {allowed, {"/home/ada/Movies/old.jpg", "/Volumes/Data/x", "/tmp/a*b"}},
              {allowed, {"/TKVauthoring", "/TKVauthoring/menus", ""}}}) {
         for (const std::string& path : paths)

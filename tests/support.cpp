@@ -3,8 +3,8 @@
 #include <fstream>
 #include <regex>
 
-#include "platform/files.h"
-#include "platform/verbose.h"
+#include "system/files.h"
+#include "system/verbose.h"
 
 namespace tkv::test {
 

@@ -8,8 +8,8 @@
 #include <optional>
 #include <vector>
 
-#include "platform/bitmap.h"
-#include "platform/picture_file.h"
+#include "graphics/bitmap.h"
+#include "graphics/formats.h"
 
 namespace tkv::test {
 

@@ -1,4 +1,4 @@
-#include "platform/text.h"
+#include "graphics/text.h"
 
 #include <cmath>
 

@@ -4,9 +4,9 @@
 
 #include <csignal>
 
-#include "platform/log.h"
-#include "platform/resources.h"
 #include "support.h"
+#include "system/log.h"
+#include "system/resources.h"
 #include "utils/version_probe.h"
 
 namespace tkv::test::tools {

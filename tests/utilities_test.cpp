@@ -3,12 +3,12 @@
 #include <iterator>
 #include <sstream>
 
-#include "platform/description.h"
-#include "platform/files.h"
-#include "platform/paths.h"
-#include "platform/unicode.h"
 #include "support.h"
-#include "utils/file_operations.h"
+#include "system/description.h"
+#include "system/files.h"
+#include "system/paths.h"
+#include "system/unicode.h"
+#include "utils/guarded_removal.h"
 #include "utils/text_file.h"
 
 namespace tkv::test::utilities {

@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "cli/args_helper.h"
-#include "platform/log.h"
-#include "platform/verbose.h"
+#include "system/log.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 #include "utils/numbers.h"
 

@@ -4,7 +4,7 @@
 
 #include "cli/front_end.h"
 #include "composer/dvd_menu_picture.h"
-#include "platform/log.h"
+#include "system/log.h"
 
 int main(int argc, char** argv) {
     // A host that no longer reads the lines still wants the page.

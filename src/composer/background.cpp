@@ -4,10 +4,10 @@
 
 #include "composer/page_geometry.h"
 #include "imaging/rescale.h"
-#include "platform/description.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/verbose.h"
+#include "system/description.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 
 namespace tkv {
@@ -16,7 +16,6 @@ namespace {
 
 constexpr double kFirstThumbnailZoom = 1.8;
 constexpr PixelSize kFirstThumbnailBox{960, 540};
-constexpr int kFillAndCrop = 2;
 constexpr float kOpacity = 0.6F;
 
 }  // namespace
@@ -26,15 +25,13 @@ bool Background::isZoomed() const {
 }
 
 Background prepareBackground(const MenuRequest& request) {
-    if (isVerbose()) logLine("bkgImgPathStr       : {}", describe(request.bkg));
+    verboseLine("bkgImgPathStr       : {}", describe(request.bkg));
     if (!request.bkg || !fileExists(*request.bkg)) return {};
 
     std::optional<std::string> firstThumbnail;
     if (request.thumbs && !request.thumbs->empty()) firstThumbnail = request.thumbs->front();
-    if (isVerbose()) {
-        logLine("dvdMenuPicture      : background '{}' <- '{}'", *request.bkg,
+    verboseLine("dvdMenuPicture      : background '{}' <- '{}'", *request.bkg,
                 describe(firstThumbnail));
-    }
     if (request.bkg != firstThumbnail) return {request.bkg};
 
     const std::string cut = joinPath(parentFolder(request.output), "bkgV.jpg");

@@ -2,9 +2,8 @@
 
 #include <fmt/format.h>
 
-#include <array>
-
-#include "composer/page_texts.h"
+#include "composer/navigation.h"
+#include "composer/page_geometry.h"
 #include "utils/numbers.h"
 
 namespace tkv {
@@ -12,51 +11,7 @@ namespace tkv {
 namespace {
 
 // Conversions to int cut towards zero. Products and sums are made in single precision, but for the
-// two that a shape names: on the raster of 480 rows the top of the upper two of four big thumbnails
-// comes to row 63 in double precision and to row 64 in single.
-
-/// How the buttons of a layout lie on its thumbnails; unless told otherwise, as on the bands that
-/// one to three big thumbnails are.
-struct ButtonShape {
-    int rowsAbove;  ///< From the place's y to the top, on the page.
-    bool topInDouble = false;
-    int left = 20, right = 480;  ///< Of the 16:9 button, from the place's x.
-    int inset = 10;              ///< Of the 16:9 button, below the top and above the bottom.
-    int strip = 0;               ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
-    int cut = 80;                ///< Columns that the 4:3 map takes for cut off on the left.
-    double panScanWidth = 640;
-    bool panScanWidthInDouble = false;
-    bool wholeAreaY = true, wholeAreaHeight = true;  ///< Is the debug area cut to whole rows?
-};
-
-constexpr double kGridPanScanWidth = 213.33334;
-
-constexpr ButtonShape kGridButton{.rowsAbove = 120,
-                                  .left = 10,
-                                  .right = 150,
-                                  .cut = kCropPanscan,
-                                  .panScanWidth = kGridPanScanWidth};
-
-/// By the number of thumbnails, from one. A single one has a strip of 30 rows for a button on wide
-/// displays, and the buttons of four are not inset there: both are intended.
-constexpr std::array<ButtonShape, 4> kBigButtons{{
-    {.rowsAbove = 360, .strip = 30, .wholeAreaHeight = false},
-    {.rowsAbove = 180, .topInDouble = true},
-    {.rowsAbove = 120},
-    {.rowsAbove = 180,
-     .topInDouble = true,
-     .left = 0,
-     .right = 240,
-     .inset = 0,
-     .cut = kCropPanscan,
-     .panScanWidth = 320.00000953674316,
-     .panScanWidthInDouble = true,
-     .wholeAreaY = false},
-}};
-
-const ButtonShape& shapeOf(const ThumbnailLayout& layout) {
-    return layout.isBig ? kBigButtons[layout.places.size() - 1] : kGridButton;
-}
+// two that a shape names.
 
 /// The row of a page height.
 int rowOf(int y, const Raster& raster) {
@@ -75,9 +30,8 @@ float panScanColumn(int fromCut) {
     return static_cast<float>(fromCut) * kRatioPanscan;
 }
 
-int panScanRight(float left, double width, bool inDouble) {
-    return static_cast<int>(inDouble ? double{left} + width
-                                     : double{left + static_cast<float>(width)});
+int panScanRight(float left, double width) {
+    return static_cast<int>(left + static_cast<float>(width));
 }
 
 std::string lineOf(std::string_view name, const ButtonRect& rect) {
@@ -96,32 +50,32 @@ std::string lineOf(std::string_view name, const ButtonRect& rect) {
 ButtonRects thumbnailButton(const ThumbnailLayout& layout, std::size_t index,
                             const Raster& raster) {
     constexpr int kInset = 10;
-    const ButtonShape& shape = shapeOf(layout);
+    const ButtonShape& shape = layout.button;
     const ThumbnailPlace& place = layout.place(index);
     const int top = topRow(shape, place.y, raster);
     const int bottom = rowOf(place.y, raster);
     const int wideTop = top + shape.inset;
     const int wideBottom = shape.strip > 0 ? wideTop + shape.strip : bottom - shape.inset;
     const float left = panScanColumn(place.x - shape.cut);
+    const int right = shape.panScanWidthInDouble
+                          ? static_cast<int>(double{left} + shape.panScanWidth)
+                          : panScanRight(left, shape.panScanWidth);
     return {{place.x + shape.left, wideTop, place.x + shape.right, wideBottom},
-            {static_cast<int>(left) + kInset, top + kInset,
-             panScanRight(left, shape.panScanWidth, shape.panScanWidthInDouble) - kInset,
-             bottom - kInset}};
+            {static_cast<int>(left) + kInset, top + kInset, right - kInset, bottom - kInset}};
 }
 
 ButtonRects navigationButton(int x, int y, const Raster& raster) {
     const int row = rowOf(y, raster);
     const float left = panScanColumn(x - kCropPanscan);
-    return {
-        {x, row - 19, x + kNavigationWidth, row + 4},
-        {static_cast<int>(left), row - 19, panScanRight(left, kGridPanScanWidth, false), row + 4}};
+    return {{x, row - 19, x + kNavigationWidth, row + 4},
+            {static_cast<int>(left), row - 19, panScanRight(left, kPanScanOf160), row + 4}};
 }
 
 Rect thumbnailArea(const ThumbnailLayout& layout, std::size_t index, const Raster& raster) {
     const ThumbnailPlace& place = layout.place(index);
     const auto scaled = [&](double units) { return static_cast<float>(units) * raster.yFactor; };
     const auto whole = [](float units) { return static_cast<double>(static_cast<int>(units)); };
-    const ButtonShape& shape = shapeOf(layout);
+    const ButtonShape& shape = layout.button;
     const float y = scaled(place.y);
     const float height = scaled(layout.source.height);
     return {static_cast<double>(place.x + layout.shiftX), shape.wholeAreaY ? whole(y) : double{y},

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "composer/thumbnail_layout.h"
-#include "platform/geometry.h"
+#include "graphics/geometry.h"
 
 // Where the buttons of a menu lie in the video raster. Page positions grow upwards from the bottom
 // left; raster rows are counted downwards from the top.
@@ -33,10 +33,6 @@ struct Raster {
     int height;     ///< Rows: 576 or 480.
     float yFactor;  ///< Rows of the raster for one row of the page.
 };
-
-/// Columns of the page that a 4:3 display cuts off each side, and how much it stretches the rest.
-inline constexpr int kCropPanscan = 90;
-inline constexpr float kRatioPanscan = 1.3333334F;
 
 /// The button of the thumbnail at `index` in its layout; numbers not yet even.
 ButtonRects thumbnailButton(const ThumbnailLayout& layout, std::size_t index, const Raster& raster);

@@ -4,10 +4,10 @@
 #include "composer/page_geometry.h"
 #include "composer/passes.h"
 #include "composer/thumbnail_frames.h"
-#include "platform/description.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/verbose.h"
+#include "system/description.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 
 namespace tkv {
 
@@ -42,9 +42,7 @@ bool dvdMenuPicture(const MenuRequest& given) {
             return writeFrames(request, prepareBackground(request),
                                isVerbose() ? EqualPages::drawnAgain : EqualPages::copied);
         case MenuMode::overlay:
-            if (isVerbose()) {
-                logLine("overlayYFactor={:f}", overlayYFactor(request.mode, request.isPal));
-            }
+            verboseLine("overlayYFactor={:f}", overlayYFactor(request.mode, request.isPal));
             return writeOverlay(request);
     }
     return false;

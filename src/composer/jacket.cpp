@@ -1,10 +1,8 @@
 #include "composer/jacket.h"
 
-#include <ctime>
-
 #include "composer/page_geometry.h"
 #include "composer/page_texts.h"
-#include "platform/unicode.h"
+#include "system/unicode.h"
 #include "utils/existence.h"
 
 namespace tkv {
@@ -19,7 +17,7 @@ TextLayer jacketLine(const std::string& text, LetterCase letterCase, const Point
 
 }  // namespace
 
-Page composeJacket(const MenuRequest& request, const Background& background) {
+Page composeJacket(const MenuRequest& request, const Background& background, std::time_t today) {
     const PixelSize canvas = canvasSize(MenuMode::jacket, request.isPal);
     Page page{canvas, {FillLayer{{0, 0, kPageWidth, kPageHeight}, kBlack}}};
     if (background.path) {
@@ -30,8 +28,7 @@ Page composeJacket(const MenuRequest& request, const Background& background) {
                                            captionTextAttributes(kJacketColor, 'r', 22.0F),
                                            Rect{0, 320, 500, 30}});
     }
-    page.layers.emplace_back(
-        jacketLine(longDate(std::time(nullptr)), LetterCase::upper, {320, 200}));
+    page.layers.emplace_back(jacketLine(longDate(today), LetterCase::upper, {320, 200}));
     if (request.icon && fileExists(*request.icon)) {
         page.layers.emplace_back(wholePicture(*request.icon, {505, 255, 100, 100}, 1.0F));
     }

@@ -4,9 +4,9 @@
 
 #include "composer/page_geometry.h"
 #include "imaging/export.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/verbose.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/guarded_removal.h"
 #include "utils/text_file.h"
 #include "utils/version_probe.h"
@@ -20,11 +20,6 @@ namespace {
 constexpr float kNamesFormatFrom = 0.07F;
 
 constexpr std::string_view kTail = "</spu>\n</stream>\n</subpictures>";
-
-std::string formatAttribute(bool isPal) {
-    if (versionSpumux(true) < kNamesFormatFrom) return "";
-    return fmt::format("format=\"{}\"", isPal ? "PAL" : "NTSC");
-}
 
 /// The map's start. Paths stand in it as they are; one with an ampersand or a quotation mark makes
 /// a map that the multiplexer refuses.
@@ -40,7 +35,7 @@ std::string headOf(const std::string& highlight, const std::string& select, bool
         "xoffset=\"0\" yoffset=\"0\"\n"
         "autoorder=\"rows\"\n"
         ">\n",
-        formatAttribute(isPal), highlight, select);
+        formatAttribute(versionSpumux(true), isPal), highlight, select);
 }
 
 bool writeColor(const std::string& path, float opacity, bool isPal) {
@@ -49,6 +44,11 @@ bool writeColor(const std::string& path, float opacity, bool isPal) {
 }
 
 }  // namespace
+
+std::string formatAttribute(float spumuxVersion, bool isPal) {
+    if (spumuxVersion < kNamesFormatFrom) return "";
+    return fmt::format("format=\"{}\"", isPal ? "PAL" : "NTSC");
+}
 
 void writeOverlayFiles(const std::string& output, const ButtonMap& buttons, bool isPal) {
     const std::string base = withoutExtension(output);

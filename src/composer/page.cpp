@@ -1,6 +1,6 @@
 #include "composer/page.h"
 
-#include "platform/paths.h"
+#include "system/paths.h"
 
 namespace tkv {
 

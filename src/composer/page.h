@@ -4,9 +4,9 @@
 #include <variant>
 #include <vector>
 
-#include "platform/files.h"
-#include "platform/geometry.h"
-#include "platform/text.h"
+#include "graphics/geometry.h"
+#include "graphics/text.h"
+#include "system/files.h"
 
 // A page as data: what stands where, in the order of drawing. Positions are in pixels of the
 // canvas, origin at the bottom-left corner. Pages with equal layers are the same picture.

@@ -8,11 +8,11 @@
 
 #include "composer/page_geometry.h"
 #include "composer/page_texts.h"
-#include "platform/description.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/picture_file.h"
-#include "platform/verbose.h"
+#include "graphics/formats.h"
+#include "system/description.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 
 namespace tkv {
@@ -75,74 +75,72 @@ PageComposer::Outcome PageComposer::addThumbnails(Pass& pass, int number) {
     static const TextList placeholder{"force swich to th loop"};
     const TextList& given = itemsOf(request_.thumbs);
     const TextList& thumbsA = given.empty() && !isDrawn() ? placeholder : given;
-    if (isVerbose()) {
-        logLine("dvdMenuPicture       : thumbnails'n'captions = {} && {}", thumbsA.size(),
+    verboseLine("dvdMenuPicture       : thumbnails'n'captions = {} && {}", thumbsA.size(),
                 itemsOf(request_.captions).size());
-    }
-    const Round round{thumbsA, thumbnailLayout(request_.isMainMenu, thumbsA.size()), number};
+    const Thumbnails thumbnails{thumbsA, thumbnailLayout(request_.isMainMenu, thumbsA.size()),
+                                number};
     Outcome outcome = Outcome::placed;
     for (std::size_t i = 0; i < thumbsA.size() && outcome == Outcome::placed; ++i) {
-        outcome = addThumbnail(pass, round, i);
+        outcome = addThumbnail(pass, thumbnails, i);
     }
     return outcome;
 }
 
-PageComposer::Outcome PageComposer::addThumbnail(Pass& pass, const Round& round,
+PageComposer::Outcome PageComposer::addThumbnail(Pass& pass, const Thumbnails& thumbnails,
                                                  std::size_t index) {
-    const std::string& entry = round.thumbsA[index];
+    const std::string& entry = thumbnails.thumbsA[index];
     // An overlay shows no picture, and looks for one only to tell of it.
     std::optional<std::string> currentThPathStr;
     if (isDrawn() || isVerbose()) {
-        currentThPathStr = frames_.pictureOf(entry, index, round.number);
+        currentThPathStr = frames_.pictureOf(entry, index, thumbnails.pass);
     }
-    if (isVerbose()) {
-        logLine("dvdMenuPicture       : [thumbsA objectAtIndex:{}]='{}' -> currentThPathStr='{}'",
+    verboseLine("dvdMenuPicture       : [thumbsA objectAtIndex:{}]='{}' -> currentThPathStr='{}'",
                 index, entry, describe(currentThPathStr));
-    }
     if (isDrawn() && !fileExists(entry)) {
         logLine("dvdMenuPicture end  :-( no thumb available");
         return Outcome::noThumbnail;
     }
-    const ThumbnailPlace& place = round.layout.place(index);
+    const ThumbnailPlace& place = thumbnails.layout.place(index);
     if (isVerbose()) {
-        if (round.layout.isBig) logLine("BIG th");
+        if (thumbnails.layout.isBig) logLine("BIG th");
         logLine("th#{} : x={}, y={}", index, place.x, place.y);
         logLine("thumbImg ? {}", isDrawn() && isPicture(currentThPathStr) ? "img :-)" : "nil");
     }
     if (!isDrawn()) {
-        addButton(pass, round, index);
+        addButton(pass, thumbnails, index);
         return Outcome::placed;
     }
-    if (currentThPathStr) addPictures(pass.page, round, *currentThPathStr, index);
-    return addCaption(pass.page, round, index);
+    if (currentThPathStr) addPictures(pass.page, thumbnails, *currentThPathStr, index);
+    return addCaption(pass.page, thumbnails, index);
 }
 
 /// The thumbnail, and below the first one its own enlarged copy when the page asks for that.
-void PageComposer::addPictures(Page& page, const Round& round, const std::string& file,
+void PageComposer::addPictures(Page& page, const Thumbnails& thumbnails, const std::string& file,
                                std::size_t index) const {
     if (index == 0 && background_.isZoomed()) {
         page.layers.emplace_back(backgroundPicture(file, background_.zoom, page.canvas));
     }
-    page.layers.emplace_back(round.layout.picture(file, index));
+    page.layers.emplace_back(thumbnails.layout.picture(file, index));
 }
 
-void PageComposer::addButton(Pass& pass, const Round& round, std::size_t index) const {
+void PageComposer::addButton(Pass& pass, const Thumbnails& thumbnails, std::size_t index) const {
     if (isVerbose()) {
         pass.page.layers.emplace_back(
-            FillLayer{thumbnailArea(round.layout, index, raster_), kOrange});
-        if (!round.layout.isBig) {
-            const ThumbnailPlace& place = round.layout.place(index);
+            FillLayer{thumbnailArea(thumbnails.layout, index, raster_), kOrange});
+        if (!thumbnails.layout.isBig) {
+            const ThumbnailPlace& place = thumbnails.layout.place(index);
             logLine(
                 "x={}, y={}, w={:.0f}, h={:.0f}, overlayYFactor={:f}, cropPanscan={}, "
                 "ratioPanscan={:f}",
-                place.x, place.y, round.layout.source.width, round.layout.source.height,
+                place.x, place.y, thumbnails.layout.source.width, thumbnails.layout.source.height,
                 raster_.yFactor, kCropPanscan, kRatioPanscan);
         }
     }
-    pass.buttons.add(fmt::format("BT_{}", index), thumbnailButton(round.layout, index, raster_));
+    pass.buttons.add(fmt::format("BT_{}", index),
+                     thumbnailButton(thumbnails.layout, index, raster_));
 }
 
-PageComposer::Outcome PageComposer::addCaption(Page& page, const Round& round,
+PageComposer::Outcome PageComposer::addCaption(Page& page, const Thumbnails& thumbnails,
                                                std::size_t index) const {
     const TextList& captionsA = itemsOf(request_.captions);
     // Unsigned, so that a page without captions never has one missing.
@@ -152,33 +150,27 @@ PageComposer::Outcome PageComposer::addCaption(Page& page, const Round& round,
         logLine("dvdMenuPicture      :-( end");
         return Outcome::noCaption;
     }
-    const ThumbnailPlace& place = round.layout.place(index);
-    const bool fourBig = round.layout.isBig && round.thumbsA.size() == 4;
     std::optional<std::string> caption;
     if (!captionsA.empty()) caption = captionsA[index];
-    const TextLayer layer = captionText(describe(caption), place, fourBig);
-    if (isVerbose()) logCaption(layer, place, index);
+    const TextLayer layer = captionText(describe(caption), thumbnails.layout, index);
+    if (isVerbose()) logCaption(layer, thumbnails.layout.place(index), index);
     if (caption) page.layers.emplace_back(layer);
     return Outcome::placed;
 }
 
 void PageComposer::addTitle(Page& page) const {
-    if (isVerbose()) logLine("dvdMenuPicture       : title '{}'", describe(request_.title));
+    verboseLine("dvdMenuPicture       : title '{}'", describe(request_.title));
     page.layers.emplace_back(titleText(request_.title));
-    if (isVerbose()) logLine("MP 4");
+    verboseLine("MP 4");
 }
 
 void PageComposer::addNavigation(Pass& pass) const {
-    if (isVerbose()) {
-        logLine("dvdMenuPicture       : nav - count: {}", kNavigationButtons.size());
-    }
+    verboseLine("dvdMenuPicture       : nav - count: {}", kNavigationButtons.size());
     for (std::size_t j = 0; j < kNavigationButtons.size(); ++j) {
         const NavigationButton& button = kNavigationButtons[j];
         const std::string label = (request_.*button.label).value_or("");
         if (label.empty()) continue;
-        if (isVerbose()) {
-            logLine("dvdMenuPicture       : nav - #{}: {} x={} y={}", j, label, button.x, button.y);
-        }
+        verboseLine("dvdMenuPicture       : nav - #{}: {} x={} y={}", j, label, button.x, button.y);
         if (isDrawn()) {
             pass.page.layers.emplace_back(navigationText(button, label));
             continue;

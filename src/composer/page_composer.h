@@ -33,20 +33,20 @@ class PageComposer {
     std::optional<Pass> composePass(int number);
 
   private:
-    /// One round of thumbnails: the list of the pass and its layout.
-    struct Round {
+    /// The thumbnails of a pass.
+    struct Thumbnails {
         const std::vector<std::string>& thumbsA;
         const ThumbnailLayout& layout;
-        int number;  ///< Of the pass.
+        int pass;  ///< Its number.
     };
     enum class Outcome { placed, noThumbnail, noCaption };
 
     Outcome addThumbnails(Pass& pass, int number);
-    Outcome addThumbnail(Pass& pass, const Round& round, std::size_t index);
-    void addPictures(Page& page, const Round& round, const std::string& file,
+    Outcome addThumbnail(Pass& pass, const Thumbnails& thumbnails, std::size_t index);
+    void addPictures(Page& page, const Thumbnails& thumbnails, const std::string& file,
                      std::size_t index) const;
-    void addButton(Pass& pass, const Round& round, std::size_t index) const;
-    Outcome addCaption(Page& page, const Round& round, std::size_t index) const;
+    void addButton(Pass& pass, const Thumbnails& thumbnails, std::size_t index) const;
+    Outcome addCaption(Page& page, const Thumbnails& thumbnails, std::size_t index) const;
     void addTitle(Page& page) const;
     void addNavigation(Pass& pass) const;
 

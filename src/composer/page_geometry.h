@@ -1,7 +1,7 @@
 #pragma once
 
 #include "composer/menu_request.h"
-#include "platform/geometry.h"
+#include "graphics/geometry.h"
 
 // The dimensions of a menu page. Layout positions are given on a page of 720 x 540 square pixels,
 // origin at the bottom left; the overlay's canvas has the height of the video raster instead.
@@ -12,6 +12,13 @@ inline constexpr int kPageWidth = 720;
 inline constexpr int kPageHeight = 540;
 inline constexpr int kPalRasterHeight = 576;
 inline constexpr int kNtscRasterHeight = 480;
+
+/// Columns of the page that a 4:3 display cuts off each side, and how much it stretches the rest.
+inline constexpr int kCropPanscan = 90;
+inline constexpr float kRatioPanscan = 1.3333334F;
+
+/// What 160 columns of the page come to there.
+inline constexpr double kPanScanOf160 = 213.33334;
 
 inline constexpr PixelSize kPreviewSize{640, 360};
 

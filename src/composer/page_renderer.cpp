@@ -5,8 +5,8 @@
 #include <utility>
 #include <variant>
 
-#include "platform/picture_file.h"
-#include "platform/unicode.h"
+#include "graphics/formats.h"
+#include "system/unicode.h"
 
 namespace tkv {
 
@@ -63,15 +63,6 @@ std::string inCase(const std::string& text, LetterCase letterCase) {
     return text;
 }
 
-std::optional<PlacedBitmap> prepare(const Layer& layer, PixelSize canvas) {
-    if (const auto* picture = std::get_if<PictureLayer>(&layer)) {
-        return preparePicture(*picture, canvas);
-    }
-    const TextLayer& text = std::get<TextLayer>(layer);
-    if (text.text.empty()) return std::nullopt;
-    return rasterizeText(inCase(text.text, text.letterCase), text.attributes, text.place, canvas);
-}
-
 double opacityOf(const Layer& layer) {
     const auto* picture = std::get_if<PictureLayer>(&layer);
     return picture != nullptr ? double{picture->opacity} : 1.0;
@@ -83,15 +74,24 @@ std::size_t bytesOf(const PlacedBitmap& placed) {
 
 }  // namespace
 
+std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas) {
+    if (const auto* picture = std::get_if<PictureLayer>(&layer)) {
+        return preparePicture(*picture, canvas);
+    }
+    const TextLayer& text = std::get<TextLayer>(layer);
+    if (text.text.empty()) return std::nullopt;
+    return rasterizeText(inCase(text.text, text.letterCase), text.attributes, text.place, canvas);
+}
+
 PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canvas) {
     Key key{canvas, layer};
-    if (const auto known = kept_.find(key); known != kept_.end()) return known->second;
-    std::optional<PlacedBitmap> made = prepare(layer, canvas);
+    if (const auto known = cache_.find(key); known != cache_.end()) return known->second;
+    std::optional<PlacedBitmap> made = prepare_(layer, canvas);
     Prepared result = made ? std::make_shared<PlacedBitmap>(*std::move(made)) : nullptr;
     const std::size_t cost = result ? bytesOf(*result) : 0;
-    if (cost <= room_) {
-        room_ -= cost;
-        kept_.emplace(std::move(key), result);
+    if (cost <= budgetLeft_) {
+        budgetLeft_ -= cost;
+        cache_.emplace(std::move(key), result);
     }
     return result;
 }

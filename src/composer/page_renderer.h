@@ -1,15 +1,22 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "composer/page.h"
-#include "platform/bitmap.h"
-#include "platform/drawing.h"
+#include "graphics/bitmap.h"
+#include "graphics/drawing.h"
 
 namespace tkv {
+
+/// Makes a picture or a text ready to be blended on a canvas: decodes and scales the one, lays out
+/// and rasterises the other. None when nothing of it shows.
+std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas);
+using LayerMaker = std::function<std::optional<PlacedBitmap>(const Layer&, PixelSize canvas)>;
 
 /// Draws pages. A picture is decoded and scaled, a text laid out and rasterised once; later pages
 /// blend what was made. Prepared layers are kept until their pixels fill the budget; what comes
@@ -19,8 +26,9 @@ class PageRenderer {
   public:
     static constexpr std::size_t kDefaultBudget = 24U << 20U;
 
-    /// `budget`: bytes of pixels kept for later pages.
-    explicit PageRenderer(std::size_t budget = kDefaultBudget) : room_(budget) {}
+    /// `budget`: bytes of pixels kept for later pages. `prepare`: what makes a layer ready.
+    explicit PageRenderer(std::size_t budget = kDefaultBudget, LayerMaker prepare = prepareLayer)
+        : budgetLeft_(budget), prepare_(std::move(prepare)) {}
 
     /// The page drawn on a new bitmap of its canvas' size; none when there is no memory for it.
     std::optional<Bitmap> render(const Page& page);
@@ -36,8 +44,9 @@ class PageRenderer {
 
     Prepared prepared(const Layer& layer, PixelSize canvas);
 
-    std::size_t room_;
-    std::map<Key, Prepared> kept_;
+    std::size_t budgetLeft_;
+    LayerMaker prepare_;
+    std::map<Key, Prepared> cache_;
 };
 
 }  // namespace tkv

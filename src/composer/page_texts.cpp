@@ -29,7 +29,9 @@ TextAttributes captionTextAttributes(const std::optional<Color>& colour,
             colour.value_or(kWhite)};
 }
 
-TextLayer captionText(const std::string& caption, const ThumbnailPlace& place, bool fourBig) {
+TextLayer captionText(const std::string& caption, const ThumbnailLayout& layout,
+                      std::size_t index) {
+    const ThumbnailPlace& place = layout.place(index);
     const double x = place.x;
     const double y = place.y - 13;
     TextPlace where;
@@ -38,7 +40,7 @@ TextLayer captionText(const std::string& caption, const ThumbnailPlace& place, b
             where = Point{x + 20, y};
             break;
         case 'r':
-            where = Rect{x - 20, y, fourBig ? 240.0 : 160.0, kLineHeight};
+            where = Rect{x - 20, y, static_cast<double>(layout.rightCaptionWidth), kLineHeight};
             break;
         default:
             where = Rect{x - 10, y, 180, kLineHeight};

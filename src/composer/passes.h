@@ -1,16 +1,13 @@
 #pragma once
 
 #include "composer/background.h"
+#include "composer/frame_writer.h"
 #include "composer/menu_request.h"
 
 // The modes of a menu, after its inputs are resolved. Each writes the progress lines of its passes
 // and answers the composition's success. `request`: thumbnails resolved, output's tilde expanded.
 
 namespace tkv {
-
-/// Whether a page equal to an earlier one is drawn again or its file copied: the files are the
-/// same.
-enum class EqualPages { copied, drawnAgain };
 
 /// One picture of the first pass, 640 x 360, at the output path.
 bool writePreview(const MenuRequest& request, const Background& background);

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/verbose.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
 
@@ -49,7 +49,7 @@ int ThumbnailFrames::advance(std::size_t place, int pass, int frames) {
     }
     const bool atEnd = place == 0 ? next == frames : next >= frames;
     counter = pass >= frames && atEnd ? 0 : next;
-    if (isVerbose()) logLine("btCurrent = {}", counter);
+    verboseLine("btCurrent = {}", counter);
     return counter;
 }
 

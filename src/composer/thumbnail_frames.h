@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/files.h"
+#include "system/files.h"
 
 namespace tkv {
 

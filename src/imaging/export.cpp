@@ -1,59 +1,21 @@
 #include "imaging/export.h"
 
-#include <algorithm>
-#include <array>
-#include <string_view>
-
+#include "graphics/drawing.h"
+#include "graphics/formats.h"
 #include "imaging/output_bitmap.h"
-#include "platform/codecs/codecs.h"
-#include "platform/drawing.h"
-#include "platform/files.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/verbose.h"
+#include "system/files.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 
 namespace tkv {
 
 namespace {
 
-using Encoder = std::optional<Bytes> (*)(const Bitmap& bitmap, float quality);
-
-std::optional<Bytes> encodeJpegAt(const Bitmap& bitmap, float quality) {
-    return encodeJpeg(bitmap, quality > 0 && quality <= 1.0F ? quality : 0.9F);
-}
-
-std::optional<Bytes> encodeDefaultJpeg(const Bitmap& bitmap, float) {
-    return encodeJpeg(bitmap, std::nullopt);
-}
-
-/// An encoder that takes no compression factor, as one that ignores it.
-template <std::optional<Bytes> (*encode)(const Bitmap&)>
-std::optional<Bytes> withoutQuality(const Bitmap& bitmap, float) {
-    return encode(bitmap);
-}
-
-struct FileType {
-    std::string_view extension;
-    Encoder encode;
-};
-
-constexpr std::array kFileTypes{
-    FileType{"jpg", encodeJpegAt},
-    FileType{"jpeg", encodeJpegAt},
-    FileType{"tif", withoutQuality<encodeTiff>},
-    FileType{"tiff", withoutQuality<encodeTiff>},
-    FileType{"bmp", withoutQuality<encodeBmp>},
-    FileType{"gif", withoutQuality<encodeGif>},
-    FileType{"png", withoutQuality<encodePng>},
-    FileType{"jp2", withoutQuality<encodeJpeg2000>},
-    FileType{"jpx", withoutQuality<encodeJpeg2000>},
-};
-
-Encoder encoderFor(const std::string& path) {
-    const auto* const row =
-        std::ranges::find(kFileTypes, asciiLowered(pathExtension(path)), &FileType::extension);
-    return row == kFileTypes.end() ? encodeDefaultJpeg : row->encode;
+/// What is no factor in (0, 1], not-a-number included, stands for 0.9.
+float compressionFactor(float quality) {
+    return quality > 0 && quality <= 1.0F ? quality : 0.9F;
 }
 
 void writeIfEncoded(const std::string& path, const std::optional<Bytes>& file) {
@@ -65,9 +27,9 @@ void writeIfEncoded(const std::string& path, const std::optional<Bytes>& file) {
 
 bool imgExport(std::optional<Bitmap> bitmap, const std::string& path, float quality) {
     if (!bitmap) return false;
-    writeIfEncoded(path, encoderFor(path)(*bitmap, quality));
+    writeIfEncoded(path, encodePicture(*bitmap, pathExtension(path), compressionFactor(quality)));
     bitmap.reset();
-    if (isVerbose()) logLine("imgExport - end");
+    verboseLine("imgExport - end");
     return fileExists(path);
 }
 
@@ -76,7 +38,7 @@ bool imgColorPNG(const Color& colour, const std::string& path, int width, int he
     if (std::optional<Bitmap> bitmap = newOutputBitmap({width, height})) {
         const Rect whole{0, 0, static_cast<double>(width), static_cast<double>(height)};
         fillRect(*bitmap, whole, withAlpha(colour, colour.alpha * opacity));
-        writeIfEncoded(path, encodePng(*bitmap));
+        writeIfEncoded(path, encodePicture(*bitmap, "png", 1.0F));
     }
     return fileExists(path);
 }

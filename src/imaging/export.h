@@ -3,8 +3,8 @@
 #include <optional>
 #include <string>
 
-#include "platform/bitmap.h"
-#include "platform/geometry.h"
+#include "graphics/bitmap.h"
+#include "graphics/geometry.h"
 
 namespace tkv {
 

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/bitmap.h"
+#include "graphics/bitmap.h"
 
 namespace tkv {
 
@@ -10,7 +10,7 @@ namespace tkv {
 inline constexpr int kLargestOutputSide = 32767;
 
 /// A transparent bitmap for a picture to be written, rows 32 bytes a pixel apart: that is eight
-/// times what the pixels need (the bits a pixel taken for bytes), which callers rely on.
+/// times what the pixels need (the bits a pixel taken for bytes), and part of the interface.
 /// None when a side is below 1 or too large to draw or hold.
 inline std::optional<Bitmap> newOutputBitmap(PixelSize size) {
     constexpr std::size_t kRowBytesPerPixel = 32;

@@ -5,34 +5,35 @@
 #include <string_view>
 #include <utility>
 
+#include "graphics/drawing.h"
+#include "graphics/formats.h"
 #include "imaging/export.h"
 #include "imaging/rescale_modes.h"
-#include "platform/drawing.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/picture_file.h"
-#include "platform/verbose.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 
 namespace tkv {
 
 namespace {
 
-constexpr int kLowestMode = -2;
-constexpr std::array<RescaleMode, 5> kModes{imgRescaleCover, imgRescaleFit, imgRescaleStretch,
-                                            imgRescaleFitPad, imgRescaleFillCrop};
-
-/// None for a number that names no mode.
+/// Null for a number that names no mode.
 RescaleMode modeRoutine(int modeInt) {
-    if (modeInt < kLowestMode || modeInt >= kLowestMode + static_cast<int>(kModes.size())) {
-        return nullptr;
+    switch (modeInt) {
+        case kFillAndCrop:
+            return imgRescaleFillCrop;
+        case kFitWithBars:
+            return imgRescaleFitPad;
+        case kStretch:
+            return imgRescaleStretch;
+        case kFit:
+            return imgRescaleFit;
+        case kCover:
+            return imgRescaleCover;
+        default:
+            return nullptr;
     }
-    return kModes[static_cast<std::size_t>(modeInt - kLowestMode)];
-}
-
-bool keepsAlpha(const std::string& path) {
-    constexpr std::array<std::string_view, 4> kWithAlpha{"tif", "tiff", "gif", "png"};
-    return std::ranges::find(kWithAlpha, asciiLowered(pathExtension(path))) != kWithAlpha.end();
 }
 
 /// The size at which a picture covers the box; no mode shows more of its pixels.
@@ -60,37 +61,31 @@ bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPath
     const auto* const path = std::get_if<std::string>(&srcPathStrOrImg);
     const auto* const given = std::get_if<const Bitmap*>(&srcPathStrOrImg);
     const Bitmap* image = given != nullptr ? *given : nullptr;
-    if (isVerbose()) {
-        logLine("imgRescale          - deb, srcPathStrOrImg = path ? {:d}, image ? {:d}",
+    verboseLine("imgRescale          - deb, srcPathStrOrImg = path ? {:d}, image ? {:d}",
                 path != nullptr, image != nullptr);
-    }
     std::optional<Bitmap> loaded;
     if (path != nullptr) {
         const bool exists = fileExists(*path);
-        if (isVerbose()) logLine("imgRescale src path :-{} {}", mouth(exists), *path);
+        verboseLine("imgRescale src path :-{} {}", mouth(exists), *path);
         if (!exists) return false;
         loaded = loadFor(*path, dstW, dstH);
         if (loaded) image = &*loaded;
     }
     if (image == nullptr) return false;
-    if (isVerbose()) {
-        logLine("imgRescale          : size = {:.0f} x {:.0f}",
+    verboseLine("imgRescale          : size = {:.0f} x {:.0f}",
                 std::trunc(image->nominalSize().width), std::trunc(image->nominalSize().height));
-    }
 
     std::optional<Bitmap> bitmap;
     if (const RescaleMode rescaled = modeRoutine(modeInt)) {
-        bitmap = rescaled(image, dstW, dstH, resolution, keepsAlpha(dstPathStr));
+        bitmap = rescaled(image, dstW, dstH, resolution, keepsAlpha(pathExtension(dstPathStr)));
     }
-    if (isVerbose()) {
-        logLine("imgRescale          :-{} modeInt={}", mouth(bitmap.has_value()), modeInt);
-    }
+    verboseLine("imgRescale          :-{} modeInt={}", mouth(bitmap.has_value()), modeInt);
     return imgExport(std::move(bitmap), dstPathStr, quality);
 }
 
 std::optional<std::array<int, 2>> imgSizes(const std::string& path) {
     const bool exists = fileExists(path);
-    if (isVerbose()) logLine("imgSizes - deb  : {} = {:d}", path, exists);
+    verboseLine("imgSizes - deb  : {} = {:d}", path, exists);
     if (!exists) return std::nullopt;
     // The nominal size is the whole picture's however few pixels are decoded.
     const std::optional<Bitmap> image = decodePicture(expandTilde(path), [](PixelSize) {

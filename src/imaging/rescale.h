@@ -5,8 +5,8 @@
 #include <string>
 #include <variant>
 
-#include "platform/bitmap.h"
-#include "platform/geometry.h"
+#include "graphics/bitmap.h"
+#include "graphics/geometry.h"
 
 namespace tkv {
 
@@ -14,10 +14,16 @@ namespace tkv {
 /// owned), or neither.
 using PictureSource = std::variant<std::monostate, std::string, const Bitmap*>;
 
+/// The modes of imgRescale: how a picture meets a box.
+inline constexpr int kFillAndCrop = 2;  ///< Fills the box; what does not fit is cut on both sides.
+inline constexpr int kFitWithBars = 1;  ///< Fits into the box, with bars around.
+inline constexpr int kStretch = 0;      ///< Each axis on its own.
+inline constexpr int kFit = -1;    ///< As kFitWithBars, but the output is as large as the picture.
+inline constexpr int kCover = -2;  ///< As kFillAndCrop, but nothing is cut.
+
 /// Fits a picture into a box of dstW x dstH pixels and writes it to `dstPathStr` through imgExport.
 /// `resolution`: dots per inch of the output; 0 or below means 72.
-/// `modeInt`: 2 fills the box and crops, 1 fits into it with bars, 0 stretches to it, -1 fits
-/// without bars, -2 covers it without cropping; any other fails.
+/// `modeInt`: one of the modes above; any other number fails.
 /// `quality`: as imgExport takes it.
 /// Files named .tif, .tiff, .gif and .png keep transparency, all others stand on black.
 /// True when a file exists at the destination afterwards; false, and nothing written, when there

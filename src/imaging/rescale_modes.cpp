@@ -4,10 +4,10 @@
 #include <cmath>
 #include <limits>
 
+#include "graphics/drawing.h"
 #include "imaging/output_bitmap.h"
-#include "platform/drawing.h"
-#include "platform/log.h"
-#include "platform/verbose.h"
+#include "system/log.h"
+#include "system/verbose.h"
 
 namespace tkv {
 
@@ -46,15 +46,13 @@ Fit fitToBox(const Bitmap& image, int dstW, int dstH, Choose choose) {
     Fit fit{};
     fit.srcW = truncated(image.nominalSize().width);
     fit.srcH = truncated(image.nominalSize().height);
-    if (isVerbose()) logLine("img size : {} x {}", fit.srcW, fit.srcH);
+    verboseLine("img size : {} x {}", fit.srcW, fit.srcH);
     fit.f = choose(static_cast<float>(fit.srcW) / static_cast<float>(dstW),
                    static_cast<float>(fit.srcH) / static_cast<float>(dstH));
     fit.scaledW = truncated(static_cast<float>(fit.srcW) / fit.f);
     fit.scaledH = truncated(static_cast<float>(fit.srcH) / fit.f);
-    if (isVerbose()) {
-        logLine("f={:f}, src = {} x {} -> dst = {} x {}", fit.f, fit.srcW, fit.srcH, fit.scaledW,
+    verboseLine("f={:f}, src = {} x {} -> dst = {} x {}", fit.f, fit.srcW, fit.srcH, fit.scaledW,
                 fit.scaledH);
-    }
     return fit;
 }
 
@@ -127,10 +125,8 @@ std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH
     };
     const int srcRegH = region(fit.scaledH, offY);
     const int srcRegW = region(fit.scaledW, offX);
-    if (isVerbose()) {
-        logLine("dstOffset={:.0f}:{:.0f} (dst={}*{}) -> srcOffset={}:{} (src={}*{})", offX, offY,
+    verboseLine("dstOffset={:.0f}:{:.0f} (dst={}*{}) -> srcOffset={}:{} (src={}*{})", offX, offY,
                 dstW, dstH, srcOffX, srcOffY, srcRegW, srcRegH);
-    }
     const Rect from{-static_cast<double>(srcOffX), -static_cast<double>(srcOffY),
                     static_cast<double>(srcRegW), static_cast<double>(srcRegH)};
     drawOn(*canvas, *image, boxRect(dstW, dstH), from, boxRect(dstW, dstH), keepAlpha);
@@ -145,8 +141,8 @@ std::optional<Bitmap> imgRescaleFitPad(const Bitmap* image, int dstW, int dstH, 
     std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, dotsPerInch, Logging::on);
     if (!canvas) return std::nullopt;
 
-    const auto nominalOffset = [&](int room) {
-        const int half = room / 2;
+    const auto nominalOffset = [&](int left) {
+        const int half = left / 2;
         return static_cast<float>(half * kUnitsPerInch / dotsPerInch);
     };
     const float offY = nominalOffset(dstH - fit.scaledH);

@@ -2,7 +2,7 @@
 
 #include <optional>
 
-#include "platform/bitmap.h"
+#include "graphics/bitmap.h"
 
 // The five ways to fit a picture into a box of dstW x dstH pixels. Each answers a new bitmap at
 // `resolution` dots per inch (0 or below means 72), or none when there is no image or the bitmap

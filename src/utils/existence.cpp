@@ -1,11 +1,9 @@
 #include "utils/existence.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <filesystem>
 
-#include "platform/paths.h"
+#include "system/files.h"
+#include "system/paths.h"
 
 namespace tkv {
 
@@ -20,12 +18,7 @@ bool fileExists(const std::optional<std::string>& path) {
     if (!path || path->empty()) return false;
     const std::string target = expandTilde(*path);
     noteFileChanged(target);
-    // Without O_NONBLOCK the opening of a FIFO would wait for somebody to write to it.
-    const int descriptor = open(target.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
-    if (descriptor >= 0) {
-        close(descriptor);
-        return true;
-    }
+    if (canBeRead(target)) return true;
     std::error_code ignored;
     return fs::exists(target, ignored) && fs::is_symlink(target, ignored);
 }

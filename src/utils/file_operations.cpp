@@ -1,15 +1,13 @@
 #include "utils/file_operations.h"
 
 #include <filesystem>
-#include <string_view>
 
-#include "platform/description.h"
-#include "platform/files.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/trash.h"
-#include "platform/unicode.h"
-#include "platform/verbose.h"
+#include "system/description.h"
+#include "system/files.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/trash.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 
 namespace tkv {
@@ -18,20 +16,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kMovieShare = ".iMovieProject/Shared Movies/iDVD";
+enum class Permissions {
+    asUmaskSays,
+    openToAll,  ///< Everyone may read, write and search the folder, whatever the umask.
+};
 
-// Makes the folder and its missing parents; false as soon as one cannot be made. `openToAll`:
-// everyone may read, write and search those that were made, whatever the umask.
-bool makeFolders(const fs::path& folder, bool openToAll) {
+// Makes the folder and its missing parents; false as soon as one cannot be made. Those that were
+// there before keep their permissions.
+bool makeFolders(const fs::path& folder, Permissions permissions) {
     std::error_code error;
     if (fs::is_directory(folder, error)) return true;
     if (error == std::errc::filename_too_long) return false;
     const fs::path parent = folder.parent_path();
-    if (!parent.empty() && parent != folder && !makeFolders(parent, openToAll)) return false;
+    if (!parent.empty() && parent != folder && !makeFolders(parent, permissions)) return false;
     // By now it may be there: made by another run at the same time, or as its own parent where the
     // path ends in a slash or in dots.
     const bool isMade = fs::create_directory(folder, error);
-    if (isMade && openToAll) fs::permissions(folder, fs::perms::all, error);
+    if (isMade && permissions == Permissions::openToAll)
+        fs::permissions(folder, fs::perms::all, error);
     return !error;
 }
 
@@ -39,23 +41,23 @@ bool makeFolders(const fs::path& folder, bool openToAll) {
 
 bool mkdirCocoa(const std::optional<std::string>& path) {
     if (!path) return false;
-    if (isVerbose()) logLine("mkdir               :    '{}'", *path);
+    verboseLine("mkdir               :    '{}'", *path);
     const std::string folder = expandTilde(*path);
-    if (!makeFolders(folder, true)) {
+    if (!makeFolders(folder, Permissions::openToAll)) {
         logLine("mkdir               :-(  '{}'", *path);
-        if (!makeFolders(folder, false)) {
+        if (!makeFolders(folder, Permissions::asUmaskSays)) {
             logLine("mkdir               :-(( '{}'", *path);
             return false;
         }
     }
-    if (isVerbose()) logLine("mkdir               :-)  '{}'", *path);
+    verboseLine("mkdir               :-)  '{}'", *path);
     noteFileChanged(folder);
     return true;
 }
 
 std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>& folder) {
     if (!folder) return std::nullopt;
-    if (isVerbose()) logLine("lsCocoa             - begin : {}", *folder);
+    verboseLine("lsCocoa             - begin : {}", *folder);
     const std::string expanded = expandTilde(*folder);
     std::optional<std::vector<std::string>> paths = folderNames(expanded);
     if (!paths) return std::nullopt;
@@ -71,34 +73,6 @@ std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>
 bool trashCocoa(const std::string& path) {
     moveToTrash(expandTilde(path));
     return true;
-}
-
-std::string fichier_dirname(const std::optional<std::string>& path) {
-    if (!path) return "";
-    std::string item = expandTilde(*path);
-    if (item.find(kMovieShare) != std::string::npos) {
-        // The share's length is cut from the end wherever it stands: the callers count on it.
-        item = firstCharacters(item, characterCount(item) - kMovieShare.size());
-        if (isVerbose()) logLine("bundle imovie        : {}", item);
-    }
-    std::string folder = parentFolder(EyetvBundle(item).value_or(""));
-    if (isVerbose()) logLine("fichier_dirname     - end   - {}", folder);
-    return folder;
-}
-
-std::optional<std::string> EyetvBundle(const std::optional<std::string>& path) {
-    if (!path) return std::nullopt;
-    if (isVerbose()) logLine("EyetvBundle         - begin - {}", *path);
-    std::string bundle = parentFolder(*path);
-    if (path->find(".eyetv/") == std::string::npos || !bundle.ends_with(".eyetv")) bundle = *path;
-    if (isVerbose()) logLine("EyetvBundle         - end   - {}", bundle);
-    return bundle;
-}
-
-std::string shortDescription(const std::string& text) {
-    constexpr std::size_t kLongest = 50;
-    if (characterCount(text) <= kLongest) return text;
-    return std::string(firstCharacters(text, kLongest)) + " […]";
 }
 
 }  // namespace tkv

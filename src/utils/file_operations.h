@@ -23,14 +23,4 @@ std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>
 /// std::runtime_error where the desktop module is not installed.
 bool trashCocoa(const std::string& path);
 
-/// The folder that holds the item the path belongs to: a recording's bundle and the iDVD share of a
-/// movie project count as one item. Empty for no path or a bare name.
-std::string fichier_dirname(const std::optional<std::string>& path);
-
-/// The ".eyetv" bundle that directly holds the path, or else the path as it is.
-std::optional<std::string> EyetvBundle(const std::optional<std::string>& path);
-
-/// The text, cut to its first 50 characters and " […]" when it has more.
-std::string shortDescription(const std::string& text);
-
 }  // namespace tkv

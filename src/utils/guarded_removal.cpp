@@ -1,18 +1,16 @@
 #include "utils/guarded_removal.h"
 
-#include <sys/statvfs.h>
-
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <filesystem>
 #include <string_view>
 
-#include "platform/description.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/unicode.h"
-#include "platform/verbose.h"
+#include "system/description.h"
+#include "system/files.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/unicode.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
 
@@ -25,7 +23,10 @@ namespace {
 // The host application's own folder, at the root of the disk.
 constexpr std::string_view kHostFolder = "/TKVauthoring";
 constexpr std::array<std::string_view, 3> kGuardedFolders = {"/", "/Volumes", "/Users"};
-constexpr std::array<std::string_view, 4> kJokers = {"*", "/*", "/Volumes/*", "/Volumes/Users/*"};
+constexpr std::array<std::string_view, 4> kWildcards = {"*", "/*", "/Volumes/*",
+                                                        "/Volumes/Users/*"};
+
+constexpr std::string_view kMovieShare = ".iMovieProject/Shared Movies/iDVD";
 
 // An empty `piece` counts as absent.
 bool isPieceOf(std::string_view piece, std::string_view text) {
@@ -43,23 +44,12 @@ std::string locationOf(const std::string& path) {
     return joinPath(location.string(), "");
 }
 
-// The spelling of a path may hide where it leads ("/tmp/../home", a link to "/"), and other
-// systems keep homes and volumes elsewhere than below /Users and /Volumes. So a folder is guarded
-// when, wherever its path leads, it lies directly in a folder that holds the system, homes or
-// volumes, or when it is or holds such a folder or the user's home.
+// The spelling of a path may hide where it leads ("/tmp/../home", a link to "/").
 bool isGuardedFolder(const std::string& path, const std::string& home, const std::string& login) {
     if (!folderExists(path)) return false;
     try {
-        const std::string location = locationOf(path);
-        if (location.starts_with(kHostFolder)) return false;
-        for (const std::string& holder :
-             {std::string("/"), std::string("/Volumes"), std::string("/Users"),
-              std::string("/home"), std::string("/mnt"), std::string("/media"), "/media/" + login,
-              "/run/media/" + login}) {
-            if (parentFolder(location) == holder || isAtOrAbove(location, holder)) return true;
-        }
-        return isAtOrAbove(location, locationOf(home)) ||
-               isAtOrAbove(location, fs::weakly_canonical(home).string());
+        return isGuardedLocation(locationOf(path),
+                                 {locationOf(home), fs::weakly_canonical(home).string()}, login);
     } catch (const fs::filesystem_error&) {
         return true;  // nobody knows where the path leads
     }
@@ -76,7 +66,7 @@ std::error_code removeItem(const std::string& path) {
 }
 
 bool removeOrTrash(const std::string& path) {
-    if (isVerbose()) logLine("File current        : exists: {}", path);
+    verboseLine("File current        : exists: {}", path);
     if (!removeItem(path)) return true;
     logLine("File current        :-( not deleted 1");
     trashCocoa(path);
@@ -86,39 +76,72 @@ bool removeOrTrash(const std::string& path) {
     return false;
 }
 
-std::string describeFileSystem(const struct statvfs& system) {
-    return describe({{"NSFileSystemFreeNodes", std::to_string(system.f_ffree)},
-                     {"NSFileSystemFreeSize", std::to_string(system.f_bavail * system.f_frsize)},
-                     {"NSFileSystemNodes", std::to_string(system.f_files)},
-                     {"NSFileSystemNumber", std::to_string(system.f_fsid)},
-                     {"NSFileSystemSize", std::to_string(system.f_blocks * system.f_frsize)}});
+std::string describeFileSystem(const FileSystemFigures& system) {
+    return describe({{"NSFileSystemFreeNodes", std::to_string(system.freeNodes)},
+                     {"NSFileSystemFreeSize", std::to_string(system.freeBytes)},
+                     {"NSFileSystemNodes", std::to_string(system.nodes)},
+                     {"NSFileSystemNumber", std::to_string(system.number)},
+                     {"NSFileSystemSize", std::to_string(system.bytes)}});
 }
 
 // Whether something is at a path that could not be opened; if not, removes what may be left there,
 // such as a link to nothing.
 bool isPresentOrRemoved(const std::string& path) {
-    struct statvfs system {};
-    const int error = statvfs(path.c_str(), &system) == 0 ? 0 : errno;
-    if (isVerbose()) {
-        logLine("rmCocoa d           : {}",
-                error == 0 ? shortDescription(describeFileSystem(system)) : "nil");
-    }
-    if (error == 0) {
+    std::error_code error;
+    const std::optional<FileSystemFigures> system = fileSystemOf(path, error);
+    verboseLine("rmCocoa d           : {}",
+                system ? shortDescription(describeFileSystem(*system)) : "nil");
+    if (system) {
         logLine("Cocoa:exists!!!     :-( {}", path);
         return true;
     }
-    if (isVerbose()) {
-        logLine("Cocoa:does not exist:-/ ERR: {} ({})", std::generic_category().message(error),
-                path);
-    }
+    verboseLine("Cocoa:does not exist:-/ ERR: {} ({})", error.message(), path);
     const std::error_code left = removeItem(path);
-    if (isVerbose()) {
-        logLine("Cocoa:does not exist;-) ERR: {} ({})", left ? left.message() : "nil", path);
-    }
+    verboseLine("Cocoa:does not exist;-) ERR: {} ({})", left ? left.message() : "nil", path);
     return false;
 }
 
 }  // namespace
+
+std::string fichier_dirname(const std::optional<std::string>& path) {
+    if (!path) return "";
+    std::string item = expandTilde(*path);
+    if (item.find(kMovieShare) != std::string::npos) {
+        // The share's length is cut from the end wherever it stands: so the interface has it.
+        item = firstCharacters(item, characterCount(item) - kMovieShare.size());
+        verboseLine("bundle imovie        : {}", item);
+    }
+    std::string folder = parentFolder(EyetvBundle(item).value_or(""));
+    verboseLine("fichier_dirname     - end   - {}", folder);
+    return folder;
+}
+
+std::optional<std::string> EyetvBundle(const std::optional<std::string>& path) {
+    if (!path) return std::nullopt;
+    verboseLine("EyetvBundle         - begin - {}", *path);
+    std::string bundle = parentFolder(*path);
+    if (path->find(".eyetv/") == std::string::npos || !bundle.ends_with(".eyetv")) bundle = *path;
+    verboseLine("EyetvBundle         - end   - {}", bundle);
+    return bundle;
+}
+
+std::string shortDescription(const std::string& text) {
+    constexpr std::size_t kLongest = 50;
+    if (characterCount(text) <= kLongest) return text;
+    return std::string(firstCharacters(text, kLongest)) + " […]";
+}
+
+bool isGuardedLocation(const std::string& location, const std::vector<std::string>& homes,
+                       const std::string& login) {
+    if (location.starts_with(kHostFolder)) return false;
+    for (const std::string& holder :
+         {std::string("/"), std::string("/Volumes"), std::string("/Users"), std::string("/home"),
+          std::string("/mnt"), std::string("/media"), "/media/" + login, "/run/media/" + login}) {
+        if (parentFolder(location) == holder || isAtOrAbove(location, holder)) return true;
+    }
+    return std::any_of(homes.begin(), homes.end(),
+                       [&](const std::string& home) { return isAtOrAbove(location, home); });
+}
 
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login) {
@@ -136,9 +159,9 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
             kGuardedFolders.end()) {
             return RemovalVerdict::refusedDirname;
         }
-        if (std::any_of(kJokers.begin(), kJokers.end(),
-                        [&](std::string_view joker) { return path.starts_with(joker); })) {
-            return RemovalVerdict::refusedJoker;
+        if (std::any_of(kWildcards.begin(), kWildcards.end(),
+                        [&](std::string_view wildcard) { return path.starts_with(wildcard); })) {
+            return RemovalVerdict::refusedWildcard;
         }
     }
     return isGuardedFolder(path, home, login) ? RemovalVerdict::refusedDirname
@@ -147,7 +170,7 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
 
 bool rmCocoa(const std::optional<std::string>& path) {
     if (!path) return false;
-    if (isVerbose()) logLine("rmCocoa             - begin - {}", *path);
+    verboseLine("rmCocoa             - begin - {}", *path);
     const std::string target = expandTilde(*path);
     switch (removalVerdict(target, parentFolder(expandTilde("~/Movies")), loginName())) {
         case RemovalVerdict::allowed:
@@ -157,7 +180,7 @@ bool rmCocoa(const std::optional<std::string>& path) {
         case RemovalVerdict::refusedDirname:
             logLine("alerte de sécurité dirname");
             return false;
-        case RemovalVerdict::refusedJoker:
+        case RemovalVerdict::refusedWildcard:
             logLine("alerte de sécurité joker");
             return false;
     }
@@ -166,9 +189,9 @@ bool rmCocoa(const std::optional<std::string>& path) {
     } else if (!isPresentOrRemoved(target)) {
         return true;
     }
-    if (isVerbose()) logLine("rmCocoa             - pre-fin");
+    verboseLine("rmCocoa             - pre-fin");
     noteFileChanged(target);
-    if (isVerbose()) logLine("rmCocoa             - end - {}", target);
+    verboseLine("rmCocoa             - end - {}", target);
     return true;
 }
 

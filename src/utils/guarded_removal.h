@@ -2,17 +2,35 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 // A delete that refuses the paths whose loss could take a home, a volume or the whole disk along.
 
 namespace tkv {
 
+/// The folder that holds the item the path belongs to: a recording's bundle and the iDVD share of a
+/// movie project count as one item. Empty for no path or a bare name.
+std::string fichier_dirname(const std::optional<std::string>& path);
+
+/// The ".eyetv" bundle that directly holds the path, or else the path as it is.
+std::optional<std::string> EyetvBundle(const std::optional<std::string>& path);
+
+/// The text, cut to its first 50 characters and " […]" when it has more.
+std::string shortDescription(const std::string& text);
+
 enum class RemovalVerdict {
     allowed,
-    refused,         ///< a piece of the home folder's path, or the root
-    refusedDirname,  ///< lies directly in a folder that holds homes, volumes or the system
-    refusedJoker,    ///< begins with a wild card that some shell has left unexpanded
+    refused,          ///< a piece of the home folder's path, or the root
+    refusedDirname,   ///< lies directly in a folder that holds homes, volumes or the system
+    refusedWildcard,  ///< begins with a wildcard that some shell has left unexpanded
 };
+
+/// Whether a folder at `location` must not be removed: one that lies directly in a folder that
+/// holds the system, homes or volumes, on this system or another, or that is or holds such a folder
+/// or one of `homes`. Locations are absolute, without "." and "..", with no link on the way. Looks
+/// at the text alone.
+bool isGuardedLocation(const std::string& location, const std::vector<std::string>& homes,
+                       const std::string& login);
 
 /// Whether `path` (tilde expanded) may be removed. `home`: the user's home folder; `login`: the
 /// user's login name. Looks at the disk at most, changes nothing; writes no line of its own.

@@ -1,25 +1,20 @@
 #include "utils/tool_runner.h"
 
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
 
-#include "platform/description.h"
-#include "platform/log.h"
-#include "platform/paths.h"
-#include "platform/processes.h"
-#include "platform/resources.h"
-#include "platform/unicode.h"
-#include "platform/verbose.h"
+#include "system/description.h"
+#include "system/log.h"
+#include "system/paths.h"
+#include "system/processes.h"
+#include "system/resources.h"
+#include "system/unicode.h"
+#include "system/verbose.h"
 #include "utils/existence.h"
-
-#ifdef __APPLE__
-extern char** environ;
-#endif
 
 namespace tkv {
 
@@ -53,10 +48,8 @@ bool arePresent(const std::vector<Words>& commands) {
             logLine("taskArrayPipes      :-( tool !present '{}'", command[0]);
             return false;
         }
-        if (isVerbose()) {
-            logLine("taskArrayPipes      : ma {}",
+        verboseLine("taskArrayPipes      : ma {}",
                     describe(Words(command.begin() + 1, command.end())));
-        }
     }
     return true;
 }
@@ -66,16 +59,14 @@ bool arePresent(const std::vector<Words>& commands) {
 std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words) {
     logLine("taskArrayPipes      - begin");
     if (words.empty() || !fileExists(words[0])) return std::nullopt;
-    if (isVerbose()) logLine("taskArrayPipes      - 1");
+    verboseLine("taskArrayPipes      - 1");
     const auto commands = commandsOf(words);
     if (!commands) return std::nullopt;
-    if (isVerbose()) logLine("separatedArgsByTasksMa : {}", describeLists(*commands));
+    verboseLine("separatedArgsByTasksMa : {}", describeLists(*commands));
     const auto variables = toolEnvironment();
-    if (isVerbose()) {
-        logLine("env post            : {}",
+    verboseLine("env post            : {}",
                 describe(std::vector<std::pair<std::string, std::string>>(variables.begin(),
                                                                           variables.end())));
-    }
     if (!arePresent(*commands)) return std::nullopt;
     Words environment;
     for (const auto& [name, value] : variables)
@@ -94,14 +85,7 @@ std::string tmpFolder() {
 }
 
 std::map<std::string, std::string> toolEnvironment() {
-    std::map<std::string, std::string> variables;
-    for (char** entry = environ; *entry != nullptr; ++entry) {
-        const std::string_view variable = *entry;
-        const std::size_t end = variable.find('=');
-        if (end != std::string_view::npos) {
-            variables.emplace(variable.substr(0, end), variable.substr(end + 1));
-        }
-    }
+    std::map<std::string, std::string> variables = environmentVariables();
     variables["LC_CTYPE"] = "en_US.UTF-8";
     variables["FONTCONFIG_FILE"] =
         joinPath(expandTilde("~/Library/Application Support/" + hostName()), "fonts.conf");

@@ -1,0 +1,18 @@
+#!/usr/bin/env bash
+# Checks the format of every source and header, and looks for faults in them with clang-tidy.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/packages.sh
+
+install_packages "${build_packages[@]}" "${test_packages[@]}" "${lint_packages[@]}"
+
+find src tests bench examples -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
+cmake --preset lint >/dev/null
+log=build/lint/clang-tidy.log
+run-clang-tidy -quiet -p build/lint >$log 2>&1 || {
+    grep -vE '^clang-tidy|^[0-9]+ warnings|^$' $log >&2
+    exit 1
+}
+read -ra cairo <<<"$(pkg-config --cflags cairo)"
+clang-tidy --quiet examples/paint/*.cpp -- -std=c++20 "${cairo[@]}" 2>/dev/null
+echo "Checked: nothing to complain of."

@@ -1,0 +1,18 @@
+#pragma once
+
+#include "graphics/codecs/codecs.h"
+#include "graphics/text.h"
+
+// The module's functions. What each does stands where the program declares the one that forwards
+// to it, which has the same name in the namespace above.
+
+namespace tkv::desktop {
+
+std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
+                                          const TextPlace& place, PixelSize canvas);
+std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
+std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor);
+std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor);
+bool moveToTrash(const std::string& path);
+
+}  // namespace tkv::desktop

@@ -1,0 +1,14 @@
+#include "desktop/functions.h"
+#include "graphics/desktop.h"
+#include "system/trash.h"
+
+// The module's only symbols that others see. Their names are those that the types of the tables
+// tell the program to look for.
+
+#define TKV_SEEN_OUTSIDE extern "C" __attribute__((visibility("default")))
+
+TKV_SEEN_OUTSIDE const tkv::DesktopGraphics tkvDesktopGraphics{
+    tkv::desktop::rasterizeText, tkv::desktop::decodeWithPixbuf, tkv::desktop::encodeTiff,
+    tkv::desktop::encodeBmp};
+
+TKV_SEEN_OUTSIDE const tkv::DesktopTrash tkvDesktopTrash{tkv::desktop::moveToTrash};

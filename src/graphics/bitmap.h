@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <memory>
+#include <optional>
+
+#include "graphics/geometry.h"
+#include "graphics/releaser.h"
+
+namespace tkv {
+
+/// The one picture in memory: premultiplied sRGB with alpha, one native-endian 32-bit word a pixel
+/// (0xAARRGGBB), rows from the top down, each `rowBytes` after the one before. Owns its pixels;
+/// moves, never copies.
+class Bitmap {
+  public:
+    /// A fully transparent bitmap, or none when a side is below 1 or there is no memory for it.
+    /// `rowBytes`: distance of two rows, a multiple of 4 and at least 4 * width; 0 means 4 * width.
+    static std::optional<Bitmap> create(PixelSize size, std::size_t rowBytes = 0);
+
+    PixelSize size() const { return size_; }
+    int width() const { return size_.width; }
+    int height() const { return size_.height; }
+    std::size_t rowBytes() const { return rowBytes_; }
+
+    /// Row `y` from the top, 0 <= y < height; `width` pixels.
+    std::uint32_t* row(int y);
+    const std::uint32_t* row(int y) const;
+
+    /// The size in drawing units that the pixels stand for; as many units as pixels at first. A
+    /// picture decoded at reduced size keeps the nominal size of the whole one.
+    Size nominalSize() const { return nominalSize_; }
+    void setNominalSize(Size size) { nominalSize_ = size; }
+
+  private:
+    using Memory = std::unique_ptr<std::uint8_t, Releaser<std::free>>;
+
+    Bitmap(PixelSize size, std::size_t rowBytes, Memory pixels);
+
+    PixelSize size_;
+    std::size_t rowBytes_;
+    Memory pixels_;
+    Size nominalSize_;
+};
+
+}  // namespace tkv

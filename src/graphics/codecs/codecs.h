@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "graphics/bitmap.h"
+#include "graphics/formats.h"
+
+// The picture formats, one source file each. A decoder takes a whole file in memory and gives an
+// upright sRGB bitmap, or none when the bytes are not a picture that it can show; `needed` and the
+// nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
+// its library fails; each file states the bitmap's resolution (72 dots per inch when as many
+// drawing units as pixels) where its format can hold one. `factor` is a compression factor in
+// (0, 1] or none, which only the JPEG encoder heeds. All may throw std::bad_alloc; those of the
+// desktop module also std::runtime_error, where that is not installed.
+
+namespace tkv {
+
+using ByteView = std::span<const std::uint8_t>;
+
+bool isJpeg(ByteView file);
+/// Decodes at the smallest of the eighths of the full size that `needed` allows.
+std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
+/// Written at quality round(100 * factor), with full colour resolution from 0.95 on; without a
+/// factor at quality 75. Alpha is dropped: what is transparent turns black.
+std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor = {});
+
+bool isJpeg2000(ByteView file);
+/// A boxed file or a bare codestream, at the smallest power-of-two reduction that `needed` allows.
+std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
+/// Lossless, boxed (JP2); with an alpha channel only when some pixel is not opaque.
+std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> factor = {});
+
+/// Any format that the system's GdkPixbuf loads; the first picture of an animation.
+std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
+/// With alpha.
+std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> factor = {});
+/// With alpha.
+std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor = {});
+/// 24 bits a pixel; what is transparent turns black.
+std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor = {});
+
+/// At most 256 colours; pixels below half opacity share one transparent index.
+std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> factor = {});
+
+/// The largest pictures that are decoded: pixels a side as stored, and pixels after reduction.
+inline constexpr int kLargestSide = 32768;
+inline constexpr std::int64_t kMostPixels = 512'000'000;
+
+/// The drawing library's coordinates end at 32,767, and its filters need room; what is larger is
+/// decoded reduced, or not at all where its format has no smaller size of it.
+inline constexpr int kLargestDrawnSide = 32000;
+
+/// Whether a picture of this size, decoded at `reduced`, is within those limits.
+constexpr bool canHold(PixelSize full, PixelSize reduced) {
+    return full.width >= 1 && full.height >= 1 && full.width <= kLargestSide &&
+           full.height <= kLargestSide &&
+           std::int64_t{reduced.width} * reduced.height <= kMostPixels;
+}
+
+}  // namespace tkv

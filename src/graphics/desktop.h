@@ -1,0 +1,18 @@
+#pragma once
+
+#include "graphics/codecs/codecs.h"
+#include "graphics/text.h"
+
+namespace tkv {
+
+/// What the desktop module has for pictures. The functions of the same names in this namespace
+/// forward to it; they throw std::runtime_error where the module is not installed.
+struct DesktopGraphics {
+    static constexpr const char* kSymbol = "tkvDesktopGraphics";
+    decltype(&tkv::rasterizeText) rasterizeText;
+    decltype(&tkv::decodeWithPixbuf) decodeWithPixbuf;
+    decltype(&tkv::encodeTiff) encodeTiff;
+    decltype(&tkv::encodeBmp) encodeBmp;
+};
+
+}  // namespace tkv

@@ -1,0 +1,91 @@
+#include "graphics/formats.h"
+
+#include <algorithm>
+#include <array>
+#include <new>
+
+#include "graphics/codecs/codecs.h"
+#include "system/files.h"
+#include "system/paths.h"
+
+namespace tkv {
+
+namespace {
+
+struct Format {
+    /// None in a format that is only read.
+    std::array<std::string_view, 2> extensions{};
+    /// Whether a file is of this format; null where GdkPixbuf, which tells its own formats apart,
+    /// reads it.
+    bool (*isIn)(ByteView file) = nullptr;
+    std::optional<Bitmap> (*decode)(ByteView file, const NeededSize& needed) = decodeWithPixbuf;
+    std::optional<Bytes> (*encode)(const Bitmap& bitmap, std::optional<float> factor) = nullptr;
+    bool keepsAlpha = false;
+    bool heedsQuality = false;
+};
+
+/// In the order in which a file is tried. Pictures in JPEG 2000 stand on black although the format
+/// could keep alpha: that is part of the interface.
+constexpr std::array kFormats{
+    Format{.extensions = {"jpg", "jpeg"},
+           .isIn = isJpeg,
+           .decode = decodeJpeg,
+           .encode = encodeJpeg,
+           .heedsQuality = true},
+    Format{.extensions = {"jp2", "jpx"},
+           .isIn = isJpeg2000,
+           .decode = decodeJpeg2000,
+           .encode = encodeJpeg2000},
+    Format{.extensions = {"png"}, .encode = encodePng, .keepsAlpha = true},
+    Format{.extensions = {"gif"}, .encode = encodeGif, .keepsAlpha = true},
+    Format{.extensions = {"tif", "tiff"}, .encode = encodeTiff, .keepsAlpha = true},
+    Format{.extensions = {"bmp"}, .encode = encodeBmp},
+    Format{.isIn = [](ByteView) { return true; }},
+};
+
+/// Null when no format has that extension.
+const Format* formatNamed(std::string_view extension) {
+    const std::string lowered = asciiLowered(extension);
+    if (lowered.empty()) return nullptr;
+    const auto* const row = std::ranges::find_if(kFormats, [&](const Format& format) {
+        return std::ranges::count(format.extensions, lowered) > 0;
+    });
+    return row == kFormats.end() ? nullptr : row;
+}
+
+}  // namespace
+
+PixelSize everyPixel(PixelSize full) {
+    return full;
+}
+
+std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& needed) {
+    try {
+        const std::optional<Bytes> file = readFile(path);
+        if (!file || file->empty()) return std::nullopt;
+        for (const Format& format : kFormats) {
+            if (format.isIn != nullptr && format.isIn(*file)) return format.decode(*file, needed);
+        }
+    } catch (const std::bad_alloc&) {
+        // A picture that memory cannot hold is one that cannot be shown.
+    }
+    return std::nullopt;
+}
+
+std::optional<Bytes> encodePicture(const Bitmap& bitmap, std::string_view extension, float factor) {
+    try {
+        const Format* const format = formatNamed(extension);
+        if (format == nullptr) return encodeJpeg(bitmap);
+        if (!format->heedsQuality) return format->encode(bitmap, std::nullopt);
+        return format->encode(bitmap, factor);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+bool keepsAlpha(std::string_view extension) {
+    const Format* const format = formatNamed(extension);
+    return format != nullptr && format->keepsAlpha;
+}
+
+}  // namespace tkv

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "graphics/bitmap.h"
+
+// Picture files: which formats there are, how each is recognised, read and written.
+
+namespace tkv {
+
+using Bytes = std::vector<std::uint8_t>;
+
+/// Asked once, when a picture's upright size in pixels is known: answers the smallest size in
+/// pixels that will do. A decoder may then answer any reduction of which no side is below it.
+using NeededSize = std::function<PixelSize(PixelSize full)>;
+
+/// Asks for every pixel of the picture.
+PixelSize everyPixel(PixelSize full);
+
+/// Decodes the picture in the regular file at `path` (tilde already expanded), whatever its name
+/// says: JPEG, JPEG 2000 and all that the system's GdkPixbuf loads; of several pictures the first.
+/// It stands upright (EXIF orientation applied) and in sRGB (an embedded profile converted); its
+/// nominal size is its full upright size in pixels, also where fewer pixels were decoded.
+/// None when the file cannot be read or decoded, or has a side above 32,768 pixels or more than
+/// 512 megapixels after reduction. A picture cut short shows what there is, where its format can.
+std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& needed = everyPixel);
+
+/// The whole of a file that holds the bitmap in the type that `extension` (without a dot, in
+/// whatever case) names: jpg, jpeg, tif, tiff, bmp, gif, png, jp2, jpx; any other is JPEG at the
+/// encoder's default compression.
+/// `factor`: compression factor in (0, 1], heeded by jpg and jpeg alone.
+/// None when the bitmap is too large for the type, the library fails or memory is short.
+std::optional<Bytes> encodePicture(const Bitmap& bitmap, std::string_view extension, float factor);
+
+/// Whether transparency is kept in files of that extension, in whatever case; in all others
+/// pictures stand on black.
+bool keepsAlpha(std::string_view extension);
+
+}  // namespace tkv

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "graphics/bitmap.h"
+
+namespace tkv {
+
+/// The EXIF orientation (1 to 8, TIFF 6.0 tag 274) in an APP1 segment's data, "Exif\0\0" included;
+/// 1 (upright) when there is none.
+int exifOrientation(std::span<const std::uint8_t> app1);
+
+/// Whether pictures of this orientation lie on their side, so that standing them up swaps width
+/// and height.
+constexpr bool swapsSides(int orientation) {
+    return orientation >= 5 && orientation <= 8;
+}
+
+/// The bitmap turned or mirrored so that it stands upright; as it is for orientation 1. None when
+/// there is no memory for the turned one.
+std::optional<Bitmap> upright(Bitmap bitmap, int orientation);
+
+}  // namespace tkv

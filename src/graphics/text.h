@@ -1,0 +1,36 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <variant>
+
+#include "graphics/drawing.h"
+#include "graphics/geometry.h"
+#include "graphics/shadow.h"
+
+namespace tkv {
+
+enum class Alignment { left = 0, right = 1, center = 2, justified = 3 };
+
+/// The look of a text; one sans-serif font serves all.
+struct TextAttributes {
+    float fontSize = 11;  ///< Pixels an em; a text of no positive size draws nothing.
+    Alignment alignment = Alignment::left;
+    Shadow shadow;
+    Color color = kWhite;
+    bool operator==(const TextAttributes&) const = default;
+    auto operator<=>(const TextAttributes&) const = default;
+};
+
+/// Where a text stands, in drawing units of the canvas. At a point: the bottom-left corner of its
+/// box, lines as long as they are. In a rectangle: the first line's top at the rectangle's top,
+/// lines aligned in its width and cut with an ellipsis at the end; lines after the first that do
+/// not fit into its height are left out.
+using TextPlace = std::variant<Point, Rect>;
+
+/// Lays a text out for a canvas, shapes it, and draws it with its shadow. `text`: any bytes; what
+/// is not UTF-8 shows as U+FFFD. None when nothing of it would show on the canvas.
+std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
+                                          const TextPlace& place, PixelSize canvas);
+
+}  // namespace tkv

@@ -1,0 +1,206 @@
+#include "system/files.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <filesystem>
+
+#include "system/descriptor.h"
+
+namespace tkv {
+
+namespace {
+
+constexpr std::int64_t kLargestFile = std::int64_t{1} << 31;
+
+// Without O_NONBLOCK the opening of a FIFO would wait for somebody to write to it.
+Descriptor openForReading(const std::string& path) {
+    return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+}
+
+// A file that is made if it is missing. A FIFO that nobody reads fails instead of waiting for a
+// reader; one that is read is written to at its reader's pace.
+Descriptor openForWriting(const std::string& path, int flags) {
+    Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC | flags, 0666));
+    if (file.number() >= 0) {
+        fcntl(file.number(), F_SETFL, fcntl(file.number(), F_GETFL) & ~O_NONBLOCK);
+    }
+    return file;
+}
+
+// How many bytes could be written where the file stands.
+std::size_t writeAll(const Descriptor& file, const void* bytes, std::size_t size) {
+    return transferAll(size, [&](std::size_t done) {
+        return write(file.number(), static_cast<const std::uint8_t*>(bytes) + done, size - done);
+    });
+}
+
+// Copies up to `size` bytes from where the one file stands to where the other does; answers as
+// read and write do.
+ssize_t copyRange(const Descriptor& from, const Descriptor& to, std::size_t size) {
+#ifdef __linux__
+    // The kernel copies within itself, or lets both files share the blocks, but not on every file
+    // system. Whatever its objection, reading and writing tell whether the copy is possible.
+    const ssize_t copied = copy_file_range(from.number(), nullptr, to.number(), nullptr, size, 0);
+    if (copied >= 0) return copied;
+#endif
+    std::array<std::uint8_t, 65536> buffer;
+    const ssize_t got = read(from.number(), buffer.data(), std::min(size, buffer.size()));
+    if (got <= 0) return got;
+    return static_cast<ssize_t>(writeAll(to, buffer.data(), static_cast<std::size_t>(got)));
+}
+
+// For what is there in part only, which would be taken for the whole: a regular file, be it behind
+// links.
+void removeFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    if (std::filesystem::is_regular_file(file, error)) std::filesystem::remove(file, error);
+}
+
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// The significant digits of the number at `position`, which moves behind it.
+std::string_view digitsAt(std::string_view text, std::size_t& position) {
+    while (position < text.size() && text[position] == '0')
+        ++position;
+    const std::size_t start = position;
+    while (position < text.size() && isDigit(text[position]))
+        ++position;
+    return text.substr(start, position - start);
+}
+
+// Names that differ in leading zeros alone ("7", "007") are told apart by their bytes.
+bool naturallyBefore(std::string_view a, std::string_view b) {
+    std::size_t i = 0;
+    std::size_t j = 0;
+    while (i < a.size() && j < b.size()) {
+        if (isDigit(a[i]) && isDigit(b[j])) {
+            const std::string_view first = digitsAt(a, i);
+            const std::string_view second = digitsAt(b, j);
+            if (first.size() != second.size()) return first.size() < second.size();
+            if (first != second) return first < second;
+        } else if (a[i] != b[j]) {
+            return static_cast<unsigned char>(a[i]) < static_cast<unsigned char>(b[j]);
+        } else {
+            ++i;
+            ++j;
+        }
+    }
+    if (i < a.size() || j < b.size()) return j < b.size();
+    return a < b;
+}
+
+}  // namespace
+
+std::optional<FileStamp> fileStamp(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+#ifdef __APPLE__
+    const timespec& modified = status.st_mtimespec;
+#else
+    const timespec& modified = status.st_mtim;
+#endif
+    return FileStamp{static_cast<std::uint64_t>(status.st_dev),
+                     static_cast<std::uint64_t>(status.st_ino), std::int64_t{status.st_size},
+                     std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec};
+}
+
+bool canBeRead(const std::string& path) {
+    return openForReading(path).number() >= 0;
+}
+
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path) {
+    const Descriptor file = openForReading(path);
+    struct stat status {};
+    if (file.number() < 0 || fstat(file.number(), &status) != 0) return std::nullopt;
+    if (!S_ISREG(status.st_mode) || status.st_size > kLargestFile) return std::nullopt;
+    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
+    const std::size_t got = transferAll(bytes.size(), [&](std::size_t done) {
+        return read(file.number(), bytes.data() + done, bytes.size() - done);
+    });
+    if (got < bytes.size()) return std::nullopt;
+    return bytes;
+}
+
+bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+    Descriptor file = openForWriting(path, O_TRUNC);
+    if (file.number() < 0) return false;
+    const std::size_t written = writeAll(file, bytes.data(), bytes.size());
+    // A full disk or quota may show only when the file is closed.
+    const bool isWhole = file.close() && written == bytes.size();
+    if (!isWhole) removeFile(path);
+    return isWhole;
+}
+
+bool createFile(const std::string& path) {
+    return Descriptor(open(path.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666)).number() >= 0;
+}
+
+bool appendToFile(const std::string& path, std::string_view bytes) {
+    Descriptor file(open(path.c_str(), O_RDWR | O_CLOEXEC));
+    if (file.number() < 0 || lseek(file.number(), 0, SEEK_END) < 0) return false;
+    const std::size_t written = writeAll(file, bytes.data(), bytes.size());
+    return file.close() && written == bytes.size();
+}
+
+void overwriteStart(const std::string& path, std::string_view bytes) {
+    const Descriptor file(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.number() >= 0) writeAll(file, bytes.data(), bytes.size());
+}
+
+bool copyFile(const std::string& from, const std::string& to) {
+    const Descriptor source = openForReading(from);
+    struct stat sourceStatus {};
+    if (source.number() < 0 || fstat(source.number(), &sourceStatus) != 0 ||
+        !S_ISREG(sourceStatus.st_mode)) {
+        return false;
+    }
+    // Truncating comes after the look at what was opened: the two names may be links to one file.
+    Descriptor target = openForWriting(to, 0);
+    struct stat targetStatus {};
+    if (target.number() < 0 || fstat(target.number(), &targetStatus) != 0 ||
+        (sourceStatus.st_dev == targetStatus.st_dev &&
+         sourceStatus.st_ino == targetStatus.st_ino) ||
+        ftruncate(target.number(), 0) != 0) {
+        return false;
+    }
+    const auto size = static_cast<std::size_t>(sourceStatus.st_size);
+    const std::size_t copied =
+        transferAll(size, [&](std::size_t done) { return copyRange(source, target, size - done); });
+    const bool isWhole = target.close() && copied == size;
+    if (!isWhole) removeFile(to);
+    return isWhole;
+}
+
+std::optional<std::vector<std::string>> folderNames(const std::string& path) {
+    namespace fs = std::filesystem;
+    std::vector<std::string> names;
+    std::error_code error;
+    for (fs::directory_iterator entry(path, error), end; !error && entry != end;
+         entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    if (error) return std::nullopt;
+    std::sort(names.begin(), names.end(), naturallyBefore);
+    return names;
+}
+
+std::optional<FileSystemFigures> fileSystemOf(const std::string& path, std::error_code& error) {
+    struct statvfs system {};
+    if (statvfs(path.c_str(), &system) != 0) {
+        error.assign(errno, std::generic_category());
+        return std::nullopt;
+    }
+    return FileSystemFigures{system.f_ffree, system.f_bavail * system.f_frsize, system.f_files,
+                             system.f_fsid, system.f_blocks * system.f_frsize};
+}
+
+}  // namespace tkv

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <system_error>
+#include <vector>
+
+// Files as the disk has them. Paths are taken as they stand: tilde already expanded, links
+// followed.
+
+namespace tkv {
+
+/// Tells one state of a file from another: it changes when the file is replaced or written anew,
+/// but for a rewrite of the same length within one tick of the file system's clock.
+struct FileStamp {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    std::int64_t bytes = 0;
+    std::int64_t modifiedNs = 0;
+    bool operator==(const FileStamp&) const = default;
+    auto operator<=>(const FileStamp&) const = default;
+};
+
+/// None when nothing is at `path`.
+std::optional<FileStamp> fileStamp(const std::string& path);
+
+/// Whether the path can be opened for reading, as a folder may be too; never waits.
+bool canBeRead(const std::string& path);
+
+/// The whole of a regular file; none when it cannot be read, is no regular file or is larger than
+/// 2 GiB.
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path);
+
+/// Creates or truncates the file and writes `bytes`. False when some could not be written; a
+/// regular file is then removed, so that no part is taken for the whole.
+bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
+
+/// Makes an empty file, unless one is there already that may be read and written. False when the
+/// path cannot be opened for both.
+bool createFile(const std::string& path);
+
+/// Writes `bytes` behind all that is in the file. False when the path cannot be opened for reading
+/// and writing, has no end to write at (a FIFO), or some bytes could not be written.
+bool appendToFile(const std::string& path, std::string_view bytes);
+
+/// Writes `bytes` over the first ones of the file, whose rest stays; nothing when the path cannot
+/// be opened for writing. Never waits.
+void overwriteStart(const std::string& path, std::string_view bytes);
+
+/// Makes `to` a copy of the regular file `from`, created or truncated first. False when both names
+/// lead to one file, which is then left as it is, and when the copy failed, as writeFile does.
+bool copyFile(const std::string& from, const std::string& to);
+
+/// The names in a folder, hidden ones included, "." and ".." not, in natural order: by bytes, but
+/// runs of digits compared as numbers, so that 9 stands before 10. None when it cannot be listed.
+std::optional<std::vector<std::string>> folderNames(const std::string& path);
+
+/// What is known of a file system: sizes in bytes, counts of its inodes, its number.
+struct FileSystemFigures {
+    std::uint64_t freeNodes = 0;
+    std::uint64_t freeBytes = 0;  ///< For users without privileges.
+    std::uint64_t nodes = 0;
+    std::uint64_t number = 0;
+    std::uint64_t bytes = 0;
+};
+
+/// Of the file system that holds the item at `path`; none, and the reason in `error`, when nothing
+/// is there or it cannot be reached.
+std::optional<FileSystemFigures> fileSystemOf(const std::string& path, std::error_code& error);
+
+}  // namespace tkv

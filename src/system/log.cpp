@@ -1,0 +1,43 @@
+#include "system/log.h"
+
+#include <fmt/chrono.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <cstdio>
+#include <string>
+
+#include "system/unicode.h"
+
+namespace tkv {
+
+namespace {
+
+constexpr const char* kProgram = "tkvDvdMenuImg";
+
+std::string logPrefix() {
+    using namespace std::chrono;
+    const auto now = system_clock::now();
+    const auto millis = duration_cast<milliseconds>(now.time_since_epoch()).count() % 1000;
+    std::tm local{};
+    const std::time_t seconds = system_clock::to_time_t(now);
+    localtime_r(&seconds, &local);
+    return fmt::format("{:%Y-%m-%d %H:%M:%S}.{:03} {}[{}:1] ", local, millis, kProgram, getpid());
+}
+
+}  // namespace
+
+void writeStandardError(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stderr);
+}
+
+void writeLog(std::string_view text) {
+    std::string entry = validUtf8(text);
+    syslog(LOG_USER | LOG_NOTICE, "%s", entry.c_str());
+    if (entry.empty() || entry.back() != '\n') entry += '\n';
+    // One write an entry, so that entries of several processes on one terminal do not mix.
+    writeStandardError(logPrefix() + entry);
+}
+
+}  // namespace tkv

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <fmt/format.h>
+
+#include <string_view>
+#include <utility>
+
+#include "system/verbose.h"
+
+namespace tkv {
+
+/// Writes `text` as it stands to the standard error stream.
+void writeStandardError(std::string_view text);
+
+/// Writes one entry to the platform log: to the standard error stream behind the prefix
+/// "2026-11-21 10:15:30.123 tkvDvdMenuImg[4711:1] " (local time, process, thread), and to syslog.
+/// A line feed is added unless the text ends with one; bytes that are not UTF-8 are replaced.
+void writeLog(std::string_view text);
+
+/// Formats and writes one log entry.
+template <typename... Args>
+void logLine(fmt::format_string<Args...> format, Args&&... args) {
+    writeLog(fmt::format(format, std::forward<Args>(args)...));
+}
+
+/// The same while the verbose flag is set; else nothing. What is dear to find out about belongs
+/// behind an isVerbose() of the caller's, since arguments are evaluated in any case.
+template <typename... Args>
+void verboseLine(fmt::format_string<Args...> format, Args&&... args) {
+    if (isVerbose() != 0) writeLog(fmt::format(format, std::forward<Args>(args)...));
+}
+
+}  // namespace tkv
