@@ -14,5 +14,6 @@ run-clang-tidy -quiet -p build/lint >$log 2>&1 || {
     exit 1
 }
 read -ra cairo <<<"$(pkg-config --cflags cairo)"
-clang-tidy --quiet examples/paint/*.cpp -- -std=c++20 "${cairo[@]}" 2>/dev/null
+printf '%s\n' examples/paint/*.cpp | xargs -P "$(nproc)" -I FILE \
+    clang-tidy --quiet FILE -- -std=c++20 "${cairo[@]}" 2>/dev/null
 echo "Checked: nothing to complain of."

@@ -4,6 +4,7 @@
 
 #include "graphics/codecs/codecs.h"
 #include "graphics/drawing.h"
+#include "graphics/releaser.h"
 #include "support.h"
 
 namespace tkv::test::decoding {
@@ -109,6 +110,8 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
     const std::tuple<const char*, Rgba, std::string> rows[] = {
         {"a.ppm", {255, 128, 0, 255}, "test -s"},
         {"b.jpg", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -colorspace CMYK -quality 95"},
+        // The same with its inks taken as they are, since no program of Adobe's is named.
+        {"b2.jpg", {0, 0, 0, 255}, "sh -c 'exiftool -q -Adobe:all= -o $0 b.jpg'"},
         {"c.jpg", {146, 146, 146, 255}, "convert-im6.q16 a.ppm -colorspace Gray"},
         {"d.xpm", {255, 128, 0, 255}, "convert-im6.q16 a.ppm"},
         {"e.jp2", {255, 128, 0, 128}, "convert-im6.q16 a.ppm " + translucent},
@@ -163,8 +166,31 @@ TEST(DecodeJpeg, RefusesAnAbsurdNumberOfScans) {
     }
 }
 
+TEST(DecodePicture, LimitsTheSide) {
+    const TempFolder folder;
+    for (const int side : {32768, 32769}) {
+        const Bitmap bitmap = quarters({side, 2});
+        for (const auto& file : {encodeJpeg(bitmap), encodeJpeg2000(bitmap), encodePng(bitmap)}) {
+            EXPECT_EQ(decodePicture(folder.write("wide", text(file)), atLeast({9, 1})).has_value(),
+                      side == 32768);
+        }
+    }
+}
+
 TEST(DecodePicture, ConvertsEmbeddedProfiles) {
     const TempFolder folder;
+    // Linear light: half of it is 188 in sRGB.
+    const std::unique_ptr<cmsToneCurve, Releaser<cmsFreeToneCurve>> linear(
+        cmsBuildGamma(nullptr, 1));
+    const cmsHPROFILE grey = cmsCreateGrayProfile(cmsD50_xyY(), linear.get());
+    cmsSaveProfileToFile(grey, folder.file("icc").c_str());
+    cmsCloseProfile(grey);
+    for (const std::string& path : {folder.file("a.jpg"), folder.file("a.png")}) {
+        run("convert-im6.q16 -size 8x8 'xc:gray(128)' -colorspace Gray " + path);
+        run("exiftool -q -overwrite_original '-ICC_Profile<=" + folder.file("icc") + "' " + path);
+        const Rgba shown = pixel(decodePicture(path).value(), 4, 4);
+        EXPECT_TRUE(near(shown, {188, 188, 188, 255}, 2)) << path;
+    }
     // A profile that is not called sRGB, and whose red is sRGB's blue and the other way round.
     const cmsHPROFILE srgb = cmsCreate_sRGBProfile();
     cmsSaveProfileToFile(srgb, folder.file("icc").c_str());

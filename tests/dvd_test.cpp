@@ -138,7 +138,8 @@ void expectButtonsOfTheMaps(const hli_t& highlights, const std::string& maps) {
 void expectOrangeHighlights(Player& player) {
     const auto& colors = player.highlights().btn_colit.btn_coli[0];
     for (const auto& [color, contrast] : {std::pair(colors[0], 4), {colors[1], 9}}) {
-        EXPECT_TRUE(std::ranges::any_of(std::array{0, 1, 2, 3}, [&](int value) {
+        EXPECT_TRUE(std::ranges::any_of(std::array{0, 1, 2, 3}, [&, color = color,
+                                                                 contrast = contrast](int value) {
             const Rgba shown = player.highlightColor(color, value);
             return shown.alpha == contrast && near(shown, {146, 193, 53, contrast}, 2);
         })) << contrast;
@@ -166,9 +167,9 @@ void expectButtonsToLead(Player& player, const Menu& menu, const Strings& names)
 
 TEST(Dvd, ExampleDiscHasTheButtonsOfTheMapsAndTheyLead) {
     const TempFolder folder;
-    const std::string out = folder.file("a disc, 100 % \"A&B\"");
+    const std::string out = folder.file("it's a disc, 100 % \"A&B\"");
     const ScopedVariable tool("TKV_TOOL", toolPath()), menuFrames("MENU_FRAMES", "25");
-    run(fmt::format("'{}/dvd/make-dvd.sh' '{}'", TKV_EXAMPLES, out));
+    run(fmt::format("{} {}", quoted(checkoutPath("examples/dvd/make-dvd.sh")), quoted(out)));
     EXPECT_EQ(namesIn(out), (Strings{"disc", "disc.iso", "maps"}));
     const std::vector<int> all{1, 2, 3, 4, 5, 6, 7, 8, 9};
     const Menu menus[] = {{"menu 3", "/maps/main", {1, 5, 6, 3}, "dvdBt_menuNext", "menu 7"},

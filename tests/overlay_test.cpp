@@ -1,6 +1,7 @@
 #include <regex>
 
 #include "composer/dvd_menu_picture.h"
+#include "composer/overlay.h"
 #include "support.h"
 #include "system/resources.h"
 
@@ -53,7 +54,16 @@ TEST_F(Overlay, WritesEveryLineToTheLetterAndADebugPicture) {
         EXPECT_EQ(pixel(debug, 439, row).alpha, alpha) << "label's bar of three rows";
 }
 
-TEST_F(Overlay, StandsBesideTheOutputWhereThatCanBeWritten) {
+TEST(Format, IsNamedFromVersion7On) {
+    for (const auto& [version, isPal, attribute] : {std::tuple{0.0F, true, ""},
+                                                    {0.06F, true, ""},
+                                                    {0.0699F, false, ""},
+                                                    {0.07F, true, "format=\"PAL\""},
+                                                    {0.0702F, false, "format=\"NTSC\""}})
+        EXPECT_EQ(formatAttribute(version, isPal), attribute) << version;
+}
+
+TEST_F(Overlay, WritesTheLinesOfOddPlacesToTheLetter) {
     expectTranscript(folder, "overlay_places.txt");
 }
 

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include "support.h"
+#include "utils/existence.h"
 #include "utils/file_operations.h"
 #include "utils/guarded_removal.h"
 
@@ -61,6 +62,19 @@ TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
     EXPECT_EQ(removalVerdict("/Volumes/Disk/ab/", "/Volumes/Disk/a", "ada"), refused);
 }
 
+TEST(RemovalVerdict, GuardsFoldersByTheirLocation) {
+    for (const auto& [isGuarded, locations] : std::vector<std::pair<bool, Strings>>{
+             {true, {"/", "/srv", "/home", "/home/bob", "/mnt/disk", "/media", "/media/stick"}},
+             {true, {"/media/ada/stick", "/run/media/ada", "/run/media/ada/stick", "/run"}},
+             {true, {"/data/homes", "/data/homes/ada", "/Volumes/Disk", "/Users/bob"}},
+             {false, {"/home/bob/x", "/mnt/disk/x", "/media/bob/stick", "/run/media/bob/stick"}},
+             {false, {"/data/homes/adam", "/data/homes/ada/x", "/srv/x", "/TKVauthoring"}}}) {
+        for (const std::string& location : locations)
+            EXPECT_EQ(isGuardedLocation(location, {"/data/homes/ada"}, "ada"), isGuarded)
+                << location;
+    }
+}
+
 TEST_F(Removal, LeavesRefusedPathsUntouched) {
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~")); }), "");
     EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("")); }), "") << "nothing is nowhere";
@@ -113,6 +127,12 @@ TEST_F(Removal, MovesWhatItCannotRemoveToTheTrashIfThereIsOne) {
 TEST_F(Removal, LeavesAnUnreadableFile) {
     const std::string item = write("Movies/secret");
     fs::permissions(item, fs::perms::none);
+    fs::create_symlink("Movies/secret", path("link"));
+    EXPECT_FALSE(fileExists(item));
+    EXPECT_TRUE(fileExists("~/link")) << "it leads to something";
+    EXPECT_TRUE(fileExists("~/Movies"));
+    EXPECT_FALSE(folderExists("~/Movies")) << "the tilde means no home folder here";
+    fs::remove(path("link"));
     EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
               "Cocoa:exists!!!     :-( " + item + "\n");
     EXPECT_EQ(namesIn(path("Movies")), Strings{"secret"});

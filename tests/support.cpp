@@ -3,6 +3,7 @@
 #include <fstream>
 #include <regex>
 
+#include "graphics/formats.h"
 #include "system/files.h"
 #include "system/verbose.h"
 
@@ -116,18 +117,70 @@ std::string run(const std::string& command) {
     return output;
 }
 
+std::string quoted(const std::string& text) {
+    return "'" + std::regex_replace(text, std::regex("'"), "'\\''") + "'";
+}
+
+std::string checkoutPath(const std::string& name) {
+    return TKV_CHECKOUT "/" + name;
+}
+
+static fs::path programFolder() {
+    return fs::canonical("/proc/self/exe").parent_path();
+}
+
 std::string toolPath() {
-    return fs::canonical("/proc/self/exe").parent_path() / "tkvDvdMenuImg";
+    return programFolder() / "tkvDvdMenuImg";
+}
+
+static bool isRenewing() {
+    return std::getenv("TKV_RENEW") != nullptr;
 }
 
 void expectTranscript(const TempFolder& folder, const std::string& name) {
-    const std::string transcript = TKV_TRANSCRIPTS "/" + name;
-    const std::string lines = withoutLogPrefixes(run(fmt::format(
-        "cd {} && PATH=\"{}:$PATH\" && sed -n 's/^\\$ //p' '{}' | while read -r command; do "
+    const std::string transcript = checkoutPath("tests/transcripts/" + name);
+    const std::string written = withoutLogPrefixes(run(fmt::format(
+        "cd {} && PATH={}:\"$PATH\" && sed -n 's/^\\$ //p' {} | while read -r command; do "
         "printf '$ %s\\n' \"$command\"; eval \"$command\" </dev/null; done",
-        folder.path(), fs::path(toolPath()).parent_path().string(), transcript)));
-    EXPECT_EQ(std::regex_replace(lines, std::regex(folder.path()), "/folder"),
-              readText(transcript));
+        folder.path(), quoted(programFolder()), quoted(transcript))));
+    const std::string actual = std::regex_replace(written, std::regex(folder.path()), "/folder");
+    if (isRenewing()) {
+        std::ofstream(transcript) << actual;
+    } else if (actual != readText(transcript)) {
+        const TempFolder kept;
+        ADD_FAILURE() << run(
+            fmt::format("diff -u {} {} || true", quoted(transcript), kept.write(name, actual)));
+    }
+}
+
+/// Its pixels tell how far those of the two are apart, tenfold.
+static Bitmap differenceOf(const Bitmap& a, const Bitmap& b) {
+    return painted(a.size(), [&](int x, int y) {
+        const int apart = std::min(255, 10 * difference(pixel(a, x, y), pixel(b, x, y)));
+        return Rgba{apart, apart, apart, 255};
+    });
+}
+
+void expectGolden(const Bitmap& actual, const std::string& name) {
+    const auto write = [](const fs::path& path, const Bitmap& bitmap) {
+        fs::create_directories(path.parent_path());
+        EXPECT_TRUE(writeFile(path, encodePicture(bitmap, "png", 1).value())) << path;
+    };
+    const std::string golden = checkoutPath("tests/golden/" + name);
+    if (isRenewing()) return write(golden, actual);
+    const std::optional<Bitmap> expected = decodePicture(golden);
+    ASSERT_TRUE(expected && expected->size() == actual.size()) << golden;
+    int strange = 0;
+    for (int y = 0; y < actual.height(); ++y) {
+        for (int x = 0; x < actual.width(); ++x)
+            strange += difference(pixel(actual, x, y), pixel(*expected, x, y)) > 8 ? 1 : 0;
+    }
+    if (strange <= actual.width() * actual.height() / 5000) return;
+    const fs::path folder = programFolder().parent_path() / "golden" / name;
+    write(folder / "expected.png", *expected);
+    write(folder / "actual.png", actual);
+    write(folder / "difference.png", differenceOf(actual, *expected));
+    ADD_FAILURE() << strange << " pixels differ; see " << folder;
 }
 
 }  // namespace tkv::test

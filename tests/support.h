@@ -78,12 +78,24 @@ Bitmap painted(PixelSize size, const Rgba& color);
 /// What a line for the shell, which must succeed, writes to its two output streams, in English.
 std::string run(const std::string& command);
 
+/// The text as one word for the shell.
+std::string quoted(const std::string& text);
+
+/// A file or folder of the checkout.
+std::string checkoutPath(const std::string& name);
+
 /// The program, built beside the tests.
 std::string toolPath();
 
 /// Runs the commands of a file of the folder "transcripts" (its lines that begin with a dollar sign
 /// and a blank) in `folder`, and expects that they write the rest of that file. Log prefixes are
-/// cut off, and the folder is called "/folder".
+/// cut off, and the folder is called "/folder". While $TKV_RENEW is set the file is written
+/// instead.
 void expectTranscript(const TempFolder& folder, const std::string& name);
+
+/// Expects the bitmap to look like the picture `name` of the folder "golden": no more than 0.02 %
+/// of the pixels may differ by more than 8 levels. If it does not, expected, actual and difference
+/// are left as pictures. While $TKV_RENEW is set the picture is written instead.
+void expectGolden(const Bitmap& actual, const std::string& name);
 
 }  // namespace tkv::test

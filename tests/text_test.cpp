@@ -117,6 +117,14 @@ TEST(Text, CastsASoftShadowBelow) {
     }
 }
 
+TEST(Module, HasNoVariableOfTheProgram) {
+    const fs::path lib = fs::path(toolPath()).parent_path().parent_path() / "lib";
+    // Writable data: what both had would be set in one and read in the other.
+    EXPECT_EQ(run("nm -C " + quoted(lib / "tkvDvdMenuImg/tkv_desktop.so") +
+                  " | grep ' [bBdD] .*tkv::' | grep -v tkv::desktop:: || true"),
+              "");
+}
+
 TEST(Text, StrangeTextsDrawWhatTheyCan) {
     for (const float size : {0.0F, -3.0F, std::nanf("")})
         EXPECT_FALSE(rasterizeText("text", plain(size), Point{10, 10}, kCanvas)) << size;

@@ -115,6 +115,8 @@ TEST_F(Tools, TellTheVersionOfSpumux) {
         if (withDvdauthor) folder.write("tools/dvdauthor", "");
         EXPECT_FLOAT_EQ(versionSpumux(isRequired, folder.path()), version) << spumux;
     }
+    EXPECT_EQ(linesOfText("a\vb\fc\r\nd\n\n \u0085e\u2028f\u2029g"),
+              (Strings{"a", "b", "c", "d", " ", "e", "f", "g"}));
     executable("tools/spumux", "#!/bin/sh\necho version 0.7.2");
     EXPECT_TRUE(verboseErrorsOf([&] { versionSpumux(true, folder.path()); })
                     .ends_with("versionSpumux       : version 0.7.2\nreturnedFloat 0.070200\n"

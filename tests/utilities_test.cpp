@@ -1,14 +1,20 @@
+#include <fmt/chrono.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
+#include <csignal>
+#include <ctime>
 #include <iterator>
 #include <sstream>
 
 #include "support.h"
 #include "system/description.h"
 #include "system/files.h"
+#include "system/log.h"
 #include "system/paths.h"
 #include "system/unicode.h"
 #include "utils/guarded_removal.h"
+#include "utils/numbers.h"
 #include "utils/text_file.h"
 
 namespace tkv::test::utilities {
@@ -51,9 +57,34 @@ TEST(Unicode, ChangesCaseInTheUsersLanguage) {
 }
 
 TEST(Unicode, WritesLongDatesInTheUsersLanguageAndZone) {
-    const ScopedVariable all("LC_ALL", ""), time("LC_TIME", "fr_FR.UTF-8"), zone("TZ", "ABC-1");
+    const ScopedVariable time("LC_TIME", "fr_FR.UTF-8"), lang("LANG", "es_ES"), zone("TZ", "ABC-1");
     tzset();
-    EXPECT_EQ(longDate(1795303800), "22 novembre 2026") << "23:30 UTC";
+    for (const auto& [all, date] :
+         {std::pair{"", "22 novembre 2026"}, {"de_DE", "22. November 2026"}}) {
+        const ScopedVariable override("LC_ALL", all);
+        EXPECT_EQ(longDate(1795303800), date) << "23:30 UTC";
+    }
+}
+
+TEST(Log, BeginsWithTheLocalTime) {
+    const ScopedVariable zone("TZ", "ABC-14");  // A day with another date for most of the world.
+    tzset();
+    const auto hour = [] {
+        return fmt::format("{:%Y-%m-%d %H:}", fmt::localtime(std::time(nullptr)));
+    };
+    const std::string before = hour();
+    testing::internal::CaptureStderr();
+    logLine("text");
+    const std::string line = testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(line.starts_with(before) || line.starts_with(hour())) << line;
+}
+
+TEST(Numbers, StayWithin32Bits) {
+    for (const auto& [text, value] : {std::pair{" \t+7x", 7},
+                                      {"4294967297", 2147483647},
+                                      {"-99999999999999999999", -2147483647 - 1},
+                                      {"x1", 0}})
+        EXPECT_EQ(intValue(text), value);
 }
 
 TEST(Files, ListsNamesInNaturalOrder) {
@@ -65,6 +96,25 @@ TEST(Files, ListsNamesInNaturalOrder) {
     for (const std::string& name : sorted)
         folder.write(name, "");
     EXPECT_EQ(folderNames(folder.path()), sorted);
+}
+
+TEST(Files, AreWrittenWholeOrNotAtAll) {
+    const TempFolder folder;
+    const std::string big = folder.write("big", std::string(100'000, 'x'));
+    rlimit limit{};
+    getrlimit(RLIMIT_FSIZE, &limit);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    for (const rlim_t most : {rlim_t{50'000}, limit.rlim_max}) {
+        const bool isEnough = most == limit.rlim_max;
+        const rlimit set{most, limit.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &set);
+        EXPECT_EQ(copyFile(big, folder.file("copy")), isEnough);
+        EXPECT_EQ(writeFile(folder.file("new"), *readFile(big)), isEnough);
+        for (const char* name : {"copy", "new"})
+            EXPECT_EQ(fs::exists(folder.file(name)), isEnough) << name;
+    }
+    std::signal(SIGXFSZ, handler);
+    setrlimit(RLIMIT_FSIZE, &limit);
 }
 
 TEST(Dirname, TakesBundlesAsOneItem) {
@@ -104,7 +154,8 @@ TEST(TextFile, LeavesAloneWhatCannotBeWritten) {
                                       {fifo, ""},
                                       {"/dev/full", ""},
                                       {file + "/a", "Impossible to create destination file !\n"}})
-        EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(ecritureFichier(path, "abc", true)); }), lines);
+        EXPECT_EQ(errorsOf([&, path = path] { EXPECT_FALSE(ecritureFichier(path, "abc", true)); }),
+                  lines);
     EXPECT_EQ(namesIn(folder.path()), (Strings{"fifo", "file"}));
     EXPECT_TRUE(fixBOM(file));
     EXPECT_EQ(readText(file), kMark + "def") << "the mark goes over what is there";

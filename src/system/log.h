@@ -23,8 +23,8 @@ void logLine(fmt::format_string<Args...> format, Args&&... args) {
     writeLog(fmt::format(format, std::forward<Args>(args)...));
 }
 
-/// The same while the verbose flag is set; else nothing. What is dear to find out about belongs
-/// behind an isVerbose() of the caller's, since arguments are evaluated in any case.
+/// The same while the verbose flag is set; otherwise nothing is formatted or written. Arguments are
+/// evaluated in any case: what takes time to find out stays behind an isVerbose() of the caller's.
 template <typename... Args>
 void verboseLine(fmt::format_string<Args...> format, Args&&... args) {
     if (isVerbose() != 0) writeLog(fmt::format(format, std::forward<Args>(args)...));
