@@ -7,6 +7,9 @@ target_compile_options(tkv_options INTERFACE
 # The page's arithmetic must give the same numbers on every processor: no fused multiply-add.
 target_compile_options(tkv_options INTERFACE -ffp-contract=off)
 
+# The same sources give the same program, in whatever folder they are built.
+target_compile_options(tkv_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)
+
 if(TKV_SANITIZE)
   target_compile_options(tkv_options INTERFACE
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)

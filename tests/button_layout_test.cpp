@@ -62,4 +62,13 @@ TEST(ButtonLayout, ButtonsOfEveryLayoutAndRaster) {
     }
 }
 
+TEST(ButtonLayout, TellsOfARowThatIsOddInDoublePrecision) {
+    const Raster ntsc{480, overlayYFactor(MenuMode::overlay, false)};
+    ButtonMap map;
+    const ButtonRects button = thumbnailButton(thumbnailLayout(true, 4), 0, ntsc);
+    EXPECT_EQ(button.wide.y0, 63);
+    EXPECT_TRUE(
+        errorsOf([&] { map.add("b", button); }).starts_with("nbMultipleArrondi    :-) 64\n"));
+}
+
 }  // namespace tkv::test::button_layout

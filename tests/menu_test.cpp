@@ -112,7 +112,8 @@ TEST_F(Menu, WritesEveryLineToTheLetter) {
         picture(name, {40, 30}, kReds[0]);
     picture("background.png", {400, 300}, {200, 100, 50, 255});
     picture("icon.png", {50, 50}, {0, 0, 250, 255});
-    for (const char* transcript : {"preview.txt", "frames.txt", "jacket.txt", "full_disk.txt"})
+    for (const char* transcript :
+         {"preview.txt", "frames.txt", "jacket.txt", "full_disk.txt", "faults.txt"})
         expectTranscript(folder, transcript);
     // The background at 60 %, the icon's 100 pixels from (505, 255) up.
     const std::string jacket = folder.file("jacket.png");

@@ -1,9 +1,11 @@
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "support.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
 #include "utils/guarded_removal.h"
+#include "utils/removal_guard.h"
 
 namespace tkv::test::removal {
 
@@ -47,12 +49,12 @@ struct Removal : testing::Test {
     }
 };
 
-TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
+TEST(RemovalVerdict, RefusesByTheText) {
     // Of "/home/é/" not the last two bytes count, but the last two characters.
     for (const auto& [verdict, paths] : std::vector<std::pair<RemovalVerdict, Strings>>{
              {refused, {"/", "/home", "/home/ada", "/home/ada/", "/home/é/", "/Users", "/Us"}},
              {refusedDirname, {"//", "/Applications", "/Users/other", "/Volumes/Data", "/*"}},
-             {refusedDirname, {"/Volumes/*", "/usr/.", "/usr/bin/../../usr"}},
+             {refusedDirname, {"/Volumes/*", "/usr/.", "/usr/bin/../../..", "x/..", "."}},
              {refusedWildcard, {"*foo", "/*/x", "/Volumes/Users/*"}},
              {allowed, {"/home/ada/Movies/old.jpg", "/Volumes/Data/x", "/tmp/a*b"}},
              {allowed, {"/TKVauthoring", "/TKVauthoring/menus", ""}}}) {
@@ -62,33 +64,68 @@ TEST(RemovalVerdict, GuardsHomesVolumesAndTheSystem) {
     EXPECT_EQ(removalVerdict("/Volumes/Disk/ab/", "/Volumes/Disk/a", "ada"), refused);
 }
 
-TEST(RemovalVerdict, GuardsFoldersByTheirLocation) {
-    for (const auto& [isGuarded, locations] : std::vector<std::pair<bool, Strings>>{
-             {true, {"/", "/srv", "/home", "/home/bob", "/mnt/disk", "/media", "/media/stick"}},
-             {true, {"/media/ada/stick", "/run/media/ada", "/run/media/ada/stick", "/run"}},
-             {true, {"/data/homes", "/data/homes/ada", "/Volumes/Disk", "/Users/bob"}},
-             {false, {"/home/bob/x", "/mnt/disk/x", "/media/bob/stick", "/run/media/bob/stick"}},
-             {false, {"/data/homes/adam", "/data/homes/ada/x", "/srv/x", "/TKVauthoring"}}}) {
+TEST(RemovalGuard, KeepsWhatLiesWhereHomesVolumesAndTheSystemAre) {
+    const GuardedPlaces places{{"/", "/Volumes", "/Users", "/private/Users"},
+                               {"/home", "/var/home", "/mnt", "/media", "/media/ada"},
+                               {"/srv/homes/ada", "/usr/sbin"},
+                               {{"/", "/data/disk", "/TKVauthoring/disk"}}};
+    using enum ItemKind;
+    for (const auto& [kind, isKept, locations] : std::vector<std::tuple<ItemKind, bool, Strings>>{
+             {folder, true, {"/tmp", "/home", "/home/bob", "/var/home/bob", "/var", "/mnt/disk"}},
+             {folder, true, {"/media/stick", "/media/ada/stick", "/srv/homes/ada", "/srv/homes"}},
+             {folder, true, {"/usr/sbin", "/data/disk", "/data", "/TKVauthoring"}},
+             {folder, false, {"/home/bob/x", "/mnt/disk/x", "/media/bob/stick", "/srv/homes/bob"}},
+             {folder, false, {"/srv/homes/ada/x", "/data/disk/x", "/data/diskette", "/var/x"}},
+             {folder, false, {"/TKVauthoring2", "/TKVauthoring/menus"}},
+             {file, true, {"/vmlinuz", "/Users/f", "/Volumes/f", "/private/Users/f"}},
+             {file, false, {"/home/f", "/mnt/f", "/tmp/f", "/TKVauthoring.log"}},
+             {nothing, false, {"/tmp/f", "/home/f"}},
+             {other, true, {"/tmp/fifo", "/TKVauthoring/fifo"}}}) {
         for (const std::string& location : locations)
-            EXPECT_EQ(isGuardedLocation(location, {"/data/homes/ada"}, "ada"), isGuarded)
-                << location;
+            EXPECT_EQ(isGuardedPlace(location, kind, places), isKept) << location;
     }
+    GuardedPlaces unknown = places;
+    unknown.mountPoints.reset();
+    EXPECT_TRUE(isGuardedPlace("/tmp/x", folder, unknown));
+    EXPECT_FALSE(isGuardedPlace("/tmp/x", file, unknown));
+    // On this system; nothing is removed here.
+    for (const char* location : {"/dev/null", "/usr", "/proc", "/root"})
+        EXPECT_TRUE(isGuarded(location, "/home/ada", "ada")) << location;
 }
 
 TEST_F(Removal, LeavesRefusedPathsUntouched) {
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~")); }), "");
     EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("")); }), "") << "nothing is nowhere";
-    EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("~/Movies/..")); }),
-              "alerte de sécurité dirname\n");
     EXPECT_EQ(errorsOf([] { EXPECT_FALSE(rmCocoa("*")); }), "alerte de sécurité joker\n");
+    const std::string item = write("Movies/sub/item");
+    const std::string fifo = path("Movies/fifo");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     fs::create_directory_symlink("/", path("Movies/root"));
-    fs::create_directory_symlink(path(""), path("Movies/home"));
-    for (const auto& [item, home, verdict] : {std::tuple{"root/usr", "", refusedDirname},
-                                              {"home/.", "", refusedDirname},
-                                              {"home", "x", allowed},
-                                              {"home/Movies/..", "home", refusedDirname}})
-        EXPECT_EQ(removalVerdict(path("Movies/") + item, path("Movies/") + home, "ada"), verdict)
-            << item;
+    fs::create_directory_symlink(path("Movies/sub"), path("Movies/link"));
+    fs::create_symlink("fifo", path("Movies/to fifo"));
+    for (const std::string name : {"sub/.", "sub/deep/..", "link/.", "fifo", "to fifo", "root/usr",
+                                   "root/etc/../none", "../Movies/../../tmp/.."}) {
+        EXPECT_EQ(errorsOf([&] { EXPECT_FALSE(rmCocoa("~/Movies/" + name)); }),
+                  "alerte de sécurité dirname\n")
+            << name;
+    }
+    EXPECT_TRUE(trashCocoa(path("Movies/sub/.")));
+    EXPECT_TRUE(fs::exists(item)) << "nor to the Trash";
+    EXPECT_TRUE(isGuarded(path("Movies/sub"), path("Movies/link"), "ada")) << "the home's link";
+    EXPECT_TRUE(rmCocoa(item + "/")) << "a file is no folder";
+    EXPECT_TRUE(fs::exists(item));
+}
+
+TEST_F(Removal, NeedsNoCurrentFolder) {
+    const fs::path before = fs::current_path();
+    for (const char* name : {"gone", "folder"})
+        fs::create_directory(path("Movies/") + name);
+    fs::current_path(path("Movies/gone"));
+    fs::remove(path("Movies/gone"));
+    EXPECT_TRUE(rmCocoa("~/Movies/folder"));
+    EXPECT_TRUE(rmCocoa("relative"));
+    fs::current_path(before);
+    EXPECT_EQ(namesIn(path("Movies")), Strings{});
 }
 
 TEST_F(Removal, RemovesFilesFoldersAndLinksButNotTheirTargets) {
@@ -109,10 +146,22 @@ TEST_F(Removal, MovesWhatItCannotRemoveToTheTrashIfThereIsOne) {
     write("Movies/item/locked/file");
     lock("Movies/item/locked");
     EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("~/Movies/item")); }), moved);
-    EXPECT_EQ(namesIn(path("Movies")), Strings{});
-    const std::string trashed = path("data/Trash/files/item/locked");
-    EXPECT_EQ(namesIn(trashed), Strings{"file"});
-    fs::permissions(trashed, fs::perms::owner_all);
+    // Behind a link ".." leads elsewhere than the text of the path says.
+    write("Movies/far/menus/locked/file");
+    lock("Movies/far/menus/locked");
+    fs::create_directory(path("Movies/far/deep"));
+    write("Movies/near/menus/kept");
+    fs::create_directory_symlink("../far/deep", path("Movies/near/link"));
+    EXPECT_EQ(errorsOf([] { EXPECT_TRUE(rmCocoa("~/Movies/near/link/../menus")); }), moved);
+    EXPECT_EQ(namesIn(path("Movies/near/menus")), Strings{"kept"});
+    fs::remove_all(path("Movies/near"));
+    fs::remove_all(path("Movies/far/deep"));
+    EXPECT_EQ(namesIn(path("Movies/far")), Strings{});
+    for (const char* name : {"item", "menus"}) {
+        const std::string trashed = path("data/Trash/files/") + name + "/locked";
+        EXPECT_EQ(namesIn(trashed), Strings{"file"});
+        fs::permissions(trashed, fs::perms::owner_all);
+    }
 
     fs::remove_all(path("data"));
     write("data");  // a file where the Trash's folder ought to be
@@ -133,6 +182,7 @@ TEST_F(Removal, LeavesAnUnreadableFile) {
     EXPECT_TRUE(fileExists("~/Movies"));
     EXPECT_FALSE(folderExists("~/Movies")) << "the tilde means no home folder here";
     fs::remove(path("link"));
+    EXPECT_TRUE(rmCocoa(item + "/"));
     EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa(item)); }),
               "Cocoa:exists!!!     :-( " + item + "\n");
     EXPECT_EQ(namesIn(path("Movies")), Strings{"secret"});

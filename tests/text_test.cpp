@@ -1,6 +1,7 @@
 #include "graphics/text.h"
 
 #include <cmath>
+#include <regex>
 
 #include "composer/page_texts.h"
 #include "support.h"
@@ -123,6 +124,12 @@ TEST(Module, HasNoVariableOfTheProgram) {
     EXPECT_EQ(run("nm -C " + quoted(lib / "tkvDvdMenuImg/tkv_desktop.so") +
                   " | grep ' [bBdD] .*tkv::' | grep -v tkv::desktop:: || true"),
               "");
+}
+
+TEST(Program, LooksForLibrariesBesideItselfAlone) {
+    EXPECT_TRUE(
+        std::regex_search(run("readelf -d " + quoted(toolPath())),
+                          std::regex(R"(R(UN)?PATH.*\[\$ORIGIN/\.\./lib/tkvDvdMenuImg\])")));
 }
 
 TEST(Text, StrangeTextsDrawWhatTheyCan) {

@@ -1,6 +1,8 @@
 #include <fmt/chrono.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
 
 #include <csignal>
 #include <ctime>
@@ -9,9 +11,12 @@
 
 #include "support.h"
 #include "system/description.h"
+#include "system/descriptor.h"
 #include "system/files.h"
 #include "system/log.h"
 #include "system/paths.h"
+#include "system/syslog_socket.h"
+#include "system/unfinished_file.h"
 #include "system/unicode.h"
 #include "utils/guarded_removal.h"
 #include "utils/numbers.h"
@@ -77,6 +82,32 @@ TEST(Log, BeginsWithTheLocalTime) {
     logLine("text");
     const std::string line = testing::internal::GetCapturedStderr();
     EXPECT_TRUE(line.starts_with(before) || line.starts_with(hour())) << line;
+}
+
+TEST(Log, DropsEntriesThatTheSystemDoesNotTake) {
+    const TempFolder folder;
+    sockaddr_un address{AF_UNIX, {}};
+    folder.file("log").copy(address.sun_path, sizeof(address.sun_path) - 1);
+    const Descriptor listener(socket(AF_UNIX, SOCK_DGRAM, 0));
+    ASSERT_EQ(bind(listener.number(), reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
+    const SyslogSocket syslog(folder.file("log"));
+    for (int i = 0; i < 10'000; ++i)
+        syslog.send("program", "entry");
+    std::array<char, 100> entry{};
+    ASSERT_GT(recv(listener.number(), entry.data(), entry.size(), 0), 0);
+    EXPECT_TRUE(std::string(entry.data()).ends_with(" program: entry")) << entry.data();
+    EXPECT_TRUE(std::string(entry.data()).starts_with("<13>"));
+}
+
+TEST(UnfinishedFile, IsRemovedByARunThatEnds) {
+    const TempFolder folder;
+    fs::create_symlink(folder.write("file", "half"), folder.file("link"));
+    { const UnfinishedFile finished(folder.file("file")); }
+    removeUnfinishedFile();
+    EXPECT_TRUE(fs::exists(folder.file("file")));
+    const UnfinishedFile unfinished(folder.file("link"));
+    removeUnfinishedFile();
+    EXPECT_EQ(namesIn(folder.path()), Strings{"link"}) << "the file behind the link";
 }
 
 TEST(Numbers, StayWithin32Bits) {

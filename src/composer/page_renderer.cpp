@@ -6,6 +6,7 @@
 #include <variant>
 
 #include "graphics/formats.h"
+#include "system/module.h"
 #include "system/unicode.h"
 
 namespace tkv {
@@ -106,6 +107,7 @@ std::optional<Bitmap> PageRenderer::render(const Page& page) {
             blend(*canvas, *placed, opacityOf(layer));
         }
     }
+    if (wasModuleMissed()) return std::nullopt;
     return canvas;
 }
 

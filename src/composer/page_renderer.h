@@ -30,7 +30,8 @@ class PageRenderer {
     explicit PageRenderer(std::size_t budget = kDefaultBudget, LayerMaker prepare = prepareLayer)
         : budgetLeft_(budget), prepare_(std::move(prepare)) {}
 
-    /// The page drawn on a new bitmap of its canvas' size; none when there is no memory for it.
+    /// The page drawn on a new bitmap of its canvas' size; none when there is no memory for it, or
+    /// parts of it cannot be drawn because the desktop module is missing.
     std::optional<Bitmap> render(const Page& page);
 
   private:

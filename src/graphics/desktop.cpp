@@ -1,24 +1,39 @@
 #include "graphics/desktop.h"
 
+#include <utility>
+
 #include "system/module.h"
 
 namespace tkv {
 
+namespace {
+
+/// What the module's function answers; none without the module.
+template <typename Function, typename... Args>
+auto fromModule(Function DesktopGraphics::*function, const Args&... args)
+    -> decltype((std::declval<DesktopGraphics>().*function)(args...)) {
+    const DesktopGraphics* const module = moduleTable<DesktopGraphics>();
+    if (module == nullptr) return std::nullopt;
+    return (module->*function)(args...);
+}
+
+}  // namespace
+
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas) {
-    return moduleTable<DesktopGraphics>().rasterizeText(text, attributes, place, canvas);
+    return fromModule(&DesktopGraphics::rasterizeText, text, attributes, place, canvas);
 }
 
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
-    return moduleTable<DesktopGraphics>().decodeWithPixbuf(file, needed);
+    return fromModule(&DesktopGraphics::decodeWithPixbuf, file, needed);
 }
 
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor) {
-    return moduleTable<DesktopGraphics>().encodeTiff(bitmap, factor);
+    return fromModule(&DesktopGraphics::encodeTiff, bitmap, factor);
 }
 
 std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor) {
-    return moduleTable<DesktopGraphics>().encodeBmp(bitmap, factor);
+    return fromModule(&DesktopGraphics::encodeBmp, bitmap, factor);
 }
 
 }  // namespace tkv

@@ -9,8 +9,11 @@
 #include <array>
 #include <cerrno>
 #include <filesystem>
+#include <utility>
 
 #include "system/descriptor.h"
+#include "system/paths.h"
+#include "system/unfinished_file.h"
 
 namespace tkv {
 
@@ -131,8 +134,11 @@ std::optional<std::vector<std::uint8_t>> readFile(const std::string& path) {
 }
 
 bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
+    std::optional<SignalsHeld> held(std::in_place);
     Descriptor file = openForWriting(path, O_TRUNC);
     if (file.number() < 0) return false;
+    const UnfinishedFile unfinished(path);
+    held.reset();
     const std::size_t written = writeAll(file, bytes.data(), bytes.size());
     // A full disk or quota may show only when the file is closed.
     const bool isWhole = file.close() && written == bytes.size();
@@ -164,6 +170,7 @@ bool copyFile(const std::string& from, const std::string& to) {
         return false;
     }
     // Truncating comes after the look at what was opened: the two names may be links to one file.
+    std::optional<SignalsHeld> held(std::in_place);
     Descriptor target = openForWriting(to, 0);
     struct stat targetStatus {};
     if (target.number() < 0 || fstat(target.number(), &targetStatus) != 0 ||
@@ -172,6 +179,8 @@ bool copyFile(const std::string& from, const std::string& to) {
         ftruncate(target.number(), 0) != 0) {
         return false;
     }
+    const UnfinishedFile unfinished(to);
+    held.reset();
     const auto size = static_cast<std::size_t>(sourceStatus.st_size);
     const std::size_t copied =
         transferAll(size, [&](std::size_t done) { return copyRange(source, target, size - done); });
@@ -191,6 +200,17 @@ std::optional<std::vector<std::string>> folderNames(const std::string& path) {
     if (error) return std::nullopt;
     std::sort(names.begin(), names.end(), naturallyBefore);
     return names;
+}
+
+std::optional<std::string> itemLocation(const std::string& path) {
+    const std::string name = lastComponent(path);
+    if (name.empty() || name == "/" || name == "." || name == "..") return std::nullopt;
+    const std::string folder = parentFolder(path);
+    std::error_code error;
+    const std::filesystem::path found =
+        std::filesystem::canonical(folder.empty() ? "." : folder, error);
+    if (error) return std::nullopt;
+    return joinPath(found.string(), name);
 }
 
 std::optional<FileSystemFigures> fileSystemOf(const std::string& path, std::error_code& error) {

@@ -58,6 +58,11 @@ bool copyFile(const std::string& from, const std::string& to);
 /// runs of digits compared as numbers, so that 9 stands before 10. None when it cannot be listed.
 std::optional<std::vector<std::string>> folderNames(const std::string& path);
 
+/// Where an item is: the absolute path of its folder, without links, "." and "..", and its own
+/// name, which may be that of a link. The item itself need not be there. None when the folder
+/// cannot be found, and for a path that ends in ".", ".." or the root, whatever folder that is.
+std::optional<std::string> itemLocation(const std::string& path);
+
 /// What is known of a file system: sizes in bytes, counts of its inodes, its number.
 struct FileSystemFigures {
     std::uint64_t freeNodes = 0;

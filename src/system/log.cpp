@@ -1,13 +1,13 @@
 #include "system/log.h"
 
 #include <fmt/chrono.h>
-#include <syslog.h>
 #include <unistd.h>
 
 #include <chrono>
 #include <cstdio>
 #include <string>
 
+#include "system/syslog_socket.h"
 #include "system/unicode.h"
 
 namespace tkv {
@@ -33,11 +33,12 @@ void writeStandardError(std::string_view text) {
 }
 
 void writeLog(std::string_view text) {
-    std::string entry = validUtf8(text);
-    syslog(LOG_USER | LOG_NOTICE, "%s", entry.c_str());
-    if (entry.empty() || entry.back() != '\n') entry += '\n';
+    const std::string entry = validUtf8(text);
+    const bool isEnded = entry.ends_with('\n');
     // One write an entry, so that entries of several processes on one terminal do not mix.
-    writeStandardError(logPrefix() + entry);
+    writeStandardError(logPrefix() + entry + (isEnded ? "" : "\n"));
+    static const SyslogSocket syslog;
+    syslog.send(kProgram, entry);
 }
 
 }  // namespace tkv

@@ -13,7 +13,8 @@ namespace tkv {
 void writeStandardError(std::string_view text);
 
 /// Writes one entry to the platform log: to the standard error stream behind the prefix
-/// "2026-11-21 10:15:30.123 tkvDvdMenuImg[4711:1] " (local time, process, thread), and to syslog.
+/// "2026-11-21 10:15:30.123 tkvDvdMenuImg[4711:1] " (local time, process, thread), and then to
+/// syslog, which is never waited for.
 /// A line feed is added unless the text ends with one; bytes that are not UTF-8 are replaced.
 void writeLog(std::string_view text);
 

@@ -29,6 +29,15 @@ std::string loginName() {
     return entry != nullptr ? entry->pw_name : "";
 }
 
+std::vector<std::string> accountHomes() {
+    std::vector<std::string> homes;
+    setpwent();
+    while (const passwd* entry = getpwent())
+        homes.emplace_back(entry->pw_dir);
+    endpwent();
+    return homes;
+}
+
 std::string expandTilde(std::string_view path) {
     if (!path.starts_with('~')) return std::string(path);
     const std::size_t nameEnd = std::min(path.find('/'), path.size());

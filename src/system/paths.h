@@ -2,6 +2,7 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Paths as plain strings of any bytes; nothing here looks at the disk.
 
@@ -12,6 +13,9 @@ std::string homeFolder();
 
 /// The user's login name.
 std::string loginName();
+
+/// The home folders of all accounts of the user database.
+std::vector<std::string> accountHomes();
 
 /// The path with a leading "~" or "~user" replaced by that home folder; a user nobody knows leaves
 /// it as it is.

@@ -96,6 +96,14 @@ std::optional<pid_t> start(const std::vector<std::string>& command,
     return child;
 }
 
+// Programs that were started and have not been seen to end.
+std::vector<pid_t> children;
+
+// Takes leave of those that have ended; waits for none.
+void reap() {
+    std::erase_if(children, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; });
+}
+
 std::string readToEnd(int descriptor) {
     std::string bytes;
     std::array<char, 65536> buffer;
@@ -110,6 +118,13 @@ std::string readToEnd(int descriptor) {
 }
 
 }  // namespace
+
+void openStandardStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        // The lowest free number is given out, and those below this one are taken.
+        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) != stream) return;
+    }
+}
 
 std::map<std::string, std::string> environmentVariables() {
     std::map<std::string, std::string> variables;
@@ -128,7 +143,6 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
     std::vector<Pipe> pipes = makePipes(commands.size());
     if (pipes.empty()) return {};
 
-    std::vector<pid_t> children;
     for (std::size_t i = 0; i < commands.size(); ++i) {
         const int input = i == 0 ? -1 : pipes[i - 1].readEnd.number();
         const ErrorStream errors =
@@ -141,10 +155,7 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
     }
 
     std::string output = readToEnd(pipes.back().readEnd.number());
-    for (const pid_t child : children) {
-        while (waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
-        }
-    }
+    reap();
     return output;
 }
 

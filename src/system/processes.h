@@ -6,6 +6,10 @@
 
 namespace tkv {
 
+/// Leads those of the standard streams that are closed to /dev/null, so that no file that is opened
+/// later is taken for one of them. To be called first.
+void openStandardStreams();
+
 /// This process's environment variables, by name.
 std::map<std::string, std::string> environmentVariables();
 
@@ -18,7 +22,8 @@ std::map<std::string, std::string> environmentVariables();
 ///
 /// A program that cannot be started leaves a gap: the one before writes to nobody, the one behind
 /// reads nothing. Returns when nobody can write to the output any more, not even a process that a
-/// program has left behind, and all the programs have exited. How they exited does not matter.
+/// program has left behind. Programs that run on are not waited for; the next call takes leave of
+/// those that have ended by then. How they exited does not matter.
 std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
                         const std::vector<std::string>& environment);
 

@@ -5,7 +5,8 @@
 namespace tkv {
 
 bool moveToTrash(const std::string& path) {
-    return moduleTable<DesktopTrash>().moveToTrash(path);
+    const DesktopTrash* const module = moduleTable<DesktopTrash>();
+    return module != nullptr && module->moveToTrash(path);
 }
 
 }  // namespace tkv

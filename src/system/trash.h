@@ -4,8 +4,9 @@
 
 namespace tkv {
 
-/// Moves one file or folder to the desktop's Trash; false when that was not possible. Throws
-/// std::runtime_error where the desktop module is not installed.
+/// Moves one file or folder to the desktop's Trash; false when that was not possible, as where the
+/// desktop module is not installed. `path`: without "..", which the desktop's libraries resolve by
+/// the text alone.
 bool moveToTrash(const std::string& path);
 
 /// What the desktop module has for this.

@@ -71,7 +71,7 @@ std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>
 }
 
 bool trashCocoa(const std::string& path) {
-    moveToTrash(expandTilde(path));
+    if (const auto location = itemLocation(expandTilde(path))) moveToTrash(*location);
     return true;
 }
 

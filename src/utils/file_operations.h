@@ -19,8 +19,8 @@ bool mkdirCocoa(const std::optional<std::string>& path);
 /// is no item or the folder cannot be listed.
 std::optional<std::vector<std::string>> lsCocoa(const std::optional<std::string>& folder);
 
-/// Moves one item to the Trash. Always true: ask `fileExists` whether it went. Throws
-/// std::runtime_error where the desktop module is not installed.
+/// Moves one item to the Trash; nothing at a path that ends in "." or "..". Always true: ask
+/// `fileExists` whether it went.
 bool trashCocoa(const std::string& path);
 
 }  // namespace tkv

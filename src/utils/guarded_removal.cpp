@@ -13,6 +13,7 @@
 #include "system/verbose.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
+#include "utils/removal_guard.h"
 
 namespace tkv {
 
@@ -33,41 +34,23 @@ bool isPieceOf(std::string_view piece, std::string_view text) {
     return !piece.empty() && text.find(piece) != std::string_view::npos;
 }
 
-bool isAtOrAbove(const std::string& folder, const std::string& path) {
-    return path == folder || path.starts_with(folder + "/");
-}
-
-// The absolute path of the item itself, without "." and ".." and with no link on the way to it.
-std::string locationOf(const std::string& path) {
-    const fs::path parent = fs::weakly_canonical(fs::current_path() / parentFolder(path));
-    const fs::path location = (parent / lastComponent(path)).lexically_normal();
-    return joinPath(location.string(), "");
-}
-
-// The spelling of a path may hide where it leads ("/tmp/../home", a link to "/").
-bool isGuardedFolder(const std::string& path, const std::string& home, const std::string& login) {
-    if (!folderExists(path)) return false;
-    try {
-        return isGuardedLocation(locationOf(path),
-                                 {locationOf(home), fs::weakly_canonical(home).string()}, login);
-    } catch (const fs::filesystem_error&) {
-        return true;  // nobody knows where the path leads
-    }
-}
-
-std::error_code removeItem(const std::string& path) {
-    // With a slash behind it, a link would stand for the folder that it points to.
-    const std::string item = joinPath(parentFolder(path), lastComponent(path));
+// The item at a path, which lies at `location`. A slash behind it says that it is meant to be a
+// folder: anything else stays.
+std::error_code removeItem(const std::string& path, const std::optional<std::string>& location) {
     std::error_code error;
-    if (fs::remove_all(item, error) == 0 && !error) {
+    if (!location) return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (path.ends_with('/') && !folderExists(location)) {
+        return std::make_error_code(std::errc::not_a_directory);
+    }
+    if (fs::remove_all(*location, error) == 0 && !error) {
         error = std::make_error_code(std::errc::no_such_file_or_directory);
     }
     return error;
 }
 
-bool removeOrTrash(const std::string& path) {
+bool removeOrTrash(const std::string& path, const std::optional<std::string>& location) {
     verboseLine("File current        : exists: {}", path);
-    if (!removeItem(path)) return true;
+    if (!removeItem(path, location)) return true;
     logLine("File current        :-( not deleted 1");
     trashCocoa(path);
     logLine("File current        :-/ …to trash");
@@ -86,7 +69,7 @@ std::string describeFileSystem(const FileSystemFigures& system) {
 
 // Whether something is at a path that could not be opened; if not, removes what may be left there,
 // such as a link to nothing.
-bool isPresentOrRemoved(const std::string& path) {
+bool isPresentOrRemoved(const std::string& path, const std::optional<std::string>& location) {
     std::error_code error;
     const std::optional<FileSystemFigures> system = fileSystemOf(path, error);
     verboseLine("rmCocoa d           : {}",
@@ -96,7 +79,7 @@ bool isPresentOrRemoved(const std::string& path) {
         return true;
     }
     verboseLine("Cocoa:does not exist:-/ ERR: {} ({})", error.message(), path);
-    const std::error_code left = removeItem(path);
+    const std::error_code left = removeItem(path, location);
     verboseLine("Cocoa:does not exist;-) ERR: {} ({})", left ? left.message() : "nil", path);
     return false;
 }
@@ -131,18 +114,6 @@ std::string shortDescription(const std::string& text) {
     return std::string(firstCharacters(text, kLongest)) + " […]";
 }
 
-bool isGuardedLocation(const std::string& location, const std::vector<std::string>& homes,
-                       const std::string& login) {
-    if (location.starts_with(kHostFolder)) return false;
-    for (const std::string& holder :
-         {std::string("/"), std::string("/Volumes"), std::string("/Users"), std::string("/home"),
-          std::string("/mnt"), std::string("/media"), "/media/" + login, "/run/media/" + login}) {
-        if (parentFolder(location) == holder || isAtOrAbove(location, holder)) return true;
-    }
-    return std::any_of(homes.begin(), homes.end(),
-                       [&](const std::string& home) { return isAtOrAbove(location, home); });
-}
-
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login) {
     if (path == "/") return RemovalVerdict::refused;
@@ -164,15 +135,24 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
             return RemovalVerdict::refusedWildcard;
         }
     }
-    return isGuardedFolder(path, home, login) ? RemovalVerdict::refusedDirname
-                                              : RemovalVerdict::allowed;
+    const std::string name = lastComponent(path);
+    if (name == "." || name == "..") return RemovalVerdict::refusedDirname;
+    return RemovalVerdict::allowed;
 }
 
 bool rmCocoa(const std::optional<std::string>& path) {
     if (!path) return false;
     verboseLine("rmCocoa             - begin - {}", *path);
     const std::string target = expandTilde(*path);
-    switch (removalVerdict(target, parentFolder(expandTilde("~/Movies")), loginName())) {
+    const std::string home = parentFolder(expandTilde("~/Movies"));
+    const std::string login = loginName();
+    // Found once, so that what is guarded is what is removed.
+    const std::optional<std::string> location = itemLocation(target);
+    RemovalVerdict verdict = removalVerdict(target, home, login);
+    if (verdict == RemovalVerdict::allowed && location && isGuarded(*location, home, login)) {
+        verdict = RemovalVerdict::refusedDirname;
+    }
+    switch (verdict) {
         case RemovalVerdict::allowed:
             break;
         case RemovalVerdict::refused:
@@ -185,8 +165,8 @@ bool rmCocoa(const std::optional<std::string>& path) {
             return false;
     }
     if (fileExists(target)) {
-        if (!removeOrTrash(target)) return false;
-    } else if (!isPresentOrRemoved(target)) {
+        if (!removeOrTrash(target, location)) return false;
+    } else if (!isPresentOrRemoved(target, location)) {
         return true;
     }
     verboseLine("rmCocoa             - pre-fin");

@@ -25,23 +25,18 @@ enum class RemovalVerdict {
     refusedWildcard,  ///< begins with a wildcard that some shell has left unexpanded
 };
 
-/// Whether a folder at `location` must not be removed: one that lies directly in a folder that
-/// holds the system, homes or volumes, on this system or another, or that is or holds such a folder
-/// or one of `homes`. Locations are absolute, without "." and "..", with no link on the way. Looks
-/// at the text alone.
-bool isGuardedLocation(const std::string& location, const std::vector<std::string>& homes,
-                       const std::string& login);
-
-/// Whether `path` (tilde expanded) may be removed. `home`: the user's home folder; `login`: the
-/// user's login name. Looks at the disk at most, changes nothing; writes no line of its own.
+/// Whether `path` (tilde expanded) may be removed, as far as its text tells. `home`: the user's
+/// home folder; `login`: the user's login name. Writes the lines of fichier_dirname.
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login);
 
 /// Removes a file, a link (never what it points to) or a folder with all it holds, at a path whose
 /// leading tilde is expanded. What cannot be removed is moved to the Trash.
-/// True when nothing is there afterwards, and also for a file that may not be opened, which is
-/// left alone; false for a refused path and for what stayed in spite of both ways. Nothing
-/// on the disk makes it throw; an installation without the desktop module has no Trash, and does.
+/// Refused is what removalVerdict refuses, and what isGuarded guards at the place where the item
+/// really is, as a refusedDirname.
+/// True when nothing is there afterwards, and also for a file that may not be opened, or that is no
+/// folder though the path ends in a slash: both are left alone. False for a refused path and for
+/// what stayed in spite of both ways. Nothing on the disk makes it throw.
 bool rmCocoa(const std::optional<std::string>& path);
 
 }  // namespace tkv

@@ -3,6 +3,7 @@
 #include "system/files.h"
 #include "system/log.h"
 #include "system/paths.h"
+#include "system/unfinished_file.h"
 #include "system/unicode.h"
 #include "system/verbose.h"
 #include "utils/existence.h"
@@ -13,13 +14,16 @@ bool ecritureFichier(const std::optional<std::string>& path, const std::optional
                      bool withBOM) {
     if (!path || path->empty() || !text || text->empty()) return false;
     const std::string target = expandTilde(*path);
+    std::optional<UnfinishedFile> unfinished;
     if (!fileExists(target)) {
         verboseLine("a creer…");
+        const SignalsHeld held;
         // A file that may not be read is not there for `fileExists`, but cannot be opened here.
         if (!createFile(target)) {
             writeStandardError("Impossible to create destination file !\n");
             return false;
         }
+        unfinished.emplace(target);
         if (withBOM) fixBOM(target);
     }
     if (!appendToFile(target, validUtf8(*text))) return false;

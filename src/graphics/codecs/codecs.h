@@ -12,8 +12,7 @@
 // nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
 // its library fails; each file states the bitmap's resolution (72 dots per inch when as many
 // drawing units as pixels) where its format can hold one. `factor` is a compression factor in
-// (0, 1] or none, which only the JPEG encoder heeds. All may throw std::bad_alloc; those of the
-// desktop module also std::runtime_error, where that is not installed.
+// (0, 1] or none, which only the JPEG encoder heeds. All may throw std::bad_alloc.
 
 namespace tkv {
 
