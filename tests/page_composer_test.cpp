@@ -4,6 +4,7 @@
 #include "composer/page_texts.h"
 #include "support.h"
 #include "system/paths.h"
+#include "system/unicode.h"
 
 namespace tkv::test::composing {
 
@@ -108,7 +109,9 @@ TEST_F(Composing, TextsOfAPage) {
     ASSERT_EQ(texts.size(), 3U);
     EXPECT_EQ(texts[0],
               (TextLayer{"chapitres", upper, {22, right, shadow, faint}, Rect{0, 320, 500, 30}}));
-    EXPECT_EQ(texts[1].place, (TextPlace{Point{320, 200}}));
+    EXPECT_EQ(
+        texts[1],
+        (TextLayer{upperCasedLongDate(0), asItIs, {14, left, shadow, faint}, Point{320, 200}}));
     EXPECT_EQ(texts[2],
               (TextLayer{"Lire tout", asItIs, {14, left, shadow, faint}, Point{320, 170}}));
     request.icon = folder.file("no icon.png");

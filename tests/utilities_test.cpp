@@ -48,26 +48,41 @@ TEST(Tilde, StandsForAHomeFolder) {
         EXPECT_EQ(expandTilde(path), expanded);
 }
 
-TEST(Unicode, ChangesCaseInTheUsersLanguage) {
+TEST(Unicode, ChangesCaseInNoLanguagesOwnWay) {
     for (const auto& [locale, text, upper, capital] :
          {std::tuple{"fr_FR.UTF-8", "l'été", "L'ÉTÉ", "L'été"},
           {"de_DE", "straße", "STRASSE", "Straße"},
           {"C.UTF-8", "the big DAY", "THE BIG DAY", "The Big Day"},
-          {"POSIX", "1st\xFF iı", "1ST\uFFFD II", "1st\uFFFD Iı"},
-          {"tr_TR.UTF-8@x", "iı", "İI", "İı"}}) {
-        const ScopedVariable all("LC_ALL", locale);
+          {"tr_TR.UTF-8", "1st\xFF iı", "1ST\uFFFD II", "1st\uFFFD Iı"},
+          {"ka_GE", "თბილისი ᲗᲑᲘᲚᲘᲡᲘ", "თბილისი თბილისი",
+           "თბილისი თბილისი"}}) {
+        const ScopedVariable all("LC_ALL", locale), type("LC_CTYPE", locale);
         EXPECT_EQ(upperCased(text), upper) << locale;
         EXPECT_EQ(capitalized(text), capital) << locale;
     }
 }
 
 TEST(Unicode, WritesLongDatesInTheUsersLanguageAndZone) {
-    const ScopedVariable time("LC_TIME", "fr_FR.UTF-8"), lang("LANG", "es_ES"), zone("TZ", "ABC-1");
+    const ScopedVariable zone("TZ", "ABC-1");
     tzset();
-    for (const auto& [all, date] :
-         {std::pair{"", "22 novembre 2026"}, {"de_DE", "22. November 2026"}}) {
-        const ScopedVariable override("LC_ALL", all);
-        EXPECT_EQ(longDate(1795303800), date) << "23:30 UTC";
+    const std::string endless(300, 'x'), english = "APRIL 23, 2026";
+    for (const auto& [all, time, lang, date] :
+         {std::tuple{"", "fr_FR.UTF-8", "es_ES", std::string("23 AVRIL 2026")},
+          {"", "", "es_ES", "23 DE ABRIL DE 2026"},
+          {"de_DE", "fr_FR", "es_ES", "23. APRIL 2026"},
+          {"tr_TR", "", "", "23 NİSAN 2026"},
+          {"ka_GE", "", "", "23 აპრილი, 2026"},
+          {"el_GR", "", "", "23 ΑΠΡΙΛΙΟΥ 2026"},
+          {"sr_RS.UTF-8", "", "", "23. АПРИЛ 2026."},
+          {"sr_RS.UTF-8@latin", "", "", "23. APRIL 2026."},
+          {"fr_FR@euro", "", "", "23 AVRIL 2026"},
+          {"", "POSIX", "fr_FR", english},
+          {"", "xx_YY", "fr_FR", english},
+          {"", "", "", english},
+          {"@latin", "", "", english},
+          {endless.c_str(), "", "fr_FR", english}}) {
+        const ScopedVariable first("LC_ALL", all), second("LC_TIME", time), third("LANG", lang);
+        EXPECT_EQ(upperCasedLongDate(1776900600), date) << all << time << " at 23:30 UTC";
     }
 }
 

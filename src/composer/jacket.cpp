@@ -28,7 +28,7 @@ Page composeJacket(const MenuRequest& request, const Background& background, std
                                            captionTextAttributes(kJacketColor, 'r', 22.0F),
                                            Rect{0, 320, 500, 30}});
     }
-    page.layers.emplace_back(jacketLine(longDate(today), LetterCase::upper, {320, 200}));
+    page.layers.emplace_back(jacketLine(upperCasedLongDate(today), LetterCase::asItIs, {320, 200}));
     if (request.icon && fileExists(*request.icon)) {
         page.layers.emplace_back(wholePicture(*request.icon, {505, 255, 100, 100}, 1.0F));
     }

@@ -1,8 +1,11 @@
 #include "system/unicode.h"
 
 #include <unicode/datefmt.h>
+#include <unicode/localebuilder.h>
 #include <unicode/locid.h>
+#include <unicode/uchar.h>
 #include <unicode/unistr.h>
+#include <unicode/uscript.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -12,19 +15,32 @@ namespace tkv {
 
 namespace {
 
-// The user's locale for what `category` governs, by the C library's order of variables. Codeset and
-// modifier ("tr_TR.UTF-8@x") say nothing to ICU. The C locale has no language: it speaks English.
-icu::Locale userLocale(const char* category) {
+// The user's locale for dates, by the C library's order of variables. Of what follows the name
+// ("sr_RS.UTF-8@latin") only a script says something to ICU. The C locale has no language: it
+// speaks English.
+icu::Locale dateLocale() {
     std::string name;
-    for (const char* variable : {"LC_ALL", category, "LANG"}) {
+    for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
         const char* value = std::getenv(variable);
         if (value == nullptr || *value == '\0') continue;
         name = value;
         break;
     }
+    const std::size_t at = name.find('@');
+    const std::string modifier = at == std::string::npos ? "" : name.substr(at + 1);
     name.erase(std::min(name.find_first_of(".@"), name.size()));
-    if (name.empty() || name == "C" || name == "POSIX") name = "en_US";
-    return {name.c_str()};
+    if (name == "C" || name == "POSIX") return icu::Locale::getUS();
+    icu::Locale locale(name.c_str());
+    const int script = u_getPropertyValueEnum(UCHAR_SCRIPT, modifier.c_str());
+    if (script != UCHAR_INVALID_CODE) {
+        UErrorCode status = U_ZERO_ERROR;
+        locale = icu::LocaleBuilder()
+                     .setLocale(locale)
+                     .setScript(uscript_getShortName(static_cast<UScriptCode>(script)))
+                     .build(status);
+    }
+    const bool hasLanguage = !locale.isBogus() && *locale.getLanguage() != '\0';
+    return hasLanguage ? locale : icu::Locale::getUS();
 }
 
 // What is not UTF-8 becomes U+FFFD, and so does a zero byte, which would end the text in the C
@@ -37,6 +53,19 @@ std::string encoded(const icu::UnicodeString& text) {
     std::string bytes;
     text.toUTF8String(bytes);
     return bytes;
+}
+
+// Georgian's capitals are for headlines and in few fonts: its everyday letters stand for them.
+icu::UnicodeString withEverydayGeorgian(icu::UnicodeString text) {
+    for (int32_t i = 0; i < text.length(); ++i) {
+        if (ublock_getCode(text[i]) != UBLOCK_GEORGIAN_EXTENDED) continue;
+        text.setCharAt(i, static_cast<char16_t>(u_tolower(text[i])));
+    }
+    return text;
+}
+
+std::string upperCased(const icu::UnicodeString& text, const icu::Locale& locale) {
+    return encoded(withEverydayGeorgian(icu::UnicodeString(text).toUpper(locale)));
 }
 
 // Whether a byte of valid UTF-8 begins a character.
@@ -68,23 +97,28 @@ std::string_view firstCharacters(std::string_view text, std::size_t count) {
 }
 
 std::string upperCased(std::string_view text) {
-    return encoded(decoded(text).toUpper(userLocale("LC_CTYPE")));
+    return upperCased(decoded(text), icu::Locale::getRoot());
 }
 
 std::string capitalized(std::string_view text) {
-    return encoded(decoded(text).toTitle(nullptr, userLocale("LC_CTYPE")));
+    return encoded(withEverydayGeorgian(decoded(text).toTitle(nullptr, icu::Locale::getRoot())));
 }
 
-std::string longDate(std::time_t time) {
+std::string upperCasedLongDate(std::time_t time) {
+    const icu::Locale locale = dateLocale();
+    // For a locale that it does not know ICU takes the process's default, which would come from the
+    // same environment.
+    UErrorCode status = U_ZERO_ERROR;
+    icu::Locale::setDefault(icu::Locale::getUS(), status);
     const std::unique_ptr<icu::DateFormat> format(
-        icu::DateFormat::createDateInstance(icu::DateFormat::kLong, userLocale("LC_TIME")));
+        icu::DateFormat::createDateInstance(icu::DateFormat::kLong, locale));
     if (!format) return {};
     // The C library knows every form of $TZ, ICU only zone names: ICU gets the local time as GMT.
     std::tm local{};
     localtime_r(&time, &local);
     format->setTimeZone(*icu::TimeZone::getGMT());
     icu::UnicodeString date;
-    return encoded(format->format(static_cast<UDate>(timegm(&local)) * 1000.0, date));
+    return upperCased(format->format(static_cast<UDate>(timegm(&local)) * 1000.0, date), locale);
 }
 
 }  // namespace tkv

@@ -20,16 +20,17 @@ std::size_t characterCount(std::string_view text);
 /// The first `count` characters of a valid UTF-8 text.
 std::string_view firstCharacters(std::string_view text, std::size_t count);
 
-/// Upper case by Unicode's full rules in the user's language: "straße" gives "STRASSE".
+/// Upper case by Unicode's full rules in no language's own way: "straße" gives "STRASSE", and "i"
+/// gives "I" for a Turkish user too. Georgian keeps its everyday letters.
 /// The text may be any bytes; the answer is valid UTF-8.
 std::string upperCased(std::string_view text);
 
-/// The first letter of each word upper case, the others lower case, by Unicode's word boundaries
-/// in the user's language: "l'été" gives "L'été". Valid UTF-8.
+/// The first letter of each word upper case, the others lower case, by Unicode's word boundaries:
+/// "l'été" gives "L'été". Otherwise as upperCased.
 std::string capitalized(std::string_view text);
 
-/// The local date of `time` in the long style of the user's date language, such as
-/// "21 novembre 2026".
-std::string longDate(std::time_t time);
+/// The local date of `time` in the long style of the user's date language, in that language's upper
+/// case, such as "1 AOÛT 2026"; in English where nobody knows that language.
+std::string upperCasedLongDate(std::time_t time);
 
 }  // namespace tkv
