@@ -35,17 +35,58 @@ Ink inkOf(const std::string& text, const TextAttributes& attributes, const TextP
     return ink;
 }
 
+bool sameDrawing(const std::optional<PlacedBitmap>& a, const std::optional<PlacedBitmap>& b) {
+    return a && b && a->left == b->left && a->top == b->top &&
+           a->pixels.size() == b->pixels.size() && worstDifference(a->pixels, b->pixels) == 0;
+}
+
 TEST(Text, StandsAtAPointOnTheBottomOfItsLineBox) {
-    // DejaVu Sans: ascent 0.928, descent 0.236, capitals 0.729 of the size. The box of 100 pixels
-    // ends at row 540 - 50, its baseline 23.6 above that.
+    // DejaVu Sans: ascent 0.928, descent 0.236, capitals 0.729 of the size. The box of size 100 is
+    // 93 + 24 pixels high and ends at row 540 - 50.
     const Ink h = inkOf("H", plain(100), Point{200, 50});
-    EXPECT_NEAR(h.bottom, 490 - 23.6, 1);
-    EXPECT_NEAR(h.top, 490 - 23.6 - 72.9, 1);
+    EXPECT_EQ(h.bottom, 490 - 24);
+    EXPECT_NEAR(h.top, 490 - 24 - 72.9, 1);
     EXPECT_NEAR(h.left, 210, 2);
     // Two lines stand on top of each other, the last at the bottom.
     const Ink two = inkOf("H\nH", plain(100), Point{200, 50});
     EXPECT_EQ(two.bottom, h.bottom);
-    EXPECT_NEAR(two.top, h.top - 116.4, 1.5);
+    EXPECT_EQ(two.top, h.top - 117);
+}
+
+TEST(Text, OfARowStandsOnOneBaselineBelowItsThumbnails) {
+    for (const auto& [alignment, place] : {std::pair{left, TextPlace(Point{130, 208})},
+                                           {right, Rect{350, 208, 160, 14}},
+                                           {center, Rect{270, 208, 180, 14}}}) {
+        EXPECT_EQ(inkOf("H", plain(11, alignment), place).bottom, 540 - 208 - 3);
+        // Where all is in another face it stands where the point is in the page's own.
+        for (const std::string others : {"夏", "🎉", "\u0BF8", "ཀྵྨ"})
+            EXPECT_EQ(inkOf(others, plain(40, alignment), place).top,
+                      inkOf(others + ".", plain(40, alignment), place).top)
+                << others;
+    }
+    // An accent comes no nearer than a fifth of a row.
+    const auto accents = rasterizeText("ÉÀÊÅÑŮЙ", plain(11), Rect{270, 208, 180, 14}, kCanvas);
+    EXPECT_EQ(accents->top, 540 - 221 - 1);
+    for (int x = 0; x < accents->pixels.width(); ++x)
+        EXPECT_LT(pixel(accents->pixels, x, 0).alpha, 64);
+}
+
+TEST(Text, IsPlacedByWhatShowsAndByNoDirection) {
+    for (const auto& [text, same] : {std::pair{"\n \r\n\u3000H", "H"},
+                                     {"H\n\u2028\n", "H"},
+                                     {" \tH\u00A0 ", "H"},
+                                     {"\x01H\x1B\x7F\u0090", "H"},
+                                     {"H \r\nHH\v", "H\nHH"},
+                                     {"H\u2029\u0085 H", "H\n\n H"},
+                                     {"Hello\nש", "Hello\n\u200Eש"},
+                                     {"שלום\nH\nש", "\u200Eשלום\nH\n\u200Eש"}}) {
+        for (const TextPlace& place :
+             {TextPlace(Point{200, 50}), TextPlace(Rect{200, 50, 300, 60})}) {
+            EXPECT_TRUE(sameDrawing(rasterizeText(text, plain(16, right), place, kCanvas),
+                                    rasterizeText(same, plain(16, right), place, kCanvas)))
+                << same;
+        }
+    }
 }
 
 TEST(Text, StartsAtTheTopOfARectangleAndIsCutToItsWidth) {
@@ -59,7 +100,13 @@ TEST(Text, StartsAtTheTopOfARectangleAndIsCutToItsWidth) {
         EXPECT_GE(cut.left, 99);
         EXPECT_LE(cut.right, 281);
         EXPECT_GT(cut.right - cut.left, 165) << "as much as fits";
+        const int spare = alignment == left ? cut.left - 100 : 280 - cut.right;
+        EXPECT_NEAR(alignment == center ? cut.left - 100 : 1, spare, 1) << "where it is aligned";
     }
+    // At a point a line is cut at the page's edge.
+    const std::string two = longText + "g\n" + longText;
+    EXPECT_TRUE(sameDrawing(rasterizeText(two, plain(11), Point{500, 200}, kCanvas),
+                            rasterizeText(two, plain(11), Rect{500, 200, 220, 28}, kCanvas)));
     // What is shown ends in three dots on the baseline, whatever was cut off.
     EXPECT_EQ(inkOf(longText, plain(11), rect).right,
               inkOf(longText + "gH", plain(11), rect).right);
@@ -135,7 +182,7 @@ TEST(Program, LooksForLibrariesBesideItselfAlone) {
 TEST(Text, StrangeTextsDrawWhatTheyCan) {
     for (const float size : {0.0F, -3.0F, std::nanf("")})
         EXPECT_FALSE(rasterizeText("text", plain(size), Point{10, 10}, kCanvas)) << size;
-    EXPECT_FALSE(rasterizeText("   ", plain(11), Point{10, 10}, kCanvas));
+    EXPECT_FALSE(rasterizeText(" \n\x01", plain(11), Point{10, 10}, kCanvas));
     EXPECT_FALSE(rasterizeText("off the page", plain(11), Point{900, 10}, kCanvas));
     EXPECT_TRUE(rasterizeText("caf\xE9 \xFF\xFE", plain(11), Point{10, 10}, kCanvas));
 }

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <span>
-#include <string_view>
+#include <string>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -24,7 +24,8 @@ using PangoLayoutOwner = std::unique_ptr<PangoLayout, Releaser<g_object_unref>>;
 using FontDescription =
     std::unique_ptr<PangoFontDescription, Releaser<pango_font_description_free>>;
 using FontOptions = std::unique_ptr<cairo_font_options_t, Releaser<cairo_font_options_destroy>>;
-using LayoutIterator = std::unique_ptr<PangoLayoutIter, Releaser<pango_layout_iter_free>>;
+using FontOwner = std::unique_ptr<PangoFont, Releaser<g_object_unref>>;
+using FontMetrics = std::unique_ptr<PangoFontMetrics, Releaser<pango_font_metrics_unref>>;
 
 /// Pixel rectangle from the top left.
 struct Box {
@@ -64,56 +65,84 @@ PangoContext* sharedContext() {
     return context.get();
 }
 
-/// Pango reads left and right as the start and end of the text's own direction; here they are the
-/// sides of the page.
-PangoAlignment pangoAlignment(Alignment alignment, PangoLayout* layout) {
-    if (alignment == Alignment::center) return PANGO_ALIGN_CENTER;
-    const bool rightToLeft = pango_layout_line_get_resolved_direction(
-                                 pango_layout_get_line_readonly(layout, 0)) == PANGO_DIRECTION_RTL;
-    const bool toTheRight = alignment == Alignment::right;
-    return toTheRight != rightToLeft ? PANGO_ALIGN_RIGHT : PANGO_ALIGN_LEFT;
-}
-
-/// A caller's text may be far longer than a page is wide or high, and laying it all out takes
-/// seconds: keeps the first lines of a rectangle, the last ones of a text that grows upwards from a
-/// point, and the beginning of each.
-std::string shownPart(const std::string& text, const TextPlace& place) {
-    constexpr std::size_t kMostLines = 1000;
-    constexpr std::size_t kMostCharacters = 4000;
-    std::vector<std::string_view> lines;
-    for (std::string_view rest = text; !rest.empty();) {
-        int next = 0;
-        pango_find_paragraph_boundary(rest.data(), static_cast<int>(rest.size()), nullptr, &next);
-        lines.push_back(rest.substr(0, static_cast<std::size_t>(next)));
-        rest.remove_prefix(static_cast<std::size_t>(next));
-    }
-    std::span<const std::string_view> kept = lines;
-    if (kept.size() > kMostLines) {
-        kept = std::holds_alternative<Rect>(place) ? kept.first(kMostLines) : kept.last(kMostLines);
-    }
-    std::string shown;
-    for (const std::string_view line : kept) {
-        shown += firstCharacters(line, kMostCharacters);
-        if (characterCount(line) > kMostCharacters) shown += '\n';
-    }
-    return shown;
-}
-
-PangoLayoutOwner layOut(const std::string& text, const TextAttributes& attributes,
-                        const TextPlace& place) {
-    PangoLayoutOwner layout(pango_layout_new(sharedContext()));
-    const FontDescription font(pango_font_description_new());
+FontDescription fontOf(float size) {
+    FontDescription font(pango_font_description_new());
     pango_font_description_set_family_static(font.get(), kFontFamily);
-    pango_font_description_set_absolute_size(font.get(), double{attributes.fontSize} * PANGO_SCALE);
-    pango_layout_set_font_description(layout.get(), font.get());
-    pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
-    if (const Rect* rect = std::get_if<Rect>(&place)) {
-        pango_layout_set_width(layout.get(), pango_units_from_double(rect->width));
-        pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
-        pango_layout_set_alignment(layout.get(),
-                                   pangoAlignment(attributes.alignment, layout.get()));
-        pango_layout_set_justify(layout.get(), attributes.alignment == Alignment::justified);
+    pango_font_description_set_absolute_size(font.get(), double{size} * PANGO_SCALE);
+    return font;
+}
+
+/// The rows of a line, in whole pixels. They are those of the page's own face whatever faces a text
+/// falls back to, so that the captions of a row stand on one baseline.
+struct LineBox {
+    int ascent;
+    int height;
+};
+
+LineBox lineBoxOf(const PangoFontDescription* font) {
+    const FontOwner face(pango_context_load_font(sharedContext(), font));
+    const FontMetrics metrics(pango_font_get_metrics(face.get(), nullptr));
+    const int ascent = PANGO_PIXELS_CEIL(pango_font_metrics_get_ascent(metrics.get()));
+    const int descent = PANGO_PIXELS_CEIL(pango_font_metrics_get_descent(metrics.get()));
+    return {ascent, std::max(1, ascent + descent)};
+}
+
+/// The part of the canvas that a text may fill, in pixels from the top left.
+struct Frame {
+    double left;
+    double top;
+    double width;
+    double height;
+    Alignment alignment;
+    bool growsUpwards;  ///< The last line stands at the bottom, not the first at the top.
+
+    double topOf(std::size_t lineCount, const LineBox& box) const {
+        return growsUpwards ? top + height - static_cast<double>(lineCount) * box.height : top;
     }
+    double leftOf(double lineWidth) const {
+        if (alignment == Alignment::right) return left + width - lineWidth;
+        if (alignment == Alignment::center) return left + (width - lineWidth) / 2;
+        return left;
+    }
+};
+
+Frame frameOf(const TextPlace& place, Alignment alignment, PixelSize canvas) {
+    if (const Rect* rect = std::get_if<Rect>(&place)) {
+        return {rect->x,     canvas.height - rect->y - rect->height,
+                rect->width, rect->height,
+                alignment,   false};
+    }
+    const Point& point = std::get<Point>(place);
+    return {point.x, 0, canvas.width - point.x, canvas.height - point.y, Alignment::left, true};
+}
+
+/// The lines that fit into the frame, but one at least; upwards also the two that may still reach
+/// into it from above. A caller's text may be far longer, and laying it all out takes seconds.
+std::span<const std::string> shownLines(const std::vector<std::string>& lines, const Frame& frame,
+                                        const LineBox& box) {
+    const double fitting = std::floor((frame.height + 0.01) / box.height);
+    const double most = frame.growsUpwards ? fitting + 2 : std::max(fitting, 1.0);
+    const std::span<const std::string> all = lines;
+    if (most >= static_cast<double>(all.size())) return all;
+    const auto count = static_cast<std::size_t>(std::max(most, 0.0));
+    return frame.growsUpwards ? all.last(count) : all.first(count);
+}
+
+/// Each line ends in an ellipsis where it is wider than the frame.
+PangoLayoutOwner layOut(std::span<const std::string> lines, const PangoFontDescription* font,
+                        const Frame& frame) {
+    constexpr std::size_t kMostCharacters = 4000;
+    std::string text;
+    for (const std::string& line : lines) {
+        text += firstCharacters(line, kMostCharacters);
+        text += '\n';
+    }
+    text.pop_back();
+    PangoLayoutOwner layout(pango_layout_new(sharedContext()));
+    pango_layout_set_font_description(layout.get(), font);
+    pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
+    pango_layout_set_width(layout.get(), pango_units_from_double(frame.width));
+    pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
     return layout;
 }
 
@@ -130,38 +159,35 @@ struct PlacedLine {
     }
 };
 
-/// The lines that are shown. Baselines stand on whole pixels, which keeps the letters crisp.
-std::vector<PlacedLine> placeLines(PangoLayout* layout, const TextPlace& place, PixelSize canvas) {
-    PangoRectangle logical;
-    pango_layout_get_extents(layout, nullptr, &logical);
-    double left = 0;
-    double top = 0;
-    double height = 0;
-    if (const Rect* rect = std::get_if<Rect>(&place)) {
-        left = rect->x;
-        top = canvas.height - (rect->y + rect->height);
-        height = rect->height;
-    } else {
-        const Point& point = std::get<Point>(place);
-        height = pango_units_to_double(logical.height);
-        left = point.x;
-        top = canvas.height - point.y - height;
+/// Pango widens the ellipsis of a line to fill the width, which keeps the line from its place.
+void tightenEllipsis(PangoLayoutLine* line) {
+    for (const GSList* at = line->runs; at != nullptr; at = at->next) {
+        const auto* run = static_cast<const PangoGlyphItem*>(at->data);
+        const PangoAnalysis& analysis = run->item->analysis;
+        if ((analysis.flags & PANGO_ANALYSIS_FLAG_IS_ELLIPSIS) == 0) continue;
+        PangoGlyphInfo& dots = run->glyphs->glyphs[0];
+        PangoRectangle logical;
+        pango_font_get_glyph_extents(analysis.font, dots.glyph, nullptr, &logical);
+        dots.geometry.width = logical.width;
     }
+}
 
-    std::vector<PlacedLine> lines;
-    const LayoutIterator at(pango_layout_get_iter(layout));
-    do {
-        PangoRectangle extents;
-        pango_layout_iter_get_line_extents(at.get(), nullptr, &extents);
-        const double bottom = pango_units_to_double(extents.y + extents.height);
-        if (!lines.empty() && bottom > height + 0.01) break;
-        lines.push_back(
-            {pango_layout_iter_get_line_readonly(at.get()),
-             static_cast<int>(std::lround(left + pango_units_to_double(extents.x))),
-             static_cast<int>(std::lround(
-                 top + pango_units_to_double(pango_layout_iter_get_baseline(at.get()))))});
-    } while (pango_layout_iter_next_line(at.get()));
-    return lines;
+/// Baselines stand on whole pixels, which keeps the letters crisp. Pango itself would align each
+/// line by the direction of its own text.
+std::vector<PlacedLine> placeLines(PangoLayout* layout, const Frame& frame, const LineBox& box) {
+    const auto count = static_cast<std::size_t>(pango_layout_get_line_count(layout));
+    long baseline = std::lround(frame.topOf(count, box)) + box.ascent;
+    std::vector<PlacedLine> placed;
+    for (const GSList* at = pango_layout_get_lines(layout); at != nullptr; at = at->next) {
+        auto* const line = static_cast<PangoLayoutLine*>(at->data);
+        tightenEllipsis(line);
+        PangoRectangle logical;
+        pango_layout_line_get_extents(line, nullptr, &logical);
+        const double left = frame.leftOf(pango_units_to_double(logical.width));
+        placed.push_back({line, static_cast<int>(std::lround(left)), static_cast<int>(baseline)});
+        baseline += box.height;
+    }
+    return placed;
 }
 
 void drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& lines,
@@ -179,9 +205,13 @@ void drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
 
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas) {
-    if (text.empty() || !(attributes.fontSize > 0)) return std::nullopt;
-    const PangoLayoutOwner layout = layOut(shownPart(validUtf8(text), place), attributes, place);
-    const std::vector<PlacedLine> lines = placeLines(layout.get(), place, canvas);
+    const std::vector<std::string> all = linesToDraw(text);
+    if (all.empty() || !(attributes.fontSize > 0)) return std::nullopt;
+    const FontDescription font = fontOf(attributes.fontSize);
+    const LineBox lineBox = lineBoxOf(font.get());
+    const Frame frame = frameOf(place, attributes.alignment, canvas);
+    const PangoLayoutOwner layout = layOut(shownLines(all, frame, lineBox), font.get(), frame);
+    const std::vector<PlacedLine> lines = placeLines(layout.get(), frame, lineBox);
     Box ink;
     for (const PlacedLine& line : lines)
         ink = ink.joinedWith(line.inkBox());

@@ -23,13 +23,15 @@ struct TextAttributes {
 };
 
 /// Where a text stands, in drawing units of the canvas. At a point: the bottom-left corner of its
-/// box, lines as long as they are. In a rectangle: the first line's top at the rectangle's top,
-/// lines aligned in its width and cut with an ellipsis at the end; lines after the first that do
-/// not fit into its height are left out.
+/// box, each line from there to the right edge of the canvas at most. In a rectangle: the first
+/// line's top at the rectangle's top, lines aligned in its width; lines after the first that do not
+/// fit into its height are left out. A line that is too wide ends in an ellipsis. Lines are as high
+/// as the font's ascent and descent, each in whole pixels: 14 at size 11.
 using TextPlace = std::variant<Point, Rect>;
 
 /// Lays a text out for a canvas, shapes it, and draws it with its shadow. `text`: any bytes; what
-/// is not UTF-8 shows as U+FFFD. None when nothing of it would show on the canvas.
+/// is not UTF-8 shows as U+FFFD, and what linesToDraw drops does not show. None when nothing of it
+/// would show on the canvas.
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
 

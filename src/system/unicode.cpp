@@ -68,6 +68,18 @@ std::string upperCased(const icu::UnicodeString& text, const icu::Locale& locale
     return encoded(withEverydayGeorgian(icu::UnicodeString(text).toUpper(locale)));
 }
 
+bool endsLine(char16_t unit) {
+    return (unit >= u'\n' && unit <= u'\r') || unit == u'\u0085' || unit == u'\u2028' ||
+           unit == u'\u2029';
+}
+
+void dropBlanksAtEnd(icu::UnicodeString& line) {
+    int32_t length = line.length();
+    while (length > 0 && u_isUWhiteSpace(line[length - 1]))
+        --length;
+    line.truncate(length);
+}
+
 // Whether a byte of valid UTF-8 begins a character.
 bool isLeadByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
@@ -119,6 +131,31 @@ std::string upperCasedLongDate(std::time_t time) {
     format->setTimeZone(*icu::TimeZone::getGMT());
     icu::UnicodeString date;
     return upperCased(format->format(static_cast<UDate>(timegm(&local)) * 1000.0, date), locale);
+}
+
+std::vector<std::string> linesToDraw(std::string_view text) {
+    std::vector<std::string> lines;
+    icu::UnicodeString line;
+    const auto endLine = [&] {
+        dropBlanksAtEnd(line);
+        if (!lines.empty() || !line.isEmpty()) lines.push_back(encoded(line));
+        line.remove();
+    };
+    const icu::UnicodeString all = decoded(text);
+    for (int32_t i = 0; i < all.length(); ++i) {
+        const char16_t unit = all[i];
+        if (unit == u'\r' && all[i + 1] == u'\n') continue;
+        if (endsLine(unit)) {
+            endLine();
+        } else if ((unit == u'\t' || !u_isISOControl(unit)) &&
+                   !(lines.empty() && line.isEmpty() && u_isUWhiteSpace(unit))) {
+            line += unit;
+        }
+    }
+    endLine();
+    while (!lines.empty() && lines.back().empty())
+        lines.pop_back();
+    return lines;
 }
 
 }  // namespace tkv

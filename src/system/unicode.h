@@ -4,6 +4,7 @@
 #include <ctime>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tkv {
 
@@ -32,5 +33,10 @@ std::string capitalized(std::string_view text);
 /// The local date of `time` in the long style of the user's date language, in that language's upper
 /// case, such as "1 AOÛT 2026"; in English where nobody knows that language.
 std::string upperCasedLongDate(std::time_t time);
+
+/// The lines of a text as they are drawn: without control characters but tabs, blanks at their
+/// ends, blanks before the first, and blank lines before the first and after the last. The text may
+/// be any bytes; the lines are valid UTF-8, and none where nothing is left.
+std::vector<std::string> linesToDraw(std::string_view text);
 
 }  // namespace tkv
