@@ -183,7 +183,8 @@ TEST(Text, StrangeTextsDrawWhatTheyCan) {
     for (const float size : {0.0F, -3.0F, std::nanf("")})
         EXPECT_FALSE(rasterizeText("text", plain(size), Point{10, 10}, kCanvas)) << size;
     EXPECT_FALSE(rasterizeText(" \n\x01", plain(11), Point{10, 10}, kCanvas));
-    EXPECT_FALSE(rasterizeText("off the page", plain(11), Point{900, 10}, kCanvas));
+    for (const Point& off : {Point{900, 10}, {10, 900}})
+        EXPECT_FALSE(rasterizeText("off the page", plain(11), off, kCanvas));
     EXPECT_TRUE(rasterizeText("caf\xE9 \xFF\xFE", plain(11), Point{10, 10}, kCanvas));
 }
 

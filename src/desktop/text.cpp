@@ -210,7 +210,9 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     const FontDescription font = fontOf(attributes.fontSize);
     const LineBox lineBox = lineBoxOf(font.get());
     const Frame frame = frameOf(place, attributes.alignment, canvas);
-    const PangoLayoutOwner layout = layOut(shownLines(all, frame, lineBox), font.get(), frame);
+    const std::span<const std::string> shown = shownLines(all, frame, lineBox);
+    if (shown.empty()) return std::nullopt;
+    const PangoLayoutOwner layout = layOut(shown, font.get(), frame);
     const std::vector<PlacedLine> lines = placeLines(layout.get(), frame, lineBox);
     Box ink;
     for (const PlacedLine& line : lines)
