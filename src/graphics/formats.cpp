@@ -5,6 +5,7 @@
 #include <new>
 
 #include "graphics/codecs/codecs.h"
+#include "graphics/pixels.h"
 #include "system/files.h"
 #include "system/paths.h"
 
@@ -78,6 +79,14 @@ std::optional<Bytes> encodePicture(const Bitmap& bitmap, std::string_view extens
         if (format == nullptr) return encodeJpeg(bitmap);
         if (!format->heedsQuality) return format->encode(bitmap, std::nullopt);
         return format->encode(bitmap, factor);
+    } catch (const std::bad_alloc&) {
+        return std::nullopt;
+    }
+}
+
+std::optional<Bytes> encodePlainPng(PixelSize size, const Color& color) {
+    try {
+        return encodePlainPng(size, straightPixel(color));
     } catch (const std::bad_alloc&) {
         return std::nullopt;
     }

@@ -37,6 +37,10 @@ std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& n
 /// None when the bitmap is too large for the type, the library fails or memory is short.
 std::optional<Bytes> encodePicture(const Bitmap& bitmap, std::string_view extension, float factor);
 
+/// The whole of a PNG file of that size, all of `color` exactly: a bitmap would keep less of a
+/// translucent colour. None as above.
+std::optional<Bytes> encodePlainPng(PixelSize size, const Color& color);
+
 /// Whether transparency is kept in files of that extension, in whatever case; in all others
 /// pictures stand on black.
 bool keepsAlpha(std::string_view extension);

@@ -27,6 +27,14 @@ constexpr std::uint32_t pixelOf(unsigned alpha, unsigned red, unsigned green, un
     return alpha << 24U | red << 16U | green << 8U | blue;
 }
 
+/// The nearest pixel, not premultiplied.
+constexpr std::uint32_t straightPixel(const Color& color) {
+    const auto level = [](float part) {
+        return static_cast<unsigned>(std::clamp(part, 0.0F, 1.0F) * 255 + 0.5F);
+    };
+    return pixelOf(level(color.alpha), level(color.red), level(color.green), level(color.blue));
+}
+
 /// From straight alpha to premultiplied.
 constexpr std::uint32_t premultiplied(std::uint32_t straight) {
     const unsigned alpha = alphaOf(straight);

@@ -1,6 +1,5 @@
 #include "imaging/export.h"
 
-#include "graphics/drawing.h"
 #include "graphics/formats.h"
 #include "imaging/output_bitmap.h"
 #include "system/files.h"
@@ -35,10 +34,9 @@ bool imgExport(std::optional<Bitmap> bitmap, const std::string& path, float qual
 
 bool imgColorPNG(const Color& colour, const std::string& path, int width, int height,
                  float opacity) {
-    if (std::optional<Bitmap> bitmap = newOutputBitmap({width, height})) {
-        const Rect whole{0, 0, static_cast<double>(width), static_cast<double>(height)};
-        fillRect(*bitmap, whole, withAlpha(colour, colour.alpha * opacity));
-        writeIfEncoded(path, encodePicture(*bitmap, "png", 1.0F));
+    const PixelSize size{width, height};
+    if (isOutputSize(size)) {
+        writeIfEncoded(path, encodePlainPng(size, withAlpha(colour, colour.alpha * opacity)));
     }
     return fileExists(path);
 }

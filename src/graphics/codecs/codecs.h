@@ -35,6 +35,8 @@ std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> f
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
 /// With alpha.
 std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> factor = {});
+/// All of one colour, which is not premultiplied; at 72 dots per inch.
+std::optional<Bytes> encodePlainPng(PixelSize size, std::uint32_t straight);
 /// With alpha.
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor = {});
 /// 24 bits a pixel; what is transparent turns black.

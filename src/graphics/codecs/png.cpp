@@ -1,6 +1,5 @@
 #include <png.h>
 
-#include <algorithm>
 #include <cmath>
 #include <csetjmp>
 #include <new>
@@ -45,6 +44,7 @@ class Encoder {
     Encoder& operator=(const Encoder&) = delete;
 
     bool encode(const Bitmap& bitmap, Bytes& file);
+    bool encode(PixelSize size, std::uint32_t straight, Bytes& file);
 
   private:
     // False when libpng gave up. The jump runs no destructors, so `step` must not have local
@@ -56,58 +56,76 @@ class Encoder {
         return true;
     }
 
-    void writeHeader(const Bitmap& bitmap);
+    void writeHeader(PixelSize size, Resolution dots);
     void writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row);
 
     png_structp png_;
     png_infop info_;
 };
 
-void Encoder::writeHeader(const Bitmap& bitmap) {
-    png_set_IHDR(png_, info_, static_cast<png_uint_32>(bitmap.width()),
-                 static_cast<png_uint_32>(bitmap.height()), 8, PNG_COLOR_TYPE_RGBA,
-                 PNG_INTERLACE_NONE, PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
-    const auto perMetre = [](int dots) {
-        return static_cast<png_uint_32>(std::lround(dots / 0.0254));
+/// Makes the four bytes of a pixel, as a file holds them.
+std::uint8_t* store(std::uint32_t straight, std::uint8_t* to) {
+    *to++ = static_cast<std::uint8_t>(redOf(straight));
+    *to++ = static_cast<std::uint8_t>(greenOf(straight));
+    *to++ = static_cast<std::uint8_t>(blueOf(straight));
+    *to++ = static_cast<std::uint8_t>(alphaOf(straight));
+    return to;
+}
+
+void Encoder::writeHeader(PixelSize size, Resolution dots) {
+    png_set_IHDR(png_, info_, static_cast<png_uint_32>(size.width),
+                 static_cast<png_uint_32>(size.height), 8, PNG_COLOR_TYPE_RGBA, PNG_INTERLACE_NONE,
+                 PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
+    const auto perMetre = [](int perInch) {
+        return static_cast<png_uint_32>(std::lround(perInch / 0.0254));
     };
-    const Resolution dots = dotsPerInch(bitmap);
     png_set_pHYs(png_, info_, perMetre(dots.across), perMetre(dots.down), PNG_RESOLUTION_METER);
     png_set_compression_level(png_, kCompressionLevel);
     png_write_info(png_, info_);
 }
 
 void Encoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
-    const auto width = static_cast<std::size_t>(bitmap.width());
+    // Trying every filter on every row would take longer than the compression itself.
+    png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     for (int y = 0; y < bitmap.height(); ++y) {
-        const std::span pixels(bitmap.row(y), width);
-        // In overlays every row is like the one above it: `row` holds it already, and the
-        // compression finds it without a filter.
-        const bool isRepeated =
-            y > 0 && std::ranges::equal(pixels, std::span(bitmap.row(y - 1), width));
-        // Trying every filter on every row would take longer than the compression itself.
-        png_set_filter(png_, PNG_FILTER_TYPE_BASE, isRepeated ? PNG_FILTER_NONE : PNG_FILTER_SUB);
-        if (!isRepeated) {
-            std::uint8_t* to = row.data();
-            for (const std::uint32_t pixel : pixels) {
-                const std::uint32_t color = straight(pixel);
-                *to++ = static_cast<std::uint8_t>(redOf(color));
-                *to++ = static_cast<std::uint8_t>(greenOf(color));
-                *to++ = static_cast<std::uint8_t>(blueOf(color));
-                *to++ = static_cast<std::uint8_t>(alphaOf(color));
-            }
+        std::uint8_t* to = row.data();
+        for (const std::uint32_t pixel :
+             std::span(bitmap.row(y), static_cast<std::size_t>(bitmap.width()))) {
+            to = store(straight(pixel), to);
         }
         png_write_row(png_, row.data());
     }
-    png_write_end(png_, info_);
+}
+
+std::vector<std::uint8_t> emptyRow(PixelSize size) {
+    return std::vector<std::uint8_t>(std::size_t{4} * static_cast<std::size_t>(size.width));
 }
 
 bool Encoder::encode(const Bitmap& bitmap, Bytes& file) {
     if (info_ == nullptr) return false;
-    std::vector<std::uint8_t> row(std::size_t{4} * static_cast<std::size_t>(bitmap.width()));
+    std::vector<std::uint8_t> row = emptyRow(bitmap.size());
     png_set_write_fn(png_, &file, append, nullptr);
     return run([&] {
-        writeHeader(bitmap);
+        writeHeader(bitmap.size(), dotsPerInch(bitmap));
         writeRows(bitmap, row);
+        png_write_end(png_, info_);
+    });
+}
+
+bool Encoder::encode(PixelSize size, std::uint32_t straight, Bytes& file) {
+    if (info_ == nullptr) return false;
+    std::vector<std::uint8_t> row = emptyRow(size);
+    for (std::uint8_t* to = row.data(); to != row.data() + row.size();)
+        to = store(straight, to);
+    constexpr int kDots = static_cast<int>(kUnitsPerInch);
+    png_set_write_fn(png_, &file, append, nullptr);
+    return run([&] {
+        writeHeader(size, {kDots, kDots});
+        // Every row is like the one above it: the compression finds it without a filter.
+        png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+        for (int y = 0; y < size.height; ++y)
+            png_write_row(png_, row.data());
+        png_write_end(png_, info_);
     });
 }
 
@@ -116,6 +134,12 @@ bool Encoder::encode(const Bitmap& bitmap, Bytes& file) {
 std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> /*factor*/) {
     Bytes file;
     if (!Encoder().encode(bitmap, file)) return std::nullopt;
+    return file;
+}
+
+std::optional<Bytes> encodePlainPng(PixelSize size, std::uint32_t straight) {
+    Bytes file;
+    if (!Encoder().encode(size, straight, file)) return std::nullopt;
     return file;
 }
 
