@@ -51,11 +51,13 @@ TEST(DecodePicture, StandsPicturesUpright) {
     const char* const expected[] = {"RGBW", "GRWB", "WBGR", "BWRG", "RBGW", "BRWG", "WGBR", "GWRB"};
     const TempFolder folder;
     const Bitmap stored = quarters({64, 32});
-    for (const std::string& file : {text(encodeJpeg(stored, 1.0F)), text(encodeTiff(stored))}) {
+    const std::string jpeg = text(encodeJpeg(stored, 1.0F)), tiff = text(encodeTiff(stored));
+    for (const auto& [file, more] :
+         {std::pair{jpeg, ""}, {tiff, ""}, {jpeg, "; convert-im6.q16 $f webp:$f"}}) {
         for (int orientation = 1; orientation <= 8; ++orientation) {
             const std::string path = folder.write("picture", file);
-            run(fmt::format("exiftool -q -n -overwrite_original -Orientation={} {}", orientation,
-                            path));
+            run(fmt::format("f={}; exiftool -q -n -overwrite_original -Orientation={} $f{}", path,
+                            orientation, more));
             const PixelSize half = orientation > 4 ? PixelSize{16, 32} : PixelSize{32, 16};
             const Bitmap bitmap = decodePicture(path, atLeast({half.width, 1})).value();
             EXPECT_EQ(bitmap.size(), half);
@@ -65,15 +67,41 @@ TEST(DecodePicture, StandsPicturesUpright) {
     }
 }
 
+/// Quarters of 720 x 576 pixels in JPEG 2000 with a palette, which no program at hand writes.
+std::string indexedJpeg2000() {
+    const TempFolder folder;
+    std::string indices;
+    for (int at = 0; at < 720 * 576; ++at)
+        indices += static_cast<char>(at % 720 / 360 + at / 720 / 288 * 2);
+    folder.write("a.raw", indices);
+    run("cd " + folder.path() + " && opj_compress -i a.raw -F 720,576,1,8,u -o a.jp2");
+    std::string file = readText(folder.file("a.jp2"));
+    const std::string boxes(
+        "\0\0\0\x1Apclr\0\4\3\7\7\7\xFF\0\0\0\xFF\0\0\0\xFF\xFF\xFF\xFF"
+        "\0\0\0\x14"
+        "cmap\0\0\1\0\0\0\1\1\0\0\1\2",
+        46);
+    const std::size_t colors = file.find("colr");
+    file[colors + 10] = 16;  // sRGB.
+    file.insert(colors + 11, boxes);
+    file[file.find("jp2h") - 1] += static_cast<char>(boxes.size());
+    return file;
+}
+
 TEST(DecodePicture, DecodesNoMorePixelsThanNeeded) {
     const Bitmap full = quarters({720, 576});
     const std::string jpeg = text(encodeJpeg(full, 0.9F)), jp2 = text(encodeJpeg2000(full)),
                       png = text(encodePng(full));
     const std::tuple<std::string, PixelSize, PixelSize> rows[] = {
-        {jpeg, {180, 144}, {180, 144}}, {jpeg, {10, 145}, {270, 216}},
-        {jpeg, {1, 1}, {90, 72}},       {jpeg, {631, 1}, {720, 576}},
-        {jp2, {181, 1}, {360, 288}},    {jp2, {2000, 2000}, {720, 576}},
-        {png, {181, 1}, {240, 192}},    {png, {100, 100}, {144, 115}}};
+        {jpeg, {180, 144}, {180, 144}},
+        {jpeg, {10, 145}, {270, 216}},
+        {jpeg, {1, 1}, {90, 72}},
+        {jpeg, {631, 1}, {720, 576}},
+        {jp2, {181, 1}, {360, 288}},
+        {jp2, {2000, 2000}, {720, 576}},
+        {png, {181, 1}, {240, 192}},
+        {png, {100, 100}, {144, 115}},
+        {indexedJpeg2000(), {1, 1}, {720, 576}}};
     const TempFolder folder;
     for (const auto& [file, needed, expected] : rows) {
         const Bitmap bitmap = decodePicture(folder.write("p", file), atLeast(needed)).value();
@@ -118,6 +146,8 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
         {"f.jp2", {254, 0, 0, 255}, coarse},
         {"g.j2k", {254, 0, 0, 255}, coarse},
         {"h.jp2", {128, 128, 128, 255}, "opj_compress -n 3 -mct 0 -i a.raw -F 16,16,1,16,u -o"},
+        {"i.webp", {255, 128, 0, 255}, "convert-im6.q16 a.ppm d.xpm"},  // An animation.
+        {"j.avif", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -quality 100"},
     };
     for (const auto& [name, expected, tool] : rows) {
         run(fmt::format("cd {} && {} {}", folder.path(), tool, name));
@@ -177,35 +207,97 @@ TEST(DecodePicture, LimitsTheSide) {
     }
 }
 
-TEST(DecodePicture, ConvertsEmbeddedProfiles) {
-    const TempFolder folder;
-    // Linear light: half of it is 188 in sRGB.
-    const std::unique_ptr<cmsToneCurve, Releaser<cmsFreeToneCurve>> linear(
-        cmsBuildGamma(nullptr, 1));
-    const cmsHPROFILE grey = cmsCreateGrayProfile(cmsD50_xyY(), linear.get());
-    cmsSaveProfileToFile(grey, folder.file("icc").c_str());
-    cmsCloseProfile(grey);
-    for (const std::string& path : {folder.file("a.jpg"), folder.file("a.png")}) {
-        run("convert-im6.q16 -size 8x8 'xc:gray(128)' -colorspace Gray " + path);
-        run("exiftool -q -overwrite_original '-ICC_Profile<=" + folder.file("icc") + "' " + path);
-        const Rgba shown = pixel(decodePicture(path).value(), 4, 4);
-        EXPECT_TRUE(near(shown, {188, 188, 188, 255}, 2)) << path;
+/// Files of ICC profiles, all of which say that they are sRGB: "grey" and "linear" have no gamma
+/// (half the light is 188 in sRGB), "swapped" takes red for blue, "inks" shows cyan alone, as
+/// black.
+struct Profiles {
+    Profiles() {
+        cmsToneCurve* const line = cmsBuildGamma(nullptr, 1);
+        cmsToneCurve* const lines[] = {line, line, line};
+        const cmsCIExyY daylight{0.3127, 0.329, 1};
+        const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1}, {0.3, 0.6, 1}, {0.15, 0.06, 1}};
+        save(cmsCreateGrayProfile(cmsD50_xyY(), line), "grey");
+        save(cmsCreateRGBProfile(&daylight, &primaries, lines), "linear");
+        cmsFreeToneCurve(line);
+        save(cmsCreate_sRGBProfile(), "swapped");
+        std::string bytes = readText(folder.file("swapped"));
+        std::swap(bytes[bytes.find("rXYZ")], bytes[bytes.find("bXYZ")]);
+        folder.write("swapped", bytes);
+
+        cmsUInt16Number lab[16][3];
+        for (int i = 0; i < 16; ++i) {
+            lab[i][0] = i < 8 ? 0xFFFF : 0;
+            lab[i][1] = lab[i][2] = 0x8080;
+        }
+        cmsPipeline* const toLab = cmsPipelineAlloc(nullptr, 4, 3);
+        cmsPipelineInsertStage(toLab, cmsAT_END, cmsStageAllocCLut16bit(nullptr, 2, 4, 3, lab[0]));
+        const cmsHPROFILE inks = cmsCreateProfilePlaceholder(nullptr);
+        cmsSetDeviceClass(inks, cmsSigOutputClass);
+        cmsSetColorSpace(inks, cmsSigCmykData);
+        cmsSetPCS(inks, cmsSigLabData);
+        cmsWriteTag(inks, cmsSigAToB0Tag, toLab);
+        cmsPipelineFree(toLab);
+        save(inks, "inks");
     }
-    // A profile that is not called sRGB, and whose red is sRGB's blue and the other way round.
-    const cmsHPROFILE srgb = cmsCreate_sRGBProfile();
-    cmsSaveProfileToFile(srgb, folder.file("icc").c_str());
-    cmsCloseProfile(srgb);
-    std::string profile = readText(folder.file("icc"));
-    std::swap(profile[profile.find("rXYZ")], profile[profile.find("bXYZ")]);
-    profile[profile.find(std::string("s\0R", 3))] = 'S';
-    folder.write("icc", profile);
+
+    void save(cmsHPROFILE profile, const std::string& name) const {
+        cmsMLU* const srgb = cmsMLUalloc(nullptr, 1);
+        cmsMLUsetASCII(srgb, cmsNoLanguage, cmsNoCountry, "sRGB");
+        cmsWriteTag(profile, cmsSigProfileDescriptionTag, srgb);
+        cmsMLUfree(srgb);
+        cmsSaveProfileToFile(profile, folder.file(name).c_str());
+        cmsCloseProfile(profile);
+    }
+
+    /// The files as they are shown with that profile embedded.
+    std::vector<Bitmap> shown(const Strings& files, const std::string& profile) const {
+        const TempFolder copies;
+        run(fmt::format("cd {} && exiftool -q '-ICC_Profile<={}' -o {}/ {}", folder.path(), profile,
+                        copies.path(), fmt::join(files, " ")));
+        std::vector<Bitmap> bitmaps;
+        for (const std::string& file : files)
+            bitmaps.push_back(decodePicture(copies.file(file)).value());
+        return bitmaps;
+    }
+
+    TempFolder folder;
+};
+
+TEST(DecodePicture, ConvertsFromProfilesOfItsOwnKind) {
+    const Profiles profiles;
+    const std::string make = "convert-im6.q16 -size 8x8 -depth 8 -quality 99 'xc:rgb(";
+    run("cd " + profiles.folder.path() + "; for type in jpg tif png jp2; do " + make +
+        "128,128,132)' c.$type; " + make +
+        "128,128,128)' -colorspace Gray g.$type; done; for i in "
+        "i.jpg i.tif '-interlace plane CMYK:i.raw'; do " +
+        make +
+        "255,128,0)' -colorspace CMYK $i; done; exiftool -q -Adobe:all= -o bare.jpg i.jpg; "
+        "opj_compress -n 3 -mct 0 -i i.raw -F 8,8,4,8,u -o i.jp2");
+    constexpr Rgba kHalf{128, 128, 130, 255}, kLighter{188, 188, 190, 255},
+        kWhole{255, 128, 0, 255};
+    const std::tuple<const char*, Strings, Rgba> rows[] = {
+        {"linear", {"c.jpg", "c.tif", "c.png", "c.jp2"}, kLighter},
+        {"linear", {"g.jpg", "g.tif", "g.jp2"}, kHalf},
+        {"grey", {"g.jpg", "g.tif", "g.png", "g.jp2"}, kLighter},
+        {"grey", {"c.jpg", "c.tif", "c.jp2"}, kHalf},
+        {"grey", {"i.jpg", "i.tif"}, kWhole},
+        {"inks", {"i.jpg", "i.jp2"}, {255, 255, 255, 255}},
+        {"inks", {"bare.jpg"}, {143, 143, 143, 255}},
+        {"inks", {"c.jpg", "g.jpg", "c.jp2"}, kHalf},
+    };
+    for (const auto& [profile, files, expected] : rows) {
+        for (const Bitmap& bitmap : profiles.shown(files, profile))
+            EXPECT_TRUE(near(pixel(bitmap, 4, 4), expected, 4)) << profile;
+    }
     const Bitmap bitmap = quarters({32, 32}), faint = quarters({32, 32}, 128);
+    Strings files;
     for (const auto& file : {encodeJpeg(bitmap, 1.0F), encodePng(bitmap), encodeTiff(bitmap),
                              encodeJpeg2000(bitmap), encodePng(faint)}) {
-        const std::string path = folder.write("picture", text(file));
-        run("exiftool -q -overwrite_original '-ICC_Profile<=" + folder.file("icc") + "' " + path);
-        EXPECT_EQ(corners(decodePicture(path).value()), "BGRW");
+        files.push_back(std::to_string(files.size()));
+        profiles.folder.write(files.back(), text(file));
     }
+    for (const Bitmap& shown : profiles.shown(files, "swapped"))
+        EXPECT_EQ(corners(shown), "BGRW");
 }
 
 TEST(DecodePicture, RefusesWhatIsNoPicture) {

@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "desktop/embedded.h"
 #include "desktop/functions.h"
 #include "graphics/color_profile.h"
 #include "graphics/orientation.h"
@@ -188,16 +189,23 @@ std::optional<Bitmap> reducedTo(PixelSize size, const Pixels& pixels) {
     return bitmap;
 }
 
-void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf) {
+void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf, ByteView file) {
+    const ColorKind kind = storedColors(file);
+    if (kind == ColorKind::inks) return;  // The loader has made colours of them.
+    if (const ByteView profile = webpChunk(file, "ICCP"); !profile.empty()) {
+        convertToSrgb(bitmap, profile, kind);
+        return;
+    }
     const gchar* text = gdk_pixbuf_get_option(pixbuf, "icc-profile");
     if (text == nullptr) return;
     gsize length = 0;
     const Buffer profile(g_base64_decode(text, &length));
-    convertToSrgb(bitmap, {profile.get(), length});
+    convertToSrgb(bitmap, {profile.get(), length}, kind);
 }
 
 /// 1 to 8, as in EXIF.
-int orientationOf(GdkPixbuf* pixbuf) {
+int orientationOf(GdkPixbuf* pixbuf, ByteView file) {
+    if (const ByteView exif = webpChunk(file, "EXIF"); !exif.empty()) return exifOrientation(exif);
     const gchar* text = gdk_pixbuf_get_option(pixbuf, "orientation");
     const int orientation = text == nullptr ? 1 : std::atoi(text);
     return orientation >= 1 && orientation <= 8 ? orientation : 1;
@@ -268,7 +276,7 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     if (!pixbuf) return std::nullopt;
     const Pixels pixels(pixbuf.get());
     const PixelSize full = pixels.size;
-    const int orientation = orientationOf(pixbuf.get());
+    const int orientation = orientationOf(pixbuf.get(), file);
     PixelSize atLeast = needed(swapsSides(orientation) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(orientation)) std::swap(atLeast.width, atLeast.height);
 
@@ -279,7 +287,7 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     std::optional<Bitmap> bitmap = factor == 1 ? toBitmap(pixels) : reducedTo(reduced, pixels);
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
-    applyProfile(*bitmap, pixbuf.get());
+    applyProfile(*bitmap, pixbuf.get(), file);
     return upright(std::move(*bitmap), orientation);
 }
 

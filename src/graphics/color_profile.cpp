@@ -5,8 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <memory>
-#include <string_view>
+#include <utility>
+#include <vector>
 
 #include "graphics/pixels.h"
 #include "graphics/releaser.h"
@@ -24,41 +26,111 @@ constexpr cmsUInt32Number kPixels = kBlueFirst ? TYPE_BGRA_8 : TYPE_ARGB_8;
 constexpr cmsUInt32Number kGreyPixels = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | BYTES_SH(1) |
                                         EXTRA_SH(3) | (kBlueFirst ? 0 : SWAPFIRST_SH(1));
 
-/// Most pictures with a profile have this one, and converting them would change nothing.
-bool isSrgb(const Profile& profile) {
-    std::array<char, 8> name{};
-    cmsGetProfileInfoASCII(profile.get(), cmsInfoDescription, cmsNoLanguage, cmsNoCountry,
-                           name.data(), name.size());
-    return std::string_view(name.data()).starts_with("sRGB");
+struct KindOfProfile {
+    cmsColorSpaceSignature space;
+    cmsUInt32Number pixels;
+};
+
+constexpr KindOfProfile profileFor(ColorKind kind) {
+    switch (kind) {
+        case ColorKind::grey:
+            return {cmsSigGrayData, kGreyPixels};
+        case ColorKind::inks:
+            return {cmsSigCmykData, TYPE_CMYK_8};
+        case ColorKind::rgb:
+            break;
+    }
+    return {cmsSigRgbData, kPixels};
 }
 
-Transform transformToSrgb(std::span<const std::uint8_t> icc) {
-    const Profile source(
-        cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
-    if (!source || isSrgb(source)) return nullptr;
-    const cmsColorSpaceSignature space = cmsGetColorSpace(source.get());
-    if (space != cmsSigRgbData && space != cmsSigGrayData) return nullptr;
-    const Profile srgb(cmsCreate_sRGBProfile());
-    if (!srgb) return nullptr;
-    return Transform(cmsCreateTransform(source.get(),
-                                        space == cmsSigRgbData ? kPixels : kGreyPixels, srgb.get(),
-                                        kPixels, INTENT_PERCEPTUAL, 0));
+/// A primary's profile tags, and where sRGB has it (IEC 61966-2-1, adapted to D50).
+struct Primary {
+    cmsTagSignature colorant;
+    cmsTagSignature curve;
+    cmsCIEXYZ place;
+};
+constexpr std::array<Primary, 3> kPrimaries{{
+    {cmsSigRedColorantTag, cmsSigRedTRCTag, {0.4361, 0.2225, 0.0139}},
+    {cmsSigGreenColorantTag, cmsSigGreenTRCTag, {0.3851, 0.7169, 0.0971}},
+    {cmsSigBlueColorantTag, cmsSigBlueTRCTag, {0.1431, 0.0606, 0.7140}},
+}};
+
+double encoded(double light) {
+    return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
+
+/// Whether the profile has that primary of sRGB: within what makes no pixel another by more than a
+/// level or two, since hardly two makers of such profiles round alike.
+bool hasPrimary(const Profile& profile, const Primary& primary) {
+    const auto* place = static_cast<const cmsCIEXYZ*>(cmsReadTag(profile.get(), primary.colorant));
+    const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile.get(), primary.curve));
+    if (place == nullptr || curve == nullptr) return false;
+    const double apart =
+        std::max({std::abs(place->X - primary.place.X), std::abs(place->Y - primary.place.Y),
+                  std::abs(place->Z - primary.place.Z)});
+    if (!(apart < 0.0005)) return false;
+    for (int level = 0; level <= 255; level += 15) {
+        const double light = cmsEvalToneCurveFloat(curve, static_cast<float>(level) / 255);
+        if (!(std::abs(255 * encoded(light) - level) < 0.5)) return false;
+    }
+    return true;
+}
+
+/// Most profiles are sRGB's, and converting would change nothing. Their names do not tell.
+bool isSrgb(const Profile& profile) {
+    return cmsIsMatrixShaper(profile.get()) && !cmsIsTag(profile.get(), cmsSigAToB0Tag) &&
+           cmsGetColorSpace(profile.get()) == cmsSigRgbData &&
+           std::ranges::all_of(
+               kPrimaries, [&](const Primary& primary) { return hasPrimary(profile, primary); });
+}
+
+/// How pictures of one kind are brought from one profile to sRGB.
+struct Conversion {
+    Conversion() = default;
+    Conversion(std::span<const std::uint8_t> icc, ColorKind pictures)
+        : profile(icc.begin(), icc.end()), kind(pictures) {
+        const Profile source(
+            cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
+        const auto [space, pixels] = profileFor(kind);
+        if (!source || cmsGetColorSpace(source.get()) != space) return;
+        isNone = isSrgb(source);
+        const Profile srgb(isNone ? nullptr : cmsCreate_sRGBProfile());
+        if (!srgb) return;
+        transform.reset(
+            cmsCreateTransform(source.get(), pixels, srgb.get(), kPixels, INTENT_PERCEPTUAL, 0));
+    }
+
+    bool isFor(std::span<const std::uint8_t> icc, ColorKind pictures) const {
+        return kind == pictures && std::ranges::equal(profile, icc);
+    }
+
+    std::vector<std::uint8_t> profile;
+    ColorKind kind = ColorKind::rgb;
+    bool isNone = false;  ///< The colours are sRGB's already.
+    Transform transform;
+};
 
 }  // namespace
 
-void convertToSrgb(Bitmap& bitmap, std::span<const std::uint8_t> icc) {
-    const Transform transform = transformToSrgb(icc);
-    if (!transform) return;
+bool convertToSrgb(Bitmap& bitmap, std::span<const std::uint8_t> icc, ColorKind kind) {
+    // To prepare one takes longer than to decode a small picture, and those of a loop share it.
+    thread_local Conversion conversion;
+    if (!conversion.isFor(icc, kind)) conversion = Conversion(icc, kind);
+    if (!conversion.transform) return conversion.isNone;
+
+    const bool inks = kind == ColorKind::inks;
     const auto width = static_cast<std::size_t>(bitmap.width());
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::span row(bitmap.row(y), width);
         // The colours are converted as they are without their alpha, which stays.
-        std::ranges::transform(row, row.begin(), straight);
-        cmsDoTransform(transform.get(), row.data(), row.data(),
+        if (!inks) std::ranges::transform(row, row.begin(), straight);
+        cmsDoTransform(conversion.transform.get(), row.data(), row.data(),
                        static_cast<cmsUInt32Number>(width));
-        std::ranges::transform(row, row.begin(), premultiplied);
+        std::ranges::transform(row, row.begin(), [inks](std::uint32_t pixel) {
+            return inks ? pixel | 0xFF000000U : premultiplied(pixel);
+        });
     }
+    return true;
 }
 
 }  // namespace tkv

@@ -6,6 +6,8 @@
 #include <array>
 #include <cstddef>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
 
 #include "graphics/releaser.h"
@@ -14,7 +16,7 @@ namespace tkv {
 
 namespace {
 
-constexpr std::array<std::uint8_t, 6> kExifHeader{'E', 'x', 'i', 'f', 0, 0};
+constexpr std::string_view kExifHeader("Exif\0\0", 6);
 
 /// How the stored pixel for an upright one at (x, y) is found: swapped to (y, x) where the picture
 /// lies on its side (swapsSides), then counted from the right or from the bottom edge.
@@ -37,14 +39,13 @@ constexpr std::array<Turn, 9> kTurns{{
 
 }  // namespace
 
-int exifOrientation(std::span<const std::uint8_t> app1) {
+int exifOrientation(std::span<const std::uint8_t> exif) {
+    std::string bytes(exif.begin(), exif.end());
     // The library would search anything else for a whole JPEG file.
-    if (app1.size() <= kExifHeader.size() ||
-        !std::equal(kExifHeader.begin(), kExifHeader.end(), app1.begin())) {
-        return 1;
-    }
-    const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(
-        exif_data_new_from_data(app1.data(), static_cast<unsigned>(app1.size())));
+    if (bytes.starts_with("II*") || bytes.starts_with("MM")) bytes.insert(0, kExifHeader);
+    if (!bytes.starts_with(kExifHeader)) return 1;
+    const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(exif_data_new_from_data(
+        reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size())));
     if (!data) return 1;
     const ExifEntry* entry = exif_content_get_entry(data->ifd[EXIF_IFD_0], EXIF_TAG_ORIENTATION);
     if (entry == nullptr || entry->format != EXIF_FORMAT_SHORT || entry->size < 2) return 1;

@@ -8,9 +8,9 @@
 
 namespace tkv {
 
-/// The EXIF orientation (1 to 8, TIFF 6.0 tag 274) in an APP1 segment's data, "Exif\0\0" included;
-/// 1 (upright) when there is none.
-int exifOrientation(std::span<const std::uint8_t> app1);
+/// The EXIF orientation (1 to 8, TIFF 6.0 tag 274) in data that begin with "Exif\0\0", as in an
+/// APP1 segment of JPEG, or with the TIFF header that follows; 1 (upright) when there is none.
+int exifOrientation(std::span<const std::uint8_t> exif);
 
 /// Whether pictures of this orientation lie on their side, so that standing them up swaps width
 /// and height.

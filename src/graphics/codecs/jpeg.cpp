@@ -81,8 +81,8 @@ class Decoder {
     void readScansFor(PixelSize shown);
     bool knows(const jpeg_component_info& component, PixelSize shown) const;
     bool readRows(Bitmap& bitmap);
-    void convertInks(Bitmap& bitmap) const;
-    void applyProfile(Bitmap& bitmap);
+    void convertColors(Bitmap& bitmap);
+    bool applyProfile(Bitmap& bitmap, ColorKind kind);
 
     Errors errors_;
     jpeg_decompress_struct codec_{};
@@ -198,11 +198,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
         {static_cast<int>(codec_.output_width), static_cast<int>(codec_.output_height)});
     if (!bitmap || !readRows(*bitmap)) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
-    if (inks) {
-        convertInks(*bitmap);
-    } else {
-        applyProfile(*bitmap);
-    }
+    convertColors(*bitmap);
     return upright(std::move(*bitmap), turn);
 }
 
@@ -268,26 +264,32 @@ bool Decoder::readRows(Bitmap& bitmap) {
     });
 }
 
-/// Four inks take as many bytes as a pixel, so the rows hold them until here.
-void Decoder::convertInks(Bitmap& bitmap) const {
+/// To sRGB. Four inks take as many bytes as a pixel, so the rows hold them until here.
+void Decoder::convertColors(Bitmap& bitmap) {
+    const bool inks = codec_.out_color_space == JCS_CMYK;
     // Adobe's programs write the inks inverted, and nearly all such files are theirs.
-    const unsigned inversion = codec_.saw_Adobe_marker ? 0xFF : 0;
-    for (int y = 0; y < bitmap.height(); ++y) {
-        std::uint32_t* row = bitmap.row(y);
-        const auto* inks = reinterpret_cast<const JSAMPLE*>(row);
-        for (int x = 0; x < bitmap.width(); ++x, inks += 4) {
-            row[x] = pixelOfInks(inks[0] ^ inversion, inks[1] ^ inversion, inks[2] ^ inversion,
-                                 inks[3] ^ inversion);
-        }
-    }
+    const std::uint32_t inversion = codec_.saw_Adobe_marker ? 0xFFFFFFFF : 0;
+    const auto forEachPixel = [&](const auto& change) {
+        for (int y = 0; y < bitmap.height(); ++y)
+            std::for_each_n(bitmap.row(y), bitmap.width(), change);
+    };
+    if (inks) forEachPixel([=](std::uint32_t& pixel) { pixel ^= inversion; });
+    const ColorKind kind = inks                         ? ColorKind::inks
+                           : codec_.num_components == 1 ? ColorKind::grey
+                                                        : ColorKind::rgb;
+    if (applyProfile(bitmap, kind) || !inks) return;
+    forEachPixel([](std::uint32_t& pixel) {
+        const auto amounts = std::bit_cast<std::array<std::uint8_t, 4>>(pixel);
+        pixel = pixelOfInks(amounts[0], amounts[1], amounts[2], amounts[3]);
+    });
 }
 
-void Decoder::applyProfile(Bitmap& bitmap) {
+bool Decoder::applyProfile(Bitmap& bitmap, ColorKind kind) {
     JOCTET* profile = nullptr;
     unsigned length = 0;
     errors_.run([&] { jpeg_read_icc_profile(&codec_, &profile, &length); });
     const Buffer owner(profile);
-    if (profile != nullptr) convertToSrgb(bitmap, {profile, length});
+    return profile != nullptr && convertToSrgb(bitmap, {profile, length}, kind);
 }
 
 class Encoder {

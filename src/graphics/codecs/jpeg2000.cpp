@@ -2,14 +2,14 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <bit>
 #include <memory>
 #include <span>
-#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "graphics/codecs/codecs.h"
+#include "graphics/codecs/jpeg2000_boxes.h"
 #include "graphics/codecs/jpeg2000_stream.h"
 #include "graphics/color_profile.h"
 #include "graphics/pixels.h"
@@ -105,6 +105,14 @@ std::uint32_t pixelOfInkColors(const Colors& colors, int x) {
     return pixelOfInks(colors[0].at(x), colors[1].at(x), colors[2].at(x), colors[3].at(x));
 }
 
+/// As a profile for inks expects them.
+std::uint32_t bareInks(const Colors& colors, int x) {
+    std::array<std::uint8_t, 4> amounts{};
+    for (std::size_t ink = 0; ink < amounts.size(); ++ink)
+        amounts[ink] = static_cast<std::uint8_t>(colors[ink].at(x));
+    return std::bit_cast<std::uint32_t>(amounts);
+}
+
 using PixelOf = std::uint32_t (*)(const Colors& colors, int x);
 
 PixelOf colorModel(const opj_image_t& image, std::size_t colors) {
@@ -143,6 +151,28 @@ unsigned mostHalvings(opj_codec_t* codec) {
     return most;
 }
 
+void paint(Bitmap& bitmap, Colors& colors, PixelOf pixelOfColors) {
+    for (int y = 0; y < bitmap.height(); ++y) {
+        std::uint32_t* row = bitmap.row(y);
+        for (Channel& channel : colors)
+            channel.startRow(y);
+        for (int x = 0; x < bitmap.width(); ++x)
+            row[x] = pixelOfColors(colors, x);
+    }
+}
+
+/// Opaque and in sRGB.
+void paintColors(Bitmap& bitmap, const opj_image_t& image, Colors& colors) {
+    const ByteView profile(image.icc_profile_buf, image.icc_profile_len);
+    if (colors.size() >= 4) {
+        // Beside a profile no file states that its colours are inks.
+        paint(bitmap, colors, bareInks);
+        if (convertToSrgb(bitmap, profile, ColorKind::inks)) return;
+    }
+    paint(bitmap, colors, colorModel(image, colors.size()));
+    convertToSrgb(bitmap, profile, colors.size() < 3 ? ColorKind::grey : ColorKind::rgb);
+}
+
 std::optional<Bitmap> toBitmap(const opj_image_t& image) {
     const PixelSize size = sizeAfter(image, 0);
     std::vector<Channel> colors;
@@ -163,14 +193,9 @@ std::optional<Bitmap> toBitmap(const opj_image_t& image) {
     std::optional<Bitmap> bitmap = Bitmap::create(size);
     if (!bitmap || colors.empty()) return std::nullopt;
 
-    const PixelOf opaque = colorModel(image, colors.size());
-    for (int y = 0; y < size.height; ++y) {
+    paintColors(*bitmap, image, colors);
+    for (int y = 0; alpha && y < size.height; ++y) {
         std::uint32_t* row = bitmap->row(y);
-        for (Channel& channel : colors)
-            channel.startRow(y);
-        for (int x = 0; x < size.width; ++x)
-            row[x] = opaque(colors, x);
-        if (!alpha) continue;
         alpha->startRow(y);
         for (int x = 0; x < size.width; ++x) {
             const std::uint32_t pixel = (row[x] & 0xFFFFFFU) | alpha->at(x) << 24U;
@@ -194,13 +219,15 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     }
     const bool hasHeader = opj_read_header(stream.get(), codec.get(), &header);
     const Image image(header);
-    if (!hasHeader || image->numcomps > kMostComponents) return std::nullopt;
+    const unsigned indexed = paletteColors(file);
+    if (!hasHeader || std::max(image->numcomps, indexed) > kMostComponents) return std::nullopt;
     const PixelSize full = sizeAfter(*image, 0);
     if (!canHold(full, {1, 1})) return std::nullopt;
 
     const PixelSize atLeast = needed(full);
     const unsigned fewest = std::max(full.width, full.height) > kLargestDrawnSide ? 1 : 0;
-    unsigned halvings = mostHalvings(codec.get());
+    // The mean of two places in a palette is no place between them.
+    unsigned halvings = indexed > 0 ? 0 : mostHalvings(codec.get());
     if (halvings < fewest) return std::nullopt;
     for (; halvings > fewest; --halvings) {
         const PixelSize reduced = sizeAfter(*image, halvings);
@@ -208,7 +235,7 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     }
     // The library keeps every component apart, four bytes a sample.
     const PixelSize reduced = sizeAfter(*image, halvings);
-    const int components = static_cast<int>(image->numcomps);
+    const int components = static_cast<int>(image->numcomps + indexed);
     if (!canHold(full, {reduced.width, reduced.height * components}) ||
         !opj_set_decoded_resolution_factor(codec.get(), halvings) ||
         !opj_decode(codec.get(), stream.get(), image.get())) {
@@ -217,9 +244,6 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     std::optional<Bitmap> bitmap = toBitmap(*image);
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
-    if (image->icc_profile_len > 0) {
-        convertToSrgb(*bitmap, {image->icc_profile_buf, image->icc_profile_len});
-    }
     return bitmap;
 }
 
@@ -264,37 +288,6 @@ Image toImage(const Bitmap& bitmap) {
         }
     }
     return image;
-}
-
-std::uint32_t readWord(const std::uint8_t* at) {
-    return std::uint32_t{at[0]} << 24U | std::uint32_t{at[1]} << 16U | std::uint32_t{at[2]} << 8U |
-           at[3];
-}
-
-/// Appends the display resolution to the header box; the library leaves it out.
-void stateResolution(Bytes& file, Resolution dots) {
-    constexpr std::string_view kStart("\0\0\0\x1Ares \0\0\0\x12resd", 16);
-    Bytes box(kStart.begin(), kStart.end());
-    // Dots a metre, down before across, as fractions (dots / 254) and powers of ten (both 4).
-    for (const int count : {dots.down, dots.across}) {
-        for (const int byte : {count >> 8, count & 0xFF, 0, 254})
-            box.push_back(static_cast<std::uint8_t>(byte));
-    }
-    box.insert(box.end(), {4, 4});
-    for (std::size_t at = 0; at + 8 <= file.size();) {
-        const std::uint32_t length = readWord(&file[at]);
-        if (length < 8 || length > file.size() - at) return;
-        if (std::memcmp(&file[at + 4], "jp2h", 4) == 0) {
-            const auto grown = length + static_cast<std::uint32_t>(box.size());
-            for (std::size_t i = 0; i < 4; ++i) {
-                file[at + i] = static_cast<std::uint8_t>(grown >> (24 - 8 * i));
-            }
-            file.insert(file.begin() + static_cast<std::ptrdiff_t>(at + length), box.begin(),
-                        box.end());
-            return;
-        }
-        at += length;
-    }
 }
 
 std::optional<Bytes> encode(const Bitmap& bitmap) {
