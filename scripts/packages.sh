@@ -12,6 +12,7 @@ build_packages=(
 test_packages=(
     libgtest-dev
     imagemagick libimage-exiftool-perl libopenjp2-tools
+    libavif-gdk-pixbuf webp-pixbuf-loader
     ffmpeg genisoimage libdvdnav-dev libdvdread-dev
     fonts-noto-color-emoji fonts-vlgothic
 )

@@ -39,12 +39,16 @@ NeededSize atLeast(PixelSize size) {
     return [size](PixelSize) { return size; };
 }
 
-Bytes progressive(const Bytes& jpeg) {
+Bytes converted(const Bytes& picture, const std::string& arguments) {
     const TempFolder folder;
-    const std::string path = folder.file("progressive.jpg");
-    run("convert-im6.q16 " + folder.write("a.jpg", text(jpeg)) + " -interlace JPEG " + path);
+    const std::string path = folder.file("converted");
+    run("convert-im6.q16 " + folder.write("a", text(picture)) + " " + arguments + ":" + path);
     const std::string file = readText(path);
     return {file.begin(), file.end()};
+}
+
+Bytes progressive(const Bytes& jpeg) {
+    return converted(jpeg, "-interlace JPEG jpg");
 }
 
 TEST(DecodePicture, StandsPicturesUpright) {
@@ -146,7 +150,7 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
         {"f.jp2", {254, 0, 0, 255}, coarse},
         {"g.j2k", {254, 0, 0, 255}, coarse},
         {"h.jp2", {128, 128, 128, 255}, "opj_compress -n 3 -mct 0 -i a.raw -F 16,16,1,16,u -o"},
-        {"i.webp", {255, 128, 0, 255}, "convert-im6.q16 a.ppm d.xpm"},  // An animation.
+        {"i.webp", {255, 128, 0, 255}, "convert-im6.q16 a.ppm '(' +clone -negate ')'"},
         {"j.avif", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -quality 100"},
     };
     for (const auto& [name, expected, tool] : rows) {
@@ -329,11 +333,12 @@ struct CutCase {
 };
 
 std::vector<CutCase> cutCases(const Bitmap& bitmap) {
-    const Bytes jpeg = encodeJpeg(bitmap, 0.9F).value();
+    const Bytes jpeg = encodeJpeg(bitmap, 0.9F).value(), png = encodePng(bitmap).value();
     return {{jpeg, decodeJpeg},
             {progressive(jpeg), decodeJpeg},
             {encodeJpeg2000(bitmap).value(), decodeJpeg2000},
-            {encodePng(bitmap).value(), decodeWithPixbuf},
+            {png, decodeWithPixbuf},
+            {converted(png, "webp"), decodeWithPixbuf},
             {encodeGif(bitmap).value(), decodeWithPixbuf},
             {encodeBmp(bitmap).value(), decodeWithPixbuf, true, 75},  // It starts at the bottom.
             {encodeTiff(bitmap).value(), decodeWithPixbuf, false}};
@@ -356,7 +361,10 @@ TEST(Decoders, ShowWhatThereIsOfACutPicture) {
 
 TEST(Decoders, BearAnyCutAndAnyWrongByteInSilence) {
     const auto bear = [] {
-        for (auto& [file, decode, showsPart, redRow] : cutCases(quarters({96, 80}))) {
+        std::vector<CutCase> cases = cutCases(quarters({96, 80}));
+        cases.push_back(
+            {converted(cases[0].file, "'(' +clone -negate ')' webp"), decodeWithPixbuf});
+        for (auto& [file, decode, showsPart, redRow] : cases) {
             for (std::size_t i = 0; i < 200; ++i) {
                 const std::size_t cut = file.size() * i / 200;
                 // A vector of its own, behind whose end nobody may read.

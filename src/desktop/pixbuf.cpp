@@ -31,7 +31,21 @@ using Text = std::unique_ptr<gchar, Releaser<g_free>>;
 /// What the loader tells while it reads.
 struct Progress {
     bool tooLarge = false;
+    bool comesRowByRow = false;
     bool hasPixels = false;
+};
+
+/// Loaders complain of damaged files on the standard error stream, which is an interface.
+class Silence {
+  public:
+    Silence() = default;
+    ~Silence() { g_log_set_default_handler(before_, nullptr); }
+    Silence(const Silence&) = delete;
+    Silence& operator=(const Silence&) = delete;
+
+  private:
+    GLogFunc before_ = g_log_set_default_handler(
+        [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {}, nullptr);
 };
 
 void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* progress) {
@@ -49,10 +63,11 @@ std::string nameOf(GdkPixbufLoader* loader) {
 
 /// Where a file ends too soon, memory never written to would show. Only for the formats that are
 /// read row by row: the readers of others tell of a picture when it is complete.
-void clear(GdkPixbufLoader* loader, Progress*) {
+void clear(GdkPixbufLoader* loader, Progress* progress) {
     constexpr std::array<std::string_view, 8> kRowByRow{"png", "gif", "bmp", "ico",
                                                         "ani", "tga", "pnm", "jpeg"};
     if (std::ranges::find(kRowByRow, nameOf(loader)) == kRowByRow.end()) return;
+    progress->comesRowByRow = true;
     gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), 0);
 }
 
@@ -79,10 +94,11 @@ Pixbuf load(ByteView file) {
     // The GIF reader goes over the whole picture after each piece, and moves all that is left of a
     // piece each few bytes: much smaller or larger ones take it ten times as long.
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
+    const Silence silence;
     Progress progress;
     const PixbufLoader loader(gdk_pixbuf_loader_new());
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(refuseTooLarge), &progress);
-    g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(clear), nullptr);
+    g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(clear), &progress);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
     bool reads = true;
     for (ByteView rest = file; reads && !progress.tooLarge && !rest.empty();) {
@@ -90,7 +106,9 @@ Pixbuf load(ByteView file) {
         reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
         rest = rest.subspan(piece.size());
     }
-    gdk_pixbuf_loader_close(loader.get(), nullptr);
+    const bool isWhole = gdk_pixbuf_loader_close(loader.get(), nullptr) && reads;
+    // Not every loader that hands over a complete picture says that it has pixels.
+    progress.hasPixels |= isWhole && !progress.comesRowByRow;
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (pixbuf == nullptr || progress.tooLarge || !progress.hasPixels) return nullptr;
     // The TIFF reader hands on what its library made, premultiplied alpha.
