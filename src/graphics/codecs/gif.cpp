@@ -5,9 +5,11 @@
 #include <memory>
 #include <new>
 #include <span>
+#include <utility>
 #include <vector>
 
 #include "graphics/codecs/codecs.h"
+#include "graphics/codecs/palette.h"
 #include "graphics/pixels.h"
 #include "graphics/releaser.h"
 
@@ -41,71 +43,87 @@ bool isTransparent(std::uint32_t pixel) {
     return alphaOf(pixel) < 128;
 }
 
-/// The three colour planes that giflib works on, rows from the top down.
-struct Planes {
-    explicit Planes(const Bitmap& bitmap) {
-        for (int y = 0; y < bitmap.height(); ++y) {
-            for (const std::uint32_t pixel : rowOf(bitmap, y)) {
-                const std::uint32_t color = isTransparent(pixel) ? 0 : straight(pixel);
-                red.push_back(static_cast<GifByteType>(redOf(color)));
-                green.push_back(static_cast<GifByteType>(greenOf(color)));
-                blue.push_back(static_cast<GifByteType>(blueOf(color)));
-                transparency |= isTransparent(pixel);
-            }
-        }
-    }
-
-    std::vector<GifByteType> red, green, blue;
-    bool transparency = false;
-};
-
-/// The mean colour of the pixels of each index. giflib takes colours for their upper five bits, so
-/// that its own palette has no white.
-std::vector<std::uint32_t> meanColors(const Planes& planes,
-                                      const std::vector<GifPixelType>& indices,
-                                      std::size_t colors) {
-    std::vector<std::array<std::uint64_t, 4>> sums(colors);
-    for (std::size_t i = 0; i < indices.size(); ++i) {
-        auto& [count, red, green, blue] = sums[indices[i]];
-        count += 1;
-        red += planes.red[i];
-        green += planes.green[i];
-        blue += planes.blue[i];
-    }
-    std::vector<std::uint32_t> palette;
-    for (const auto& [count, red, green, blue] : sums) {
-        const auto mean = [n = std::max<std::uint64_t>(count, 1)](std::uint64_t sum) {
-            return static_cast<unsigned>((sum + n / 2) / n);
-        };
-        palette.push_back(pixelOf(255, mean(red), mean(green), mean(blue)));
-    }
-    return palette;
-}
-
-std::optional<Indexed> indexed(const Bitmap& bitmap) {
-    Planes planes(bitmap);
-    Indexed picture;
-    picture.indices.resize(planes.red.size());
-    std::array<GifColorType, kMostColors> unused{};
-    int colors = static_cast<int>(planes.transparency ? kMostColors - 1 : kMostColors);
-    if (GifQuantizeBuffer(static_cast<unsigned>(bitmap.width()),
-                          static_cast<unsigned>(bitmap.height()), &colors, planes.red.data(),
-                          planes.green.data(), planes.blue.data(), picture.indices.data(),
-                          unused.data()) != GIF_OK) {
-        return std::nullopt;
-    }
-    picture.palette = meanColors(planes, picture.indices, static_cast<std::size_t>(colors));
-    if (!planes.transparency) return picture;
-
-    picture.transparent = colors;
-    picture.palette.push_back(0);
-    auto index = picture.indices.begin();
+/// What is not transparent, as colours without alpha.
+std::vector<std::uint32_t> opaqueColors(const Bitmap& bitmap) {
+    std::vector<std::uint32_t> colors;
     for (int y = 0; y < bitmap.height(); ++y) {
         for (const std::uint32_t pixel : rowOf(bitmap, y)) {
-            if (isTransparent(pixel)) *index = static_cast<GifPixelType>(picture.transparent);
-            ++index;
+            if (!isTransparent(pixel)) colors.push_back(straight(pixel) & 0xFFFFFFU);
         }
     }
+    return colors;
+}
+
+/// Hands on what each pixel is short of its colour to its neighbours (Floyd and Steinberg), every
+/// other row from the right. Without that the gradients of photographs break into bands; in full
+/// it would make grain of what the palette has almost.
+class Diffusion {
+  public:
+    Diffusion(std::span<const std::uint32_t> palette, int width)
+        : palette_(palette),
+          nearest_(palette),
+          here_(static_cast<std::size_t>(width) + 2),
+          below_(static_cast<std::size_t>(width) + 2) {}
+
+    void startRow() {
+        std::swap(here_, below_);
+        std::ranges::fill(below_, Channels{});
+    }
+
+    /// The index for a pixel of the row; `next` is the side on which the next one lies, 1 or -1.
+    std::size_t indexFor(std::uint32_t color, std::size_t x, int next);
+
+  private:
+    std::span<const std::uint32_t> palette_;
+    NearestColor nearest_;
+    // What the pixels are to make up for, in 1/256; one more place at both ends.
+    std::vector<Channels> here_, below_;
+};
+
+std::size_t Diffusion::indexFor(std::uint32_t color, std::size_t x, int next) {
+    constexpr int kHandedOn = 14;  // Sixteenths.
+    const std::size_t at = x + 1;
+    Channels wanted = channelsOf(color);
+    for (std::size_t i = 0; i < wanted.size(); ++i)
+        wanted[i] = std::clamp(wanted[i] + ((here_[at][i] + 128) >> 8), 0, 255);
+    const std::size_t index = nearest_.indexOf(wanted);
+    const Channels shown = channelsOf(palette_[index]);
+    const std::size_t ahead = next > 0 ? at + 1 : at - 1;
+    const std::size_t behind = next > 0 ? at - 1 : at + 1;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        const int short16th = (wanted[i] - shown[i]) * kHandedOn;
+        here_[ahead][i] += 7 * short16th;
+        below_[behind][i] += 3 * short16th;
+        below_[at][i] += 5 * short16th;
+        below_[ahead][i] += short16th;
+    }
+    return index;
+}
+
+Indexed indexed(const Bitmap& bitmap) {
+    Indexed picture;
+    std::vector<std::uint32_t> colors = opaqueColors(bitmap);
+    const std::size_t width = rowOf(bitmap, 0).size();
+    const std::size_t pixels = width * static_cast<std::size_t>(bitmap.height());
+    const bool transparency = colors.size() < pixels;
+    if (!colors.empty())
+        picture.palette = choosePalette(colors, kMostColors - (transparency ? 1 : 0));
+    if (transparency) picture.transparent = static_cast<int>(picture.palette.size());
+
+    picture.indices.resize(pixels, static_cast<GifPixelType>(picture.transparent));
+    Diffusion diffusion(picture.palette, bitmap.width());
+    for (int y = 0; y < bitmap.height(); ++y) {
+        const auto row = rowOf(bitmap, y);
+        GifPixelType* indices = picture.indices.data() + static_cast<std::size_t>(y) * width;
+        diffusion.startRow();
+        for (std::size_t i = 0; i < width; ++i) {
+            const std::size_t x = y % 2 == 0 ? i : width - 1 - i;
+            if (isTransparent(row[x])) continue;
+            indices[x] = static_cast<GifPixelType>(
+                diffusion.indexFor(straight(row[x]), x, y % 2 == 0 ? 1 : -1));
+        }
+    }
+    if (transparency) picture.palette.push_back(0);
     return picture;
 }
 
@@ -154,10 +172,10 @@ int append(GifFileType* gif, const GifByteType* data, int length) {
 
 std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> /*factor*/) {
     if (std::max(bitmap.width(), bitmap.height()) > kLargestGifSide) return std::nullopt;
-    std::optional<Indexed> picture = indexed(bitmap);
+    Indexed picture = indexed(bitmap);
     Bytes file;
     Gif gif(EGifOpen(&file, append, nullptr));
-    if (!picture || !gif || !write(gif.get(), bitmap.size(), *picture)) return std::nullopt;
+    if (!gif || !write(gif.get(), bitmap.size(), picture)) return std::nullopt;
     if (EGifCloseFile(gif.release(), nullptr) != GIF_OK) return std::nullopt;
     return file;
 }
