@@ -26,11 +26,11 @@ int preparations(std::size_t budget, int passes) {
 
 TEST(PageRenderer, PreparesALayerOnceAsLongAsTheBudgetLasts) {
     EXPECT_EQ(preparations(PageRenderer::kDefaultBudget, 210), 11);
-    EXPECT_EQ(preparations(11 * 400, 210), 11);
+    EXPECT_EQ(preparations(std::size_t{11} * 400, 210), 11);
     EXPECT_EQ(preparations(0, 210), 630) << "nothing can be kept";
     // The text and the first frames of both loops, three of them of each, are kept: of the second
     // loop frames 3 to 6 are made again in each round.
-    EXPECT_EQ(preparations(7 * 400, 210), 7 + 4 * 30);
+    EXPECT_EQ(preparations(std::size_t{7} * 400, 210), 7 + 4 * 30);
 }
 
 }  // namespace tkv::test::rendering

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 
 #include "graphics/bitmap.h"
@@ -73,7 +74,7 @@ struct Resolution {
 inline Resolution dotsPerInch(const Bitmap& bitmap) {
     const auto dots = [](int pixels, double units) {
         const double perInch = units > 0 ? pixels * kUnitsPerInch / units : kUnitsPerInch;
-        return static_cast<int>(std::clamp(perInch + 0.5, 1.0, 65535.0));
+        return static_cast<int>(std::lround(std::clamp(perInch, 1.0, 65535.0)));
     };
     return {dots(bitmap.width(), bitmap.nominalSize().width),
             dots(bitmap.height(), bitmap.nominalSize().height)};
