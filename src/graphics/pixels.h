@@ -29,9 +29,9 @@ constexpr std::uint32_t pixelOf(unsigned alpha, unsigned red, unsigned green, un
 }
 
 /// The nearest pixel, not premultiplied.
-constexpr std::uint32_t straightPixel(const Color& color) {
+inline std::uint32_t straightPixel(const Color& color) {
     const auto level = [](float part) {
-        return static_cast<unsigned>(std::clamp(part, 0.0F, 1.0F) * 255 + 0.5F);
+        return static_cast<unsigned>(std::lround(std::clamp(part, 0.0F, 1.0F) * 255));
     };
     return pixelOf(level(color.alpha), level(color.red), level(color.green), level(color.blue));
 }

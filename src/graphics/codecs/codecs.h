@@ -42,7 +42,8 @@ std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> facto
 /// 24 bits a pixel; what is transparent turns black.
 std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor = {});
 
-/// At most 256 colours, kept exactly where there are no more, otherwise dithered; pixels below half opacity share one transparent index.
+/// At most 256 colours, exact where the bitmap has no more and dithered where it has; pixels below
+/// half opacity share one transparent index.
 std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> factor = {});
 
 /// The largest pictures that are decoded: pixels a side as stored, and pixels after reduction.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace tkv {
 
@@ -31,7 +32,9 @@ struct Box {
     }
 
     std::uint32_t color() const {
-        const auto level = [&](std::size_t i) { return static_cast<unsigned>(mean[i] + 0.5); };
+        const auto level = [&](std::size_t i) {
+            return static_cast<unsigned>(std::lround(mean[i]));
+        };
         return pixelOf(0, level(0), level(1), level(2));
     }
 
@@ -67,18 +70,17 @@ std::vector<std::uint32_t> cut(std::span<std::uint32_t> colors, std::size_t most
         std::ranges::pop_heap(boxes, hasLessError);
         const Box box = boxes.back();
         boxes.pop_back();
-        const auto upper = std::ranges::partition(box.colors, [&](std::uint32_t color) {
+        const auto [first, last] = std::pair(box.colors.begin(), box.colors.end());
+        const auto middle = std::partition(first, last, [&](std::uint32_t color) {
             return channelsOf(color)[box.widest] <= box.mean[box.widest];
         });
-        const auto lower = box.colors.first(box.colors.size() - upper.size());
-        for (const auto part : {lower, std::span<std::uint32_t>(upper)}) {
+        for (const auto part : {std::span(first, middle), std::span(middle, last)}) {
             boxes.emplace_back(part);
             std::ranges::push_heap(boxes, hasLessError);
         }
     }
-    std::vector<std::uint32_t> palette;
-    for (const Box& box : boxes)
-        palette.push_back(box.color());
+    std::vector<std::uint32_t> palette(boxes.size());
+    std::ranges::transform(boxes, palette.begin(), &Box::color);
     return palette;
 }
 
