@@ -114,7 +114,7 @@ struct Conversion {
 
 bool convertToSrgb(Bitmap& bitmap, std::span<const std::uint8_t> icc, ColorKind kind) {
     // To prepare one takes longer than to decode a small picture, and those of a loop share it.
-    thread_local Conversion conversion;
+    thread_local Conversion conversion;  // The module keeps one of its own.
     if (!conversion.isFor(icc, kind)) conversion = Conversion(icc, kind);
     if (!conversion.transform) return conversion.isNone;
 

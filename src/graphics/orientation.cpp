@@ -16,7 +16,7 @@ namespace tkv {
 
 namespace {
 
-constexpr std::string_view kExifHeader("Exif\0\0", 6);
+constexpr std::array<char, 6> kExifHeader{'E', 'x', 'i', 'f', 0, 0};
 
 /// How the stored pixel for an upright one at (x, y) is found: swapped to (y, x) where the picture
 /// lies on its side (swapsSides), then counted from the right or from the bottom edge.
@@ -40,10 +40,11 @@ constexpr std::array<Turn, 9> kTurns{{
 }  // namespace
 
 int exifOrientation(std::span<const std::uint8_t> exif) {
+    constexpr std::string_view header(kExifHeader.data(), kExifHeader.size());
     std::string bytes(exif.begin(), exif.end());
     // The library would search anything else for a whole JPEG file.
-    if (bytes.starts_with("II*") || bytes.starts_with("MM")) bytes.insert(0, kExifHeader);
-    if (!bytes.starts_with(kExifHeader)) return 1;
+    if (bytes.starts_with("II*") || bytes.starts_with("MM")) bytes.insert(0, header);
+    if (!bytes.starts_with(header)) return 1;
     const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(exif_data_new_from_data(
         reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size())));
     if (!data) return 1;
