@@ -118,7 +118,7 @@ std::string run(const std::string& command) {
 }
 
 std::string quoted(const std::string& text) {
-    return "'" + std::regex_replace(text, std::regex("'"), "'\\''") + "'";
+    return fmt::format("'{}'", std::regex_replace(text, std::regex("'"), "'\\''"));
 }
 
 std::string checkoutPath(const std::string& name) {
