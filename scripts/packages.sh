@@ -11,7 +11,7 @@ build_packages=(
 # wrote or make a disc of it, and fonts for the scripts that DejaVu lacks.
 test_packages=(
     libgtest-dev
-    imagemagick libimage-exiftool-perl libopenjp2-tools
+    imagemagick libimage-exiftool-perl libjpeg-turbo-progs libopenjp2-tools
     libavif-gdk-pixbuf webp-pixbuf-loader
     ffmpeg genisoimage libdvdnav-dev libdvdread-dev
     fonts-noto-color-emoji fonts-vlgothic

@@ -4,6 +4,7 @@
 
 #include "graphics/codecs/codecs.h"
 #include "graphics/drawing.h"
+#include "graphics/orientation.h"
 #include "graphics/releaser.h"
 #include "support.h"
 
@@ -39,16 +40,34 @@ NeededSize atLeast(PixelSize size) {
     return [size](PixelSize) { return size; };
 }
 
-Bytes converted(const Bytes& picture, const std::string& arguments) {
-    const TempFolder folder;
-    const std::string path = folder.file("converted");
-    run("convert-im6.q16 " + folder.write("a", text(picture)) + " " + arguments + ":" + path);
+Bytes bytesOf(const std::string& path) {
     const std::string file = readText(path);
     return {file.begin(), file.end()};
 }
 
-Bytes progressive(const Bytes& jpeg) {
-    return converted(jpeg, "-interlace JPEG jpg");
+Bytes converted(const Bytes& picture, const std::string& arguments) {
+    const TempFolder folder;
+    const std::string path = folder.file("converted");
+    run("convert-im6.q16 " + folder.write("a", text(picture)) + " " + arguments + ":" + path);
+    return bytesOf(path);
+}
+
+/// The same coefficients in the scans of `script`, or in those that are usual.
+Bytes progressive(const Bytes& jpeg, const std::string& script = {}) {
+    const TempFolder folder;
+    const std::string scans =
+        script.empty() ? "-progressive" : "-scans " + folder.write("s", script);
+    run("cd " + folder.path() + " && jpegtran " + scans + " -outfile b " +
+        folder.write("a", text(jpeg)));
+    return bytesOf(folder.file("b"));
+}
+
+/// The part `from` of the picture, or all of it, on a bitmap of its own.
+Bitmap drawn(const Bitmap& picture, PixelSize size, const Rect& from = {}) {
+    Bitmap shown = Bitmap::create(size).value();
+    drawPicture(shown, picture, from, {0, 0, 1.0 * size.width, 1.0 * size.height},
+                Compositing::sourceOver, 1.0);
+    return shown;
 }
 
 TEST(DecodePicture, StandsPicturesUpright) {
@@ -62,10 +81,10 @@ TEST(DecodePicture, StandsPicturesUpright) {
             const std::string path = folder.write("picture", file);
             run(fmt::format("f={}; exiftool -q -n -overwrite_original -Orientation={} $f{}", path,
                             orientation, more));
-            const PixelSize half = orientation > 4 ? PixelSize{16, 32} : PixelSize{32, 16};
-            const Bitmap bitmap = decodePicture(path, atLeast({half.width, 1})).value();
-            EXPECT_EQ(bitmap.size(), half);
-            EXPECT_EQ(bitmap.nominalSize().height, half.height * 2);
+            const PixelSize full = orientation > 4 ? PixelSize{32, 64} : PixelSize{64, 32};
+            const Bitmap bitmap = decodePicture(path, atLeast({full.width / 4, 1})).value();
+            EXPECT_LE(bitmap.height(), full.height / 2);
+            EXPECT_EQ(bitmap.nominalSize().height, full.height);
             EXPECT_EQ(corners(bitmap), expected[orientation - 1]) << orientation;
         }
     }
@@ -98,13 +117,13 @@ TEST(DecodePicture, DecodesNoMorePixelsThanNeeded) {
                       png = text(encodePng(full));
     const std::tuple<std::string, PixelSize, PixelSize> rows[] = {
         {jpeg, {180, 144}, {180, 144}},
-        {jpeg, {10, 145}, {270, 216}},
+        {jpeg, {10, 145}, {360, 288}},
         {jpeg, {1, 1}, {90, 72}},
-        {jpeg, {631, 1}, {720, 576}},
-        {jp2, {181, 1}, {360, 288}},
+        {jpeg, {361, 1}, {720, 576}},
+        {jp2, {180, 1}, {360, 288}},
         {jp2, {2000, 2000}, {720, 576}},
-        {png, {181, 1}, {240, 192}},
-        {png, {100, 100}, {144, 115}},
+        {png, {181, 1}, {720, 576}},
+        {png, {100, 100}, {360, 288}},
         {indexedJpeg2000(), {1, 1}, {720, 576}}};
     const TempFolder folder;
     for (const auto& [file, needed, expected] : rows) {
@@ -113,19 +132,102 @@ TEST(DecodePicture, DecodesNoMorePixelsThanNeeded) {
         EXPECT_EQ(bitmap.nominalSize(), (Size{720, 576}));
         EXPECT_EQ(corners(bitmap), "RGBW");
     }
-    // What is too wide to be drawn is reduced whatever is needed.
-    folder.write("wide", text(encodeJpeg2000(quarters({32010, 8}))));
-    EXPECT_EQ(decodePicture(folder.file("wide")).value().size(), (PixelSize{16005, 4}));
+    // What is wider than the drawing library's surfaces can be is drawn all the same.
+    const Bitmap wide =
+        decodeJpeg2000(encodeJpeg2000(quarters({32768, 8})).value(), everyPixel).value();
+    EXPECT_EQ(corners(drawn(wide, {64, 8})), "RGBW");
+    EXPECT_EQ(corners(drawn(wide, {64, 8}, {32768 / 2 - 32, 0, 64, 8})), "RGBW");
 }
 
-TEST(DecodeWithPixbuf, ReducesToTheMeanOfAllPixels) {
-    // Columns of opaque red, of nothing, of half-opaque blue: the last of 13 widens a block.
-    const Bitmap stripes = painted({13, 9}, [](int x, int) {
-        return x % 3 == 0 ? kRed : x % 3 == 1 ? Rgba{0, 0, 0, 0} : Rgba{0, 0, 255, 128};
+TEST(DecodeWithPixbuf, WeighsColoursByTheirAlpha) {
+    const Bitmap columns = painted({90, 60}, [](int x, int) {
+        return x % 3 == 0 ? kRed : Rgba{0, 0, 255, 0};
     });
-    const Bitmap mean = decodeWithPixbuf(encodePng(stripes).value(), atLeast({4, 3})).value();
-    EXPECT_EQ(mean.row(1)[0], 0x8055002BU);
-    EXPECT_EQ(mean.row(1)[3], 0xA0800020U);
+    const Bitmap reduced = decodeWithPixbuf(encodePng(columns).value(), atLeast({15, 10})).value();
+    EXPECT_EQ(reduced.size(), (PixelSize{30, 20}));
+    EXPECT_TRUE(near(pixel(reduced, 14, 9), {255, 0, 0, 85}, 1));
+}
+
+/// A spot in the last eighth of both sides, on grey.
+Bitmap spot(PixelSize size) {
+    return painted(size, [=](int x, int y) {
+        const double right = (x + 0.5) / size.width - 0.9, below = (y + 0.5) / size.height - 0.9;
+        const double far = (right * right + below * below) / 4e-4;
+        const int grey = 60 + static_cast<int>(std::lround(190 * std::exp(-far)));
+        return Rgba{grey, grey, grey, 255};
+    });
+}
+
+Point centerOfSpot(const Bitmap& bitmap) {
+    double sum = 0, x = 0, y = 0;
+    for (int row = 0; row < bitmap.height(); ++row) {
+        for (int column = 0; column < bitmap.width(); ++column) {
+            const Rgba color = pixel(bitmap, column, row);
+            EXPECT_TRUE(color.alpha == 255 && color.red >= 57) << column << ", " << row;
+            const double weight = std::max(0, color.red - 65);
+            sum += weight;
+            x += weight * column;
+            y += weight * row;
+        }
+    }
+    return {x / sum, y / sum};
+}
+
+struct Decodable {
+    Bytes file;
+    std::optional<Bitmap> (*decode)(ByteView file, const NeededSize& needed);
+};
+
+/// The picture in formats that are reduced in different ways.
+std::vector<Decodable> reducibleFiles(const Bitmap& picture) {
+    const TempFolder folder;
+    folder.write("a.png", text(encodePng(picture)));
+    run("cd " + folder.path() +
+        " && convert-im6.q16 a.png a.ppm && "
+        "opj_compress -i a.ppm -o moved.jp2 -d 33,17 -t 300,200");
+    const std::string moved = readText(folder.file("moved.jp2"));
+    return {{encodeJpeg(picture, 1.0F).value(), decodeJpeg},
+            {encodeJpeg2000(picture).value(), decodeJpeg2000},
+            {{moved.begin(), moved.end()}, decodeJpeg2000},
+            {encodePng(picture).value(), decodeWithPixbuf}};
+}
+
+TEST(Decoders, PutReducedPicturesWhereWholeOnesLie) {
+    for (const PixelSize size : {PixelSize{801, 601}, {806, 607}}) {
+        for (const auto& [file, decode] : reducibleFiles(spot(size))) {
+            for (int orientation = 1; orientation <= 8; ++orientation) {
+                const PixelSize out{97 + 31 * orientation, 70 + 23 * orientation};
+                const double width = out.width, height = out.height;
+                // Also when the size in units is changed, and a part is drawn.
+                const Rect part{width * 0.02, height * 0.02, width * 0.96, height * 0.96};
+                const auto show = [&, decode = decode, &file = file](const NeededSize& needed) {
+                    Bitmap decoded = upright(decode(file, needed).value(), orientation).value();
+                    decoded.setNominalSize({width, height});
+                    return centerOfSpot(drawn(decoded, out, part));
+                };
+                const Point whole = show(everyPixel), reduced = show(atLeast(out));
+                EXPECT_NEAR(reduced.x, whole.x, 0.05) << text(file).substr(0, 9) << orientation;
+                EXPECT_NEAR(reduced.y, whole.y, 0.05) << text(file).substr(0, 9) << orientation;
+            }
+        }
+    }
+}
+
+TEST(Decoders, DoNotRing) {
+    const auto paint = [](int x, int y) {
+        return x > 203 && y > 131 ? Rgba{200, 200, 200, 255} : Rgba{50, 50, 50, 255};
+    };
+    const Bitmap edges = painted({480, 320}, paint);
+    for (const auto& [file, decode] : reducibleFiles(edges)) {
+        for (int width = 60; width <= 480; width += 60) {
+            const PixelSize size{width, width * 2 / 3};
+            const Bitmap shown = drawn(decode(file, atLeast(size)).value(), size);
+            for (int i = 0; i < size.width * size.height; ++i) {
+                const int red = pixel(shown, i % width, i / width).red;
+                ASSERT_TRUE(red >= 48 && red <= 202) << red << " at " << width;
+            }
+        }
+    }
 }
 
 TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
@@ -161,30 +263,40 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
     }
 }
 
-TEST(DecodeJpeg, ReadsOnlyTheScansThatTheSizeNeeds) {
-    const Bitmap picture = painted({640, 480}, [](int x, int y) {
-        const int wave = 127 + static_cast<int>(90 * std::sin(x * y / 9e3));
-        return Rgba{x * 255 / 640, y * 255 / 480, wave, 255};
-    });
-    const Bytes baseline = encodeJpeg(picture, 0.9F).value();
-    const Bytes file = progressive(baseline);
-    // Forty pixels need no more than each block's mean, eighty some detail of the colours too.
-    for (const auto& [size, scans] :
-         {std::pair{PixelSize{40, 30}, 1}, {{80, 60}, 4}, {{160, 120}, 6}}) {
-        const auto decode = [size = size](ByteView bytes) {
-            Bitmap shown = Bitmap::create(size).value();
-            const Rect all{0, 0, 1.0 * size.width, 1.0 * size.height};
-            drawPicture(shown, decodeJpeg(bytes, atLeast(size)).value(), {}, all,
-                        Compositing::sourceOver, 1.0);
-            return shown;
-        };
-        const Bitmap whole = decode(file);
-        EXPECT_LE(worstDifference(whole, decode(baseline)), 12) << "beside the baseline file";
-        // The scans after the needed ones may as well be missing.
-        std::size_t end = 0;
-        for (int scan = 0; scan <= scans; ++scan)
-            end = text(file).find("\xFF\xDA", end + 1);
-        EXPECT_EQ(worstDifference(whole, decode(ByteView(file).first(end))), 0) << scans;
+/// One bit after the other, and one frequency after the other.
+constexpr const char* kDeepScans =
+    "0: 0-0, 0, 2; 1: 0-0, 0, 2; 2: 0-0, 0, 2; 0: 1-63, 0, 3; 1: 1-63, 0, 3; 2: 1-63, 0, 3;"
+    "0: 1-63, 3, 2; 1: 1-63, 3, 2; 2: 1-63, 3, 2; 0: 0-0, 2, 1; 1: 0-0, 2, 1; 2: 0-0, 2, 1;"
+    "0: 1-63, 2, 1; 1: 1-63, 2, 1; 2: 1-63, 2, 1; 0: 0-0, 1, 0; 1: 0-0, 1, 0; 2: 0-0, 1, 0;"
+    "1: 1-63, 1, 0; 2: 1-63, 1, 0; 0: 1-63, 1, 0;";
+constexpr const char* kWideScans =
+    "0,1,2: 0-0, 0, 0; 0: 1-2, 0, 0; 1: 1-63, 0, 0; 2: 1-9, 0, 1; 0: 3-63, 0, 1; 0: 3-20, 1, 0;"
+    "0: 21-63, 1, 0; 2: 1-9, 1, 0; 2: 10-63, 0, 0;";
+
+TEST(DecodeJpeg, SparesOnlyTheScansThatNobodySees) {
+    const TempFolder folder;
+    run(
+        fmt::format("ffmpeg -v error -i {} -vf scale=324:243,noise=alls=14,scale=647:485,"
+                    "noise=alls=10 {}",
+                    checkoutPath("examples/media/harbour.jpg"), folder.file("p.png")));
+    const Bitmap photo = decodePicture(folder.file("p.png")).value();
+    for (const float quality : {0.5F, 0.75F, 0.9F, 0.95F}) {  // The last one in full colour.
+        const Bytes baseline = encodeJpeg(photo, quality).value();
+        for (const std::string script : {"", kDeepScans, kWideScans}) {
+            const Bytes file = progressive(baseline, script);
+            for (const int divisor : {8, 4, 2, 1}) {
+                const NeededSize size = atLeast({647 / divisor, 485 / divisor});
+                EXPECT_LE(worstDifference(decodeJpeg(file, size).value(),
+                                          decodeJpeg(baseline, size).value()),
+                          2)
+                    << quality << ", 1/" << divisor << " of " << script;
+            }
+            if (script == kWideScans) continue;
+            // At an eighth the last scan, of luma, is not to be seen, nor is it read.
+            const auto eighth = [](ByteView part) { return *decodeJpeg(part, atLeast({1, 1})); };
+            const std::size_t last = text(file).rfind("\xFF\xDA");
+            EXPECT_EQ(worstDifference(eighth(file), eighth(ByteView(file).first(last))), 0);
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "imaging/rescale.h"
 
+#include <cmath>
+
 #include "imaging/rescale_modes.h"
 #include "support.h"
 
@@ -101,11 +103,22 @@ TEST(Rescale, KeepsAlphaInTheTypesThatAreMeantTo) {
 }
 
 TEST(Rescale, ShrinkingTenfoldDoesNotAlias) {
-    const Bitmap stripes = painted({1000, 1000}, [](int x, int y) {
-        return (x + y) % 2 == 0 ? Rgba{255, 255, 255, 255} : Rgba{0, 0, 0, 255};
-    });
-    const Bitmap small = imgRescaleStretch(&stripes, 96, 103, 72, false).value();
-    EXPECT_LE(worstDifference(small, painted({96, 103}, {127, 127, 127, 255})), 12);
+    // Too fine for the answer's pixels, whether they run down or aslant.
+    for (const double period : {16.0, 14.0, 12.0, 10.5, 2.0}) {
+        for (const int down : {0, 1}) {
+            const Bitmap stripes = painted({1000, 200}, [&](int x, int y) {
+                const double phase = (x + y * down + 0.5) * 6.2831853 / period;
+                const int grey = static_cast<int>(std::lround(127.5 + 127.5 * std::sin(phase)));
+                return Rgba{grey, grey, grey, 255};
+            });
+            const Bitmap small = imgRescaleStretch(&stripes, 100, 20, 72, false).value();
+            // At the picture's own edges waves end in the middle.
+            for (int x = 2; x < 98; ++x)
+                EXPECT_NEAR(pixel(small, x, 9).red, 127, 9) << period;
+            const Bitmap same = imgRescaleStretch(&stripes, 1000, 200, 72, false).value();
+            EXPECT_EQ(worstDifference(same, stripes), 0);
+        }
+    }
 }
 
 TEST(Rescale, RefusesWhatIsNoSourceNoModeOrNoBox) {

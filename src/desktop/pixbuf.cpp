@@ -116,92 +116,19 @@ Pixbuf load(ByteView file) {
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
-/// A pixbuf's pixels: three bytes each, or four with straight alpha.
-struct Pixels {
-    explicit Pixels(const GdkPixbuf* pixbuf)
-        : size{gdk_pixbuf_get_width(pixbuf), gdk_pixbuf_get_height(pixbuf)},
-          first(gdk_pixbuf_read_pixels(pixbuf)),
-          rowBytes(static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf))),
-          channels(static_cast<std::size_t>(gdk_pixbuf_get_n_channels(pixbuf))) {}
-
-    const guint8* row(int y) const { return first + static_cast<std::size_t>(y) * rowBytes; }
-    static std::uint32_t wordAt(const guint8* at, bool alpha) {
-        return pixelOf(alpha ? at[3] : 255U, at[0], at[1], at[2]);
-    }
-
-    PixelSize size;
-    const guint8* first;
-    std::size_t rowBytes;
-    std::size_t channels;
-};
-
-std::optional<Bitmap> toBitmap(const Pixels& pixels) {
-    std::optional<Bitmap> bitmap = Bitmap::create(pixels.size);
+std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf) {
+    std::optional<Bitmap> bitmap =
+        Bitmap::create({gdk_pixbuf_get_width(pixbuf), gdk_pixbuf_get_height(pixbuf)});
     if (!bitmap) return std::nullopt;
-    const bool alpha = pixels.channels == 4;
-    for (int y = 0; y < pixels.size.height; ++y) {
-        const guint8* from = pixels.row(y);
+    // Three bytes a pixel, or four with straight alpha.
+    const bool alpha = gdk_pixbuf_get_has_alpha(pixbuf);
+    const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf));
+    const guint8* row = gdk_pixbuf_read_pixels(pixbuf);
+    for (int y = 0; y < bitmap->height(); ++y, row += rowBytes) {
+        const guint8* from = row;
         std::uint32_t* to = bitmap->row(y);
-        for (int x = 0; x < pixels.size.width; ++x, from += pixels.channels) {
-            to[x] = premultiplied(Pixels::wordAt(from, alpha));
-        }
-    }
-    return bitmap;
-}
-
-/// The sums over a block of pixels, colours multiplied by their alpha.
-struct Sum {
-    std::uint64_t alpha = 0, red = 0, green = 0, blue = 0;
-};
-
-/// Where block `index` of `blocks` over `length` pixels starts; none differ by more than one pixel.
-int blockStart(int index, int blocks, int length) {
-    return static_cast<int>(std::int64_t{length} * index / blocks);
-}
-
-void addRow(const Pixels& pixels, int y, std::vector<Sum>& sums) {
-    const bool alpha = pixels.channels == 4;
-    const guint8* from = pixels.row(y);
-    const int blocks = static_cast<int>(sums.size());
-    int x = 0;
-    for (int block = 0; block < blocks; ++block) {
-        Sum sum = sums[static_cast<std::size_t>(block)];
-        for (const int end = blockStart(block + 1, blocks, pixels.size.width); x < end;
-             ++x, from += pixels.channels) {
-            const std::uint64_t weight = alpha ? from[3] : 255U;
-            sum.alpha += weight;
-            sum.red += from[0] * weight;
-            sum.green += from[1] * weight;
-            sum.blue += from[2] * weight;
-        }
-        sums[static_cast<std::size_t>(block)] = sum;
-    }
-}
-
-std::uint32_t mean(const Sum& sum, std::uint64_t pixels) {
-    const auto over = [](std::uint64_t total, std::uint64_t count) {
-        return static_cast<unsigned>((total + count / 2) / count);
-    };
-    return pixelOf(over(sum.alpha, pixels), over(sum.red, pixels * 255),
-                   over(sum.green, pixels * 255), over(sum.blue, pixels * 255));
-}
-
-/// Every pixel of the answer is the mean of a block of pixels.
-std::optional<Bitmap> reducedTo(PixelSize size, const Pixels& pixels) {
-    std::optional<Bitmap> bitmap = Bitmap::create(size);
-    if (!bitmap) return std::nullopt;
-    const auto columns = [&](int x) { return blockStart(x, size.width, pixels.size.width); };
-    const auto rows = [&](int y) { return blockStart(y, size.height, pixels.size.height); };
-    std::vector<Sum> sums(static_cast<std::size_t>(size.width));
-    for (int y = 0; y < size.height; ++y) {
-        std::ranges::fill(sums, Sum{});
-        for (int row = rows(y); row < rows(y + 1); ++row)
-            addRow(pixels, row, sums);
-        for (int x = 0; x < size.width; ++x) {
-            const std::int64_t count =
-                std::int64_t{columns(x + 1) - columns(x)} * (rows(y + 1) - rows(y));
-            bitmap->row(y)[x] =
-                mean(sums[static_cast<std::size_t>(x)], static_cast<std::uint64_t>(count));
+        for (int x = 0; x < bitmap->width(); ++x, from += alpha ? 4 : 3) {
+            to[x] = premultiplied(pixelOf(alpha ? from[3] : 255U, from[0], from[1], from[2]));
         }
     }
     return bitmap;
@@ -292,17 +219,19 @@ void stateResolution(Bytes& file, Resolution dots) {
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
     const Pixbuf pixbuf = load(file);
     if (!pixbuf) return std::nullopt;
-    const Pixels pixels(pixbuf.get());
-    const PixelSize full = pixels.size;
+    const PixelSize full{gdk_pixbuf_get_width(pixbuf.get()), gdk_pixbuf_get_height(pixbuf.get())};
     const int orientation = orientationOf(pixbuf.get(), file);
     PixelSize atLeast = needed(swapsSides(orientation) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(orientation)) std::swap(atLeast.width, atLeast.height);
 
-    const int wanted = std::min(full.width / std::max(1, atLeast.width),
-                                full.height / std::max(1, atLeast.height));
-    const int factor = std::max(wanted, 1 + std::max(full.width, full.height) / kLargestDrawnSide);
-    const PixelSize reduced{std::max(1, full.width / factor), std::max(1, full.height / factor)};
-    std::optional<Bitmap> bitmap = factor == 1 ? toBitmap(pixels) : reducedTo(reduced, pixels);
+    // Two pixels for one that is shown leave the drawing enough to shrink well.
+    const int factor = std::max(1, std::min(full.width / 2 / std::max(1, atLeast.width),
+                                            full.height / 2 / std::max(1, atLeast.height)));
+    const Pixbuf reduced(factor > 1
+                             ? gdk_pixbuf_scale_simple(pixbuf.get(), full.width / factor,
+                                                       full.height / factor, GDK_INTERP_BILINEAR)
+                             : GDK_PIXBUF(g_object_ref(pixbuf.get())));
+    std::optional<Bitmap> bitmap = reduced ? toBitmap(reduced.get()) : std::nullopt;
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
     applyProfile(*bitmap, pixbuf.get(), file);

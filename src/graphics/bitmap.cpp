@@ -10,7 +10,8 @@ Bitmap::Bitmap(PixelSize size, std::size_t rowBytes, Memory pixels)
     : size_(size),
       rowBytes_(rowBytes),
       pixels_(std::move(pixels)),
-      nominalSize_{static_cast<double>(size.width), static_cast<double>(size.height)} {}
+      nominalSize_{static_cast<double>(size.width), static_cast<double>(size.height)},
+      extent_{0, 0, nominalSize_.width, nominalSize_.height} {}
 
 std::optional<Bitmap> Bitmap::create(PixelSize size, std::size_t rowBytes) {
     if (size.width < 1 || size.height < 1) return std::nullopt;

@@ -29,10 +29,16 @@ class Bitmap {
     std::uint32_t* row(int y);
     const std::uint32_t* row(int y) const;
 
-    /// The size in drawing units that the pixels stand for; as many units as pixels at first. A
-    /// picture decoded at reduced size keeps the nominal size of the whole one.
+    /// The size of the picture in drawing units; as many units as pixels at first. A picture
+    /// decoded at reduced size keeps the nominal size of the whole one.
     Size nominalSize() const { return nominalSize_; }
     void setNominalSize(Size size) { nominalSize_ = size; }
+
+    /// Where the picture, all of its nominal size, lies on the pixels: on all of them at first. A
+    /// picture decoded at reduced size may begin or end within a pixel, or a little beyond the
+    /// last.
+    const PixelRect& extent() const { return extent_; }
+    void setExtent(const PixelRect& extent) { extent_ = extent; }
 
   private:
     using Memory = std::unique_ptr<std::uint8_t, Releaser<std::free>>;
@@ -43,6 +49,7 @@ class Bitmap {
     std::size_t rowBytes_;
     Memory pixels_;
     Size nominalSize_;
+    PixelRect extent_;
 };
 
 }  // namespace tkv

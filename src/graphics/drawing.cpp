@@ -1,39 +1,79 @@
 #include "graphics/drawing.h"
 
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
 #include "graphics/cairo_handles.h"
+#include "graphics/resample.h"
 
 namespace tkv {
 
 namespace {
 
-/// From drawing units to pixels.
-struct PixelScale {
-    explicit PixelScale(const Bitmap& bitmap)
-        : x(bitmap.width() / bitmap.nominalSize().width),
-          y(bitmap.height() / bitmap.nominalSize().height),
-          height(bitmap.height()) {}
+/// The same rectangle, given in the bitmap's drawing units, in its pixels.
+PixelRect pixelsOf(const Bitmap& bitmap, const Rect& units) {
+    const PixelRect& extent = bitmap.extent();
+    const double x = extent.width / bitmap.nominalSize().width;
+    const double y = extent.height / bitmap.nominalSize().height;
+    return {extent.left + units.x * x, extent.top + extent.height - (units.y + units.height) * y,
+            units.width * x, units.height * y};
+}
 
-    /// The same rectangle in pixels from the top left; its y is that of the top edge.
-    Rect pixels(const Rect& units) const {
-        return {units.x * x, height - (units.y + units.height) * y, units.width * x,
-                units.height * y};
-    }
-
-    double x;
-    double y;
-    double height;
-};
-
-void addRectangle(cairo_t* context, const Rect& rect) {
-    cairo_rectangle(context, rect.x, rect.y, rect.width, rect.height);
+void addRectangle(cairo_t* context, const PixelRect& rect) {
+    cairo_rectangle(context, rect.left, rect.top, rect.width, rect.height);
 }
 
 CairoContext contextOn(Bitmap& bitmap) {
     return CairoContext(cairo_create(surfaceOn(bitmap).get()));
 }
 
-bool isEmpty(const Rect& rect) {
+bool isEmpty(const PixelRect& rect) {
     return !(rect.width > 0 && rect.height > 0);
+}
+
+PixelRect common(const PixelRect& a, const PixelRect& b) {
+    const double left = std::max(a.left, b.left);
+    const double top = std::max(a.top, b.top);
+    return {left, top, std::min(a.left + a.width, b.left + b.width) - left,
+            std::min(a.top + a.height, b.top + b.height) - top};
+}
+
+/// The whole pixels that a rectangle touches.
+PixelRect touched(const PixelRect& rect) {
+    const double left = std::floor(rect.left);
+    const double top = std::floor(rect.top);
+    return {left, top, std::ceil(rect.left + rect.width) - left,
+            std::ceil(rect.top + rect.height) - top};
+}
+
+/// What stands at `rect` when `from` is scaled to `to`.
+PixelRect scaled(const PixelRect& rect, const PixelRect& from, const PixelRect& to) {
+    const double x = to.width / from.width;
+    const double y = to.height / from.height;
+    return {to.left + (rect.left - from.left) * x, to.top + (rect.top - from.top) * y,
+            rect.width * x, rect.height * y};
+}
+
+/// Whether cairo may scale a picture by that many of its pixels for each drawn one: straight lines
+/// between pixels do for enlarging, and while nearly all pixels are kept.
+bool cairoScales(const Bitmap& picture, double across, double down) {
+    constexpr double kNearlyAll = 1.25;
+    constexpr int kLargestSurface = 32767;
+    return std::max(across, down) <= kNearlyAll &&
+           std::max(picture.width(), picture.height()) <= kLargestSurface;
+}
+
+/// Sets a picture as what is painted, its part `from` at `to`.
+void setSource(cairo_t* context, const Bitmap& picture, const PixelRect& from,
+               const PixelRect& to) {
+    cairo_translate(context, to.left, to.top);
+    cairo_scale(context, to.width / from.width, to.height / from.height);
+    const CairoSurface pixels = surfaceOn(picture);
+    cairo_set_source_surface(context, pixels.get(), -from.left, -from.top);
+    // Padding keeps the filter from mixing transparency into the picture's edges.
+    cairo_pattern_set_extend(cairo_get_source(context), CAIRO_EXTEND_PAD);
+    cairo_pattern_set_filter(cairo_get_source(context), CAIRO_FILTER_BILINEAR);
 }
 
 }  // namespace
@@ -53,33 +93,39 @@ void fillRect(Bitmap& target, const Rect& area, const Color& color) {
     const CairoContext context = contextOn(target);
     cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
     cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, color.alpha);
-    addRectangle(context.get(), PixelScale(target).pixels(area));
+    addRectangle(context.get(), pixelsOf(target, area));
     cairo_fill(context.get());
 }
 
 void drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const Rect& to,
                  Compositing compositing, double opacity) {
-    const Rect whole{0, 0, picture.nominalSize().width, picture.nominalSize().height};
-    const Rect source = PixelScale(picture).pixels(from == Rect{} ? whole : from);
-    const Rect destination = PixelScale(target).pixels(to);
+    const PixelRect source = from == Rect{} ? picture.extent() : pixelsOf(picture, from);
+    const PixelRect destination = pixelsOf(target, to);
     if (isEmpty(source) || isEmpty(destination)) return;
+    const PixelRect whole = scaled(picture.extent(), source, destination);
+    const PixelRect canvas{0, 0, static_cast<double>(target.width()),
+                           static_cast<double>(target.height())};
+    const PixelRect seen = common(common(destination, whole), canvas);
+    if (isEmpty(seen)) return;
 
+    std::optional<Bitmap> made;  // Outlives the context that paints it.
     const CairoContext context = contextOn(target);
     cairo_t* const cr = context.get();
     addRectangle(cr, destination);
     cairo_clip(cr);
-    cairo_translate(cr, destination.x, destination.y);
-    cairo_scale(cr, destination.width / source.width, destination.height / source.height);
-    cairo_translate(cr, -source.x, -source.y);
-    addRectangle(
-        cr, {0, 0, static_cast<double>(picture.width()), static_cast<double>(picture.height())});
+    addRectangle(cr, whole);
     cairo_clip(cr);
-
-    const CairoSurface pixels = surfaceOn(picture);
-    cairo_set_source_surface(cr, pixels.get(), 0, 0);
-    // Padding keeps the filter from mixing transparency into the picture's edges.
-    cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+    if (cairoScales(picture, source.width / destination.width,
+                    source.height / destination.height)) {
+        setSource(cr, picture, source, destination);
+    } else {
+        // The clip cuts edges between pixels; what is made here covers whole ones.
+        const PixelRect area = touched(seen);
+        const PixelSize size{static_cast<int>(area.width), static_cast<int>(area.height)};
+        made = resampled(picture, scaled(area, destination, source), size);
+        if (!made) return;
+        setSource(cr, *made, made->extent(), area);
+    }
     cairo_set_operator(cr, compositing == Compositing::sourceOver ? CAIRO_OPERATOR_OVER
                                                                   : CAIRO_OPERATOR_DEST_OVER);
     cairo_paint_with_alpha(cr, opacity);

@@ -31,6 +31,15 @@ struct Rect {
     auto operator<=>(const Rect&) const = default;
 };
 
+/// A rectangle in pixels, also between whole ones: origin at the top-left corner, y downwards.
+struct PixelRect {
+    double left = 0;
+    double top = 0;
+    double width = 0;
+    double height = 0;
+    bool operator==(const PixelRect&) const = default;
+};
+
 /// An extent in whole pixels.
 struct PixelSize {
     int width = 0;

@@ -58,16 +58,21 @@ std::optional<Bitmap> upright(Bitmap bitmap, int orientation) {
     if (orientation <= 1 || orientation > 8) return bitmap;
     const bool swaps = swapsSides(orientation);
     PixelSize size = bitmap.size();
+    const Turn turn = kTurns[static_cast<std::size_t>(orientation)];
     Size nominal = bitmap.nominalSize();
+    PixelRect extent = bitmap.extent();
+    if (turn.fromRight) extent.left = size.width - extent.left - extent.width;
+    if (turn.fromBottom) extent.top = size.height - extent.top - extent.height;
     if (swaps) {
         std::swap(size.width, size.height);
         std::swap(nominal.width, nominal.height);
+        extent = {extent.top, extent.left, extent.height, extent.width};
     }
     std::optional<Bitmap> turned = Bitmap::create(size);
     if (!turned) return std::nullopt;
     turned->setNominalSize(nominal);
+    turned->setExtent(extent);
 
-    const Turn turn = kTurns[static_cast<std::size_t>(orientation)];
     const std::uint32_t* origin = bitmap.row(turn.fromBottom ? bitmap.height() - 1 : 0) +
                                   (turn.fromRight ? bitmap.width() - 1 : 0);
     const auto rowPixels = static_cast<std::ptrdiff_t>(bitmap.rowBytes() / 4);

@@ -19,14 +19,15 @@ namespace tkv {
 using ByteView = std::span<const std::uint8_t>;
 
 bool isJpeg(ByteView file);
-/// Decodes at the smallest of the eighths of the full size that `needed` allows.
+/// Decodes at the full size or the smallest half, quarter or eighth of it that `needed` allows.
 std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
 /// Written at quality round(100 * factor), with full colour resolution from 0.95 on; without a
 /// factor at quality 75. Alpha is dropped: what is transparent turns black.
 std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor = {});
 
 bool isJpeg2000(ByteView file);
-/// A boxed file or a bare codestream, at the smallest power-of-two reduction that `needed` allows.
+/// A boxed file or a bare codestream, halved once less often than `needed` allows: beside edges a
+/// reduced picture of this format overshoots, which the drawing then averages away.
 std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
 /// Lossless, boxed (JP2); with an alpha channel only when some pixel is not opaque.
 std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> factor = {});
@@ -49,10 +50,6 @@ std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> factor
 /// The largest pictures that are decoded: pixels a side as stored, and pixels after reduction.
 inline constexpr int kLargestSide = 32768;
 inline constexpr std::int64_t kMostPixels = 512'000'000;
-
-/// The drawing library's coordinates end at 32,767, and its filters need room; what is larger is
-/// decoded reduced, or not at all where its format has no smaller size of it.
-inline constexpr int kLargestDrawnSide = 32000;
 
 /// Whether a picture of this size, decoded at `reduced`, is within those limits.
 constexpr bool canHold(PixelSize full, PixelSize reduced) {

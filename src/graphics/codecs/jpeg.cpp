@@ -9,11 +9,13 @@
 #include <cmath>
 #include <csetjmp>
 #include <cstdlib>
-#include <cstring>
 #include <memory>
+#include <span>
 #include <utility>
+#include <vector>
 
 #include "graphics/codecs/codecs.h"
+#include "graphics/codecs/jpeg_scans.h"
 #include "graphics/color_profile.h"
 #include "graphics/orientation.h"
 #include "graphics/pixels.h"
@@ -68,7 +70,7 @@ using Buffer = std::unique_ptr<JOCTET, Releaser<std::free>>;
 
 class Decoder {
   public:
-    Decoder() = default;
+    Decoder();
     ~Decoder() { jpeg_destroy_decompress(&codec_); }
     Decoder(const Decoder&) = delete;
     Decoder& operator=(const Decoder&) = delete;
@@ -78,8 +80,7 @@ class Decoder {
   private:
     bool readHeader(ByteView file);
     int orientation() const;
-    void readScansFor(PixelSize shown);
-    bool knows(const jpeg_component_info& component, PixelSize shown) const;
+    Bytes withoutSparedScans(ByteView file);
     bool readRows(Bitmap& bitmap);
     void convertColors(Bitmap& bitmap);
     bool applyProfile(Bitmap& bitmap, ColorKind kind);
@@ -95,36 +96,18 @@ void refuseManyScans(j_common_ptr codec) {
     }
 }
 
-/// The file up to a marker segment that its end cuts short: libjpeg would take that for a fault,
-/// and give up the scans before it.
-ByteView wholeSegments(ByteView file) {
-    std::size_t at = 0;
-    while (at + 1 < file.size()) {
-        if (file[at] != 0xFF) {
-            const void* next = std::memchr(file.data() + at, 0xFF, file.size() - at);
-            if (next == nullptr) return file;
-            at = static_cast<std::size_t>(static_cast<const std::uint8_t*>(next) - file.data());
-            continue;
-        }
-        const unsigned marker = file[at + 1];
-        const bool bare = marker <= 0x01 || (marker >= JPEG_RST0 && marker <= 0xD9);
-        if (bare || marker == 0xFF) {  // No segment follows, or this is a fill byte.
-            at += bare ? 2 : 1;
-            continue;
-        }
-        if (file.size() - at < 4) return file.first(at);
-        const std::size_t length = 2 + (std::size_t{file[at + 2]} << 8U | file[at + 3]);
-        if (length > file.size() - at) return file.first(at);
-        at += length;
-    }
-    return file;
+Decoder::Decoder() {
+    errors_.watch(codec_);
+    progress_.progress_monitor = refuseManyScans;
 }
 
 bool Decoder::readHeader(ByteView file) {
-    errors_.watch(codec_);
     return errors_.run([&] {
-        jpeg_create_decompress(&codec_);
-        progress_.progress_monitor = refuseManyScans;
+        if (codec_.global_state == 0) {
+            jpeg_create_decompress(&codec_);
+        } else {
+            jpeg_abort_decompress(&codec_);
+        }
         codec_.progress = &progress_;
         jpeg_mem_src(&codec_, file.data(), file.size());
         jpeg_save_markers(&codec_, kExifMarker, 0xFFFF);
@@ -143,9 +126,9 @@ int Decoder::orientation() const {
     return 1;
 }
 
-/// The size at `eighths` of the full one; libjpeg rounds up.
-PixelSize reducedSize(PixelSize full, int eighths) {
-    return {(full.width * eighths + 7) / 8, (full.height * eighths + 7) / 8};
+/// The size at 1/`divisor` of the full one; libjpeg rounds up.
+PixelSize reducedSize(PixelSize full, int divisor) {
+    return {(full.width + divisor - 1) / divisor, (full.height + divisor - 1) / divisor};
 }
 
 /// Of a progressive file all DCT coefficients of the full size are kept until its last scan, at
@@ -156,102 +139,82 @@ bool canHoldCoefficients(const jpeg_decompress_struct& codec) {
                kMostPixels;
 }
 
-int smallestEighths(PixelSize full, PixelSize needed) {
-    int eighths = 1;
-    while (eighths < 8) {
-        const PixelSize reduced = reducedSize(full, eighths);
+/// 8, 4, 2 or 1: at these each pixel is the mean of a square. At the sizes between the library cuts
+/// frequencies off, and edges ring.
+int largestDivisor(PixelSize full, PixelSize needed) {
+    int divisor = DCTSIZE;
+    while (divisor > 1) {
+        const PixelSize reduced = reducedSize(full, divisor);
         if (reduced.width >= needed.width && reduced.height >= needed.height) break;
-        ++eighths;
+        divisor /= 2;
     }
-    const int longest = std::max(full.width, full.height);
-    return longest > kLargestDrawnSide ? std::min(eighths, 7) : eighths;
+    return divisor;
 }
 
 std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
+    file = wholeJpegSegments(file);
     // A file cut off before its first scan has nothing to show.
-    if (!readHeader(wholeSegments(file)) || codec_.src->bytes_in_buffer == 0) return std::nullopt;
+    if (!readHeader(file) || codec_.src->bytes_in_buffer == 0) return std::nullopt;
 
     const int turn = orientation();
     const PixelSize full{static_cast<int>(codec_.image_width),
                          static_cast<int>(codec_.image_height)};
     PixelSize atLeast = needed(swapsSides(turn) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(turn)) std::swap(atLeast.width, atLeast.height);
-    const int eighths = smallestEighths(full, atLeast);
-    if (!canHold(full, reducedSize(full, eighths)) || !canHoldCoefficients(codec_)) {
+    const int divisor = largestDivisor(full, atLeast);
+    if (!canHold(full, reducedSize(full, divisor)) || !canHoldCoefficients(codec_)) {
         return std::nullopt;
     }
 
     const bool inks = codec_.jpeg_color_space == JCS_CMYK || codec_.jpeg_color_space == JCS_YCCK;
-    codec_.scale_num = static_cast<unsigned>(eighths);
-    codec_.scale_denom = 8;
-    codec_.out_color_space = inks ? JCS_CMYK : kPixels;
-    // A progressive file is read scan by scan, but only where some scans can be spared: otherwise
-    // the library does better by itself.
-    codec_.buffered_image = static_cast<boolean>(codec_.progressive_mode && eighths < 8);
-    if (!errors_.run([&] {
-            jpeg_start_decompress(&codec_);
-            if (codec_.buffered_image) readScansFor(atLeast);
-        })) {
-        return std::nullopt;
+    const auto setUp = [&] {
+        codec_.scale_num = 1;
+        codec_.scale_denom = static_cast<unsigned>(divisor);
+        codec_.out_color_space = inks ? JCS_CMYK : kPixels;
+    };
+    setUp();
+    const Bytes shorter = withoutSparedScans(file);
+    if (!shorter.empty()) {
+        if (!readHeader(shorter)) return std::nullopt;
+        setUp();
+        // What is missing is not to be guessed from the blocks around: it would not be shown.
+        codec_.do_block_smoothing = FALSE;
     }
+    if (!errors_.run([&] { jpeg_start_decompress(&codec_); })) return std::nullopt;
     std::optional<Bitmap> bitmap = Bitmap::create(
         {static_cast<int>(codec_.output_width), static_cast<int>(codec_.output_height)});
     if (!bitmap || !readRows(*bitmap)) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
+    bitmap->setExtent({0, 0, static_cast<double>(full.width) / divisor,
+                       static_cast<double>(full.height) / divisor});
     convertColors(*bitmap);
     return upright(std::move(*bitmap), turn);
 }
 
-/// Where each DCT coefficient of a block stands in a file, by vertical and horizontal frequency
-/// (ITU-T T.81, figure 5).
-// clang-format off
-constexpr std::array<std::array<std::size_t, DCTSIZE>, DCTSIZE> kZigzag{{
-    { 0,  1,  5,  6, 14, 15, 27, 28},
-    { 2,  4,  7, 13, 16, 26, 29, 42},
-    { 3,  8, 12, 17, 25, 30, 41, 43},
-    { 9, 11, 18, 24, 31, 40, 44, 53},
-    {10, 19, 23, 32, 39, 45, 52, 54},
-    {20, 22, 33, 38, 46, 51, 55, 60},
-    {21, 34, 37, 47, 50, 56, 59, 61},
-    {35, 36, 48, 49, 57, 58, 62, 63},
-}};
-// clang-format on
-
-/// Whether the scans so far hold the lowest DCT coefficients of a component's blocks, as many as
-/// its share in a picture of `shown` pixels needs; their last bit may be missing.
-bool Decoder::knows(const jpeg_component_info& component, PixelSize shown) const {
-    const auto perBlock = [](int pixels, JDIMENSION blocks) {
-        return (pixels + static_cast<int>(blocks) - 1) / static_cast<int>(blocks);
-    };
-    const auto frequencies = static_cast<std::size_t>(std::min(
-        component.DCT_scaled_size, std::max({1, perBlock(shown.width, component.width_in_blocks),
-                                             perBlock(shown.height, component.height_in_blocks)})));
-    // Colours stored at half the size may be shown larger than they are: nothing of them is spared.
-    if (frequencies > DCTSIZE) return false;
-    const int* missingBits = codec_.coef_bits[component.component_index];
-    for (std::size_t vertical = 0; vertical < frequencies; ++vertical) {
-        for (std::size_t horizontal = 0; horizontal < frequencies; ++horizontal) {
-            const int missing = missingBits[kZigzag[vertical][horizontal]];
-            if (missing < 0 || missing > 1) return false;
-        }
+/// The file without the scans of which nothing is seen at the size that is set up; empty when each
+/// is seen.
+Bytes Decoder::withoutSparedScans(ByteView file) {
+    // Luma or grey, blue and red difference, black.
+    constexpr std::array<std::array<double, 3>, 4> kDifferences{
+        {{1, 1, 1}, {0, 0.344, 1.772}, {1.402, 0.714, 0}, {1, 1, 1}}};
+    constexpr std::array<std::array<double, 3>, 4> kPrimaries{
+        {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}, {1, 1, 1}}};
+    const bool primaries =
+        codec_.jpeg_color_space == JCS_RGB || codec_.jpeg_color_space == JCS_CMYK;
+    const std::span all(codec_.comp_info, static_cast<std::size_t>(codec_.num_components));
+    if (!codec_.progressive_mode || codec_.scale_denom == 1 || all.size() > kPrimaries.size() ||
+        !errors_.run([&] { jpeg_calc_output_dimensions(&codec_); })) {
+        return {};
     }
-    return true;
-}
-
-/// Reads the scans that a picture of `shown` pixels needs, and makes them the output. To be run as
-/// a step.
-void Decoder::readScansFor(PixelSize shown) {
-    // What is missing is not to be guessed from the blocks around: it would not be shown.
-    codec_.do_block_smoothing = FALSE;
-    const auto knowsAll = [&] {
-        return std::all_of(codec_.comp_info, codec_.comp_info + codec_.num_components,
-                           [&](const auto& component) { return knows(component, shown); });
-    };
-    int status = JPEG_SUSPENDED;
-    do {
-        status = jpeg_consume_input(&codec_);
-    } while (status != JPEG_REACHED_EOI && !(status == JPEG_SCAN_COMPLETED && knowsAll()));
-    jpeg_start_output(&codec_, codec_.input_scan_number);
+    std::vector<JpegComponent> components;
+    for (const jpeg_component_info& info : all) {
+        JpegComponent component{static_cast<unsigned>(info.component_id), info.DCT_scaled_size};
+        const JQUANT_TBL* table = codec_.quant_tbl_ptrs[info.quant_tbl_no];
+        if (table != nullptr) std::ranges::copy(table->quantval, component.steps.begin());
+        component.levels = (primaries ? kPrimaries : kDifferences)[components.size()];
+        components.push_back(component);
+    }
+    return tkv::withoutSparedScans(file, components);
 }
 
 bool Decoder::readRows(Bitmap& bitmap) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <memory>
 #include <span>
 #include <utility>
@@ -140,6 +141,16 @@ PixelSize sizeAfter(const opj_image_t& image, unsigned halvings) {
     return size;
 }
 
+/// Where the whole picture lies on its pixels: of every 2^halvings pixels of the reference grid one
+/// is kept, in its own place.
+PixelRect extentAfter(const opj_image_comp_t& component, PixelSize full, unsigned halvings) {
+    const double step = std::exp2(halvings);
+    const auto edge = [step](double position, double start) {
+        return (start + position - 0.5) / step - std::ceil(start / step) + 0.5;
+    };
+    return {edge(0, component.x0), edge(0, component.y0), full.width / step, full.height / step};
+}
+
 unsigned mostHalvings(opj_codec_t* codec) {
     const std::unique_ptr<opj_codestream_info_v2_t, DestroyInfo> info(opj_get_cstr_info(codec));
     if (!info || info->m_default_tile_info.tccp_info == nullptr) return 0;
@@ -225,14 +236,13 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     if (!canHold(full, {1, 1})) return std::nullopt;
 
     const PixelSize atLeast = needed(full);
-    const unsigned fewest = std::max(full.width, full.height) > kLargestDrawnSide ? 1 : 0;
     // The mean of two places in a palette is no place between them.
     unsigned halvings = indexed > 0 ? 0 : mostHalvings(codec.get());
-    if (halvings < fewest) return std::nullopt;
-    for (; halvings > fewest; --halvings) {
+    for (; halvings > 0; --halvings) {
         const PixelSize reduced = sizeAfter(*image, halvings);
         if (reduced.width >= atLeast.width && reduced.height >= atLeast.height) break;
     }
+    if (halvings > 0) --halvings;
     // The library keeps every component apart, four bytes a sample.
     const PixelSize reduced = sizeAfter(*image, halvings);
     const int components = static_cast<int>(image->numcomps + indexed);
@@ -244,6 +254,7 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     std::optional<Bitmap> bitmap = toBitmap(*image);
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
+    bitmap->setExtent(extentAfter(image->comps[0], full, halvings));
     return bitmap;
 }
 
