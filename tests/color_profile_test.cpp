@@ -1,0 +1,100 @@
+#include <lcms2.h>
+
+#include "pictures.h"
+
+namespace tkv::test::profiles {
+
+/// Files of ICC profiles, all of which say that they are sRGB: "grey" and "linear" have no gamma
+/// (half the light is 188 in sRGB), "swapped" takes red for blue, "inks" shows cyan alone, as
+/// black.
+struct Profiles {
+    Profiles() {
+        cmsToneCurve* const line = cmsBuildGamma(nullptr, 1);
+        cmsToneCurve* const lines[] = {line, line, line};
+        const cmsCIExyY daylight{0.3127, 0.329, 1};
+        const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1}, {0.3, 0.6, 1}, {0.15, 0.06, 1}};
+        save(cmsCreateGrayProfile(cmsD50_xyY(), line), "grey");
+        save(cmsCreateRGBProfile(&daylight, &primaries, lines), "linear");
+        cmsFreeToneCurve(line);
+        save(cmsCreate_sRGBProfile(), "swapped");
+        std::string bytes = readText(folder.file("swapped"));
+        std::swap(bytes[bytes.find("rXYZ")], bytes[bytes.find("bXYZ")]);
+        folder.write("swapped", bytes);
+
+        cmsUInt16Number lab[16][3];
+        for (int i = 0; i < 16; ++i) {
+            lab[i][0] = i < 8 ? 0xFFFF : 0;
+            lab[i][1] = lab[i][2] = 0x8080;
+        }
+        cmsPipeline* const toLab = cmsPipelineAlloc(nullptr, 4, 3);
+        cmsPipelineInsertStage(toLab, cmsAT_END, cmsStageAllocCLut16bit(nullptr, 2, 4, 3, lab[0]));
+        const cmsHPROFILE inks = cmsCreateProfilePlaceholder(nullptr);
+        cmsSetDeviceClass(inks, cmsSigOutputClass);
+        cmsSetColorSpace(inks, cmsSigCmykData);
+        cmsSetPCS(inks, cmsSigLabData);
+        cmsWriteTag(inks, cmsSigAToB0Tag, toLab);
+        cmsPipelineFree(toLab);
+        save(inks, "inks");
+    }
+
+    void save(cmsHPROFILE profile, const std::string& name) const {
+        cmsMLU* const srgb = cmsMLUalloc(nullptr, 1);
+        cmsMLUsetASCII(srgb, cmsNoLanguage, cmsNoCountry, "sRGB");
+        cmsWriteTag(profile, cmsSigProfileDescriptionTag, srgb);
+        cmsMLUfree(srgb);
+        cmsSaveProfileToFile(profile, folder.file(name).c_str());
+        cmsCloseProfile(profile);
+    }
+
+    /// The files as they are shown with that profile embedded.
+    std::vector<Bitmap> shown(const Strings& files, const std::string& profile) const {
+        const TempFolder copies;
+        run(fmt::format("cd {} && exiftool -q '-ICC_Profile<={}' -o {}/ {}", folder.path(), profile,
+                        copies.path(), fmt::join(files, " ")));
+        std::vector<Bitmap> bitmaps;
+        for (const std::string& file : files)
+            bitmaps.push_back(decodePicture(copies.file(file)).value());
+        return bitmaps;
+    }
+
+    TempFolder folder;
+};
+
+TEST(DecodePicture, ConvertsFromProfilesOfItsOwnKind) {
+    const Profiles profiles;
+    const std::string make = "convert-im6.q16 -size 8x8 -depth 8 -quality 99 'xc:rgb(";
+    run("cd " + profiles.folder.path() + "; for type in jpg tif png jp2; do " + make +
+        "128,128,132)' c.$type; " + make +
+        "128,128,128)' -colorspace Gray g.$type; done; for i in "
+        "i.jpg i.tif '-interlace plane CMYK:i.raw'; do " +
+        make +
+        "255,128,0)' -colorspace CMYK $i; done; exiftool -q -Adobe:all= -o bare.jpg i.jpg; "
+        "opj_compress -n 3 -mct 0 -i i.raw -F 8,8,4,8,u -o i.jp2");
+    constexpr Rgba kHalf{128, 128, 130, 255}, kLighter{188, 188, 190, 255},
+        kWhole{255, 128, 0, 255};
+    const std::tuple<const char*, Strings, Rgba> rows[] = {
+        {"linear", {"c.jpg", "c.tif", "c.png", "c.jp2"}, kLighter},
+        {"linear", {"g.jpg", "g.tif", "g.jp2"}, kHalf},
+        {"grey", {"g.jpg", "g.tif", "g.png", "g.jp2"}, kLighter},
+        {"grey", {"c.jpg", "c.tif", "c.jp2"}, kHalf},
+        {"grey", {"i.jpg", "i.tif"}, kWhole},
+        {"inks", {"i.jpg", "i.jp2"}, {255, 255, 255, 255}},
+        {"inks", {"bare.jpg"}, {143, 143, 143, 255}},
+        {"inks", {"c.jpg", "g.jpg", "c.jp2"}, kHalf},
+    };
+    for (const auto& [profile, files, expected] : rows) {
+        for (const Bitmap& bitmap : profiles.shown(files, profile))
+            EXPECT_TRUE(near(pixel(bitmap, 4, 4), expected, 4)) << profile;
+    }
+    const Bitmap bitmap = quarters({32, 32}), faint = quarters({32, 32}, 128);
+    Strings files;
+    for (const auto& file : {encodeJpeg(bitmap, 1.0F), encodePng(bitmap), encodeTiff(bitmap),
+                             encodeJpeg2000(bitmap), encodePng(faint)}) {
+        files.push_back(std::to_string(files.size()));
+        profiles.folder.write(files.back(), text(file));
+    }
+    for (const Bitmap& shown : profiles.shown(files, "swapped"))
+        EXPECT_EQ(corners(shown), "BGRW");
+}
+
+}  // namespace tkv::test::profiles
