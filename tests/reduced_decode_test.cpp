@@ -61,9 +61,9 @@ std::vector<Decodable> reducibleFiles(const Bitmap& picture) {
 }
 
 TEST(Decoders, PutReducedPicturesWhereWholeOnesLie) {
-    for (const PixelSize size : {PixelSize{801, 601}, {806, 607}}) {
+    for (const auto& [size, orientations] : {std::pair{PixelSize{801, 601}, 8}, {{806, 607}, 1}}) {
         for (const auto& [file, decode] : reducibleFiles(spot(size))) {
-            for (int orientation = 1; orientation <= 8; ++orientation) {
+            for (int orientation = 1; orientation <= orientations; ++orientation) {
                 const PixelSize out{97 + 31 * orientation, 70 + 23 * orientation};
                 const double width = out.width, height = out.height;
                 // Also when the size in units is changed, and a part is drawn.
