@@ -120,9 +120,11 @@ double Noise::looped(double x, double y, double t, double drift, int count) cons
     return std::lerp(coming, going, t) / std::hypot(t, 1.0 - t);
 }
 
-Mask::Mask(int width, int height)
+Mask::Mask(int left, int width, int height)
     : surface_(cairo_image_surface_create(CAIRO_FORMAT_A8, width, height)),
-      pen_(cairo_create(surface_.get())) {}
+      pen_(cairo_create(surface_.get())) {
+    cairo_translate(pen_.get(), -left, 0.0);
+}
 
 const unsigned char* Mask::row(int y) {
     cairo_surface_flush(surface_.get());
@@ -130,15 +132,16 @@ const unsigned char* Mask::row(int y) {
            static_cast<std::ptrdiff_t>(y) * cairo_image_surface_get_stride(surface_.get());
 }
 
-Picture::Picture(int width, int height)
+Picture::Picture(int width, int height, int left)
     : width_(width),
       height_(height),
+      left_(left),
       pixels_(static_cast<std::size_t>(width) * static_cast<std::size_t>(height)) {}
 
 Rgb Picture::sample(double x, double y) const {
-    x = std::clamp(x, 0.0, width_ - 1.001);
+    x = std::clamp(x, 1.0 * left(), right() - 1.001);
     y = std::clamp(y, 0.0, height_ - 1.001);
-    const int ix = static_cast<int>(x);
+    const int ix = static_cast<int>(std::floor(x));
     const int iy = static_cast<int>(y);
     const Rgb top = mix(at(ix, iy), at(ix + 1, iy), x - ix);
     const Rgb bottom = mix(at(ix, iy + 1), at(ix + 1, iy + 1), x - ix);
@@ -146,12 +149,13 @@ Rgb Picture::sample(double x, double y) const {
 }
 
 void Picture::glow(double x, double y, double radius, Rgb light) {
-    const auto clip = [](double v, int end) {
-        return static_cast<int>(std::clamp(v, 0.0, 1.0 * end));
+    const auto clip = [](double v, int from, int to) {
+        return static_cast<int>(std::clamp(v, 1.0 * from, 1.0 * to));
     };
-    for (int row = clip(y - radius, height_); row < clip(y + radius + 1.0, height_); ++row) {
-        for (int column = clip(x - radius, width_); column < clip(x + radius + 1.0, width_);
-             ++column) {
+    const int bottom = clip(y + radius + 1.0, 0, height_);
+    const int end = clip(x + radius + 1.0, left(), right());
+    for (int row = clip(y - radius, 0, height_); row < bottom; ++row) {
+        for (int column = clip(x - radius, left(), right()); column < end; ++column) {
             const double far = std::hypot(column - x, row - y) / radius;
             if (far >= 1.0) continue;
             const double fade = (1.0 - far) * (1.0 - far);
@@ -162,7 +166,7 @@ void Picture::glow(double x, double y, double radius, Rgb light) {
 
 void Picture::vignette(double amount) {
     shade([&](int x, int y, Rgb old) {
-        const double dx = 2.0 * x / width_ - 1.0;
+        const double dx = 2.0 * (x - left_) / width_ - 1.0;
         const double dy = 2.0 * y / height_ - 1.0;
         return old * (1.0 - amount * smooth(0.5, 2.0, dx * dx + dy * dy));
     });
@@ -189,7 +193,7 @@ void Picture::save(const std::string& path) const {
         auto* row =
             reinterpret_cast<std::uint32_t*>(data + static_cast<std::ptrdiff_t>(y) * stride);
         for (int x = 0; x < width_; ++x) {
-            const Rgb& pixel = at(x, y);
+            const Rgb& pixel = at(left_ + x, y);
             const std::uint32_t red = level(pixel.r) << 16;
             const std::uint32_t green = level(pixel.g) << 8;
             row[x] = red | green | level(pixel.b);

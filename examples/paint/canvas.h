@@ -77,7 +77,7 @@ using Surface = std::unique_ptr<cairo_surface_t, SurfaceFree>;
 // Coverage drawn with cairo's antialiasing, whatever colour is put through it later.
 class Mask {
   public:
-    Mask(int width, int height);
+    Mask(int left, int width, int height);
     cairo_t* pen() const { return pen_.get(); }
     const unsigned char* row(int y);
 
@@ -90,10 +90,13 @@ class Mask {
 };
 
 // Colours stay floating point until they are saved: eight bits would band in wide gradients.
+// Rows are counted from 0, columns from `left`.
 class Picture {
   public:
-    Picture(int width, int height);
-    int width() const { return width_; }
+    Picture(int width, int height, int left = 0);
+    int left() const { return left_; }
+    int right() const { return left_ + width_; }  // the column after the last
+    double middle() const { return left_ + width_ / 2.0; }
     int height() const { return height_; }
     Rgb& at(int x, int y) { return pixels_[index(x, y)]; }
     const Rgb& at(int x, int y) const { return pixels_[index(x, y)]; }
@@ -103,19 +106,19 @@ class Picture {
     template <class Colour>
     void shade(Colour colour) {
         for (int y = 0; y < height_; ++y)
-            for (int x = 0; x < width_; ++x)
+            for (int x = left(); x < right(); ++x)
                 at(x, y) = colour(x, y, at(x, y));
     }
 
     // draw(pen) makes the shape, colour(x, y) fills it.
     template <class Colour, class Draw>
     void fill(Colour colour, Draw draw) {
-        Mask mask(width_, height_);
+        Mask mask(left_, width_, height_);
         draw(mask.pen());
         for (int y = 0; y < height_; ++y) {
             const unsigned char* cover = mask.row(y);
-            for (int x = 0; x < width_; ++x)
-                if (cover[x] != 0) at(x, y) = mix(at(x, y), colour(x, y), cover[x] / 255.0);
+            for (int x = left(); x < right(); ++x, ++cover)
+                if (*cover != 0) at(x, y) = mix(at(x, y), colour(x, y), *cover / 255.0);
         }
     }
 
@@ -132,9 +135,10 @@ class Picture {
   private:
     std::size_t index(int x, int y) const {
         return static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
-               static_cast<std::size_t>(x);
+               static_cast<std::size_t>(x - left_);
     }
     int width_;
     int height_;
+    int left_;
     std::vector<Rgb> pixels_;
 };

@@ -76,11 +76,11 @@ Rgb lakeColour(const Noise& noise, double x, double z, double h) {
 void lakeForeground(Picture& picture) {
     Random random(23);
     const Noise noise(61);
-    const int width = picture.width();
+    const int width = picture.right();
     const int height = picture.height();
     const auto bank = [&](double x) {
         const double left = smooth(760.0, 0.0, x);
-        const double right = smooth(1620.0, 2400.0, x);
+        const double right = smooth(780.0, 0.0, width - x);
         return height + 14.0 - 175.0 * left - 130.0 * right -
                16.0 * noise.layers(x * 0.012, 2.0, 5);
     };
@@ -89,7 +89,7 @@ void lakeForeground(Picture& picture) {
         return mix(hex(0x0b1016), hex(0x1a1f22), clamp01(0.3 + patch)) * (1.0 - 0.2 * y / height);
     };
     picture.fill(dark, [&](cairo_t* pen) {
-        ground(pen, width, height, bank);
+        ground(pen, bank);
         for (int i = 0; i < 15; ++i) {
             const double left = 330.0 * std::pow(random.next(), 1.5);
             conifer(pen, left, bank(left) + 24.0, random.in(170.0, 430.0) * (1.25 - left / 440.0),
@@ -101,7 +101,7 @@ void lakeForeground(Picture& picture) {
         cairo_set_line_width(pen, 1.6);
         for (int i = 0; i < 900; ++i) {
             const double x =
-                random.next() < 0.6 ? random.in(0.0, 780.0) : random.in(1650.0, 2400.0);
+                random.next() < 0.6 ? random.in(0.0, 780.0) : width - random.in(0.0, 750.0);
             const double tall = random.in(8.0, 34.0);
             cairo_move_to(pen, x, bank(x) + 6.0);
             cairo_rel_curve_to(pen, 0.0, -tall * 0.5, random.in(-3.0, 3.0), -tall * 0.8,
@@ -114,17 +114,18 @@ void lakeForeground(Picture& picture) {
 }  // namespace
 
 Picture paintBackground() {
-    Picture picture(2400, 1600);
+    // The file has 2400 columns, which are shown at 16:9.
+    Picture picture(2844, 1600);
     const Noise clouds(1207);
     const Noise land(1);
-    const double half = picture.width() / 2.0;
+    const double half = picture.middle();
     picture.shade([&](int x, int y, Rgb) {
         return duskSky((x - half) / half, clamp01((lakeHorizon - y) / lakeHorizon), clouds);
     });
     Random random(5);
-    for (int i = 0; i < 150; ++i) {
+    for (int i = 0; i < 180; ++i) {
         const double y = 520.0 * std::pow(random.next(), 1.6);
-        picture.glow(random.in(0.0, 2400.0), y, random.in(1.6, 3.4),
+        picture.glow(random.in(0.0, picture.right()), y, random.in(1.6, 3.4),
                      hex(0xdfe6ff) * (random.in(0.1, 0.75) * (1.0 - y / 560.0)));
     }
     const View view{3.2, lakeHorizon, 1750.0, 50.0, 620.0, 1.002, 6.0};
@@ -135,7 +136,7 @@ Picture paintBackground() {
         const double wisp = 0.55 + 0.6 * clouds.layers(x * 0.0022, y * 0.011, 5);
         const double band = std::exp(
             -std::pow((y - lakeHorizon - 20.0) / (y < lakeHorizon + 20.0 ? 44.0 : 30.0), 2.0));
-        return mix(old, mix(hex(0x76799f), hex(0xb48f9f), smooth(300.0, 1500.0, x)),
+        return mix(old, mix(hex(0x76799f), hex(0xb48f9f), smooth(-900.0, 300.0, x - half)),
                    clamp01(0.5 * wisp * band));
     });
     reflect(picture, {lakeHorizon + 22.0, 0.085, 60.0, hex(0x131c33)}, shore);
@@ -184,10 +185,10 @@ void mistyRidge(Picture& picture, int layer, Random& random) {
                    smooth(0.15, 1.0, depth + wisps) * (0.95 - 0.35 * near));
     };
     picture.fill(colour, [&](cairo_t* pen) {
-        ground(pen, picture.width(), picture.height(), top);
+        ground(pen, top);
         const double tall = 9.0 + 120.0 * near * near;
         const double gap = 2.5 + 22.0 * near * near;
-        for (double x = -20.0; x < picture.width() + 20.0; x += gap * random.in(0.4, 1.7)) {
+        for (double x = -20.0; x < picture.right() + 20.0; x += gap * random.in(0.4, 1.7)) {
             const double stand = smooth(-0.35, 0.25, noise.at(x * 0.006, 9.0));
             if (random.next() > 0.25 + stand) continue;
             conifer(pen, x, top(x) + tall * 0.15,
@@ -232,7 +233,7 @@ Picture paintCover() {
                5.0 * turf.layers(x * 0.02, 0.0, 4);
     };
     picture.fill(hex(0x081318), [&](cairo_t* pen) {
-        ground(pen, 1600, 1200, knoll);
+        ground(pen, knoll);
         hiker(pen, 372.0, knoll(372.0) + 2.0, 7.4);
         for (int i = 0; i < 500; ++i) {
             const double x = random.in(0.0, 900.0);

@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int W = stillWidth;
-constexpr int H = stillHeight;
 constexpr double turn = 2.0 * std::numbers::pi;
 
 // One arm of a lamp that turns above the viewer's eye, seen as a cone in lit air.
@@ -41,7 +39,7 @@ void lighthouseTower(Picture& picture, Point lamp) {
             return mix(hex(0x182030), hex(0x0a0e18),
                        (y - cliff(x)) / 110.0 + 0.5 * noise.layers(x * 0.03, y * 0.02, 4));
         },
-        [&](cairo_t* pen) { ground(pen, W, H, cliff); });
+        [&](cairo_t* pen) { ground(pen, cliff); });
     const auto round = [&](Rgb base) {
         return [base, lamp](int x, int) {
             return base * (0.78 - 0.45 * smooth(-26.0, 30.0, x - lamp.x));
@@ -79,7 +77,7 @@ void lighthouseTower(Picture& picture, Point lamp) {
 }  // namespace
 
 Picture paintLighthouse(double t) {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise noise(3);
     const Point lamp{185.0, 150.0};
     const double horizon = 400.0;
@@ -102,9 +100,9 @@ Picture paintLighthouse(double t) {
                       hex(0xcfe0ff) * (0.55 * glint * smooth(0.12, 0.5, wave)));
     });
     Random random(77);
-    for (int i = 0; i < 90; ++i) {
+    for (int i = 0; i < 120; ++i) {
         const double y = 330.0 * std::pow(random.next(), 1.3);
-        const double x = random.in(0.0, W);
+        const double x = random.in(sceneLeft, sceneRight);
         const double twinkle = 0.75 + 0.25 * std::sin(turn * (t + random.next()));
         picture.glow(x, y, random.in(1.3, 2.6),
                      hex(0xe8efff) * (random.in(0.3, 1.0) * twinkle * (1.0 - y / 400.0)));
@@ -184,13 +182,13 @@ void swell(Picture& picture, int layer, double t) {
             const Rgb body = mix(crest, trough, smooth(0.0, 22.0 + 60.0 * near, below));
             return mix(body, hex(0xe6f8fa), 0.6 * smooth(2.5 + 3.5 * near, 0.0, below));
         },
-        [&](cairo_t* pen) { ground(pen, W, H, top); });
+        [&](cairo_t* pen) { ground(pen, top); });
 }
 
 }  // namespace
 
 Picture paintSailing(double t) {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise noise(29);
     const double horizon = 372.0;
     picture.shade([&](int x, int y, Rgb) {
@@ -208,12 +206,13 @@ Picture paintSailing(double t) {
     picture.fill(
         [](int, int y) { return mix(hex(0x7d9fb6), hex(0xb9cdd2), smooth(290.0, 372.0, y)); },
         [&](cairo_t* pen) {
-            ground(pen, W, H, [&](double x) {
+            ground(pen, [&](double x) {
                 return 392.0 - 90.0 * std::exp(-std::pow((x - 640.0) / 130.0, 2.0)) -
                        30.0 * hills.layers(x * 0.012, 0.0, 5);
             });
         });
-    picture.fill(hex(0x8ccbd8), [&](cairo_t* pen) { box(pen, 0.0, horizon, W, 204.0); });
+    picture.fill(hex(0x8ccbd8),
+                 [&](cairo_t* pen) { box(pen, sceneLeft, horizon, sceneWidth, 204.0); });
     const double bob = 7.0 * std::sin(turn * (t + 0.1));
     for (int layer = 0; layer <= 4; ++layer) {
         swell(picture, layer, t);
@@ -282,8 +281,8 @@ void fairground(Picture& picture, double t) {
     const double floor = 520.0;
     Random random(66);
     picture.fill(hex(0x2a1838), [&](cairo_t* pen) {
-        box(pen, 0.0, floor, W, 60.0);
-        for (const double x : {18.0, 612.0}) {
+        box(pen, sceneLeft, floor, sceneWidth, 60.0);
+        for (const double x : {-52.0, 682.0}) {
             const double wide = 138.0;
             polygon(pen, {{x - 8.0, floor - 44.0},
                           {x + wide / 2.0, floor - 96.0},
@@ -291,14 +290,14 @@ void fairground(Picture& picture, double t) {
             box(pen, x, floor - 46.0, wide, 48.0);
             stroke(pen, 2.0, {{x + wide / 2.0, floor - 94.0}, {x + wide / 2.0, floor - 114.0}});
         }
-        for (int i = 0; i < 17; ++i) {
-            const double x = random.in(0.0, W);
+        for (int i = 0; i < 23; ++i) {
+            const double x = random.in(sceneLeft, sceneRight);
             const double tall = random.in(22.0, 29.0);
             oval(pen, x, floor + 14.0 - tall * 0.5, 4.6, tall * 0.5);
             disc(pen, x, floor + 10.0 - tall, 3.8);
         }
     });
-    for (const double x : {18.0, 612.0}) {
+    for (const double x : {-52.0, 682.0}) {
         picture.fill(
             [&](int px, int) {
                 return (px - static_cast<int>(x) + 806) / 25 % 2 == 0 ? hex(0xe35d5b)
@@ -309,7 +308,7 @@ void fairground(Picture& picture, double t) {
                      [&](cairo_t* pen) { box(pen, x + 14.0, floor - 29.0, 110.0, 18.0); });
         picture.glow(x + 69.0, floor - 22.0, 100.0, hex(0xff9f4a) * 0.45);
     }
-    for (int i = 0; i < 22; ++i) {
+    for (int i = -4; i < 25; ++i) {
         const double x = 36.0 * i + 6.0;
         const double y = 424.0 + 20.0 * std::pow(std::sin(turn * x / 384.0), 2.0);
         const double lit = 0.45 + 0.55 * std::pow(std::cos(turn / 2.0 * (i / 2.0 - t)), 2.0);
@@ -321,7 +320,7 @@ void fairground(Picture& picture, double t) {
 }  // namespace
 
 Picture paintWheel(double t) {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise noise(44);
     const Point hub{384.0, 254.0};
     picture.shade([&](int x, int y, Rgb) {

@@ -37,11 +37,11 @@ read -r -a cairo <<<"$(pkg-config --cflags --libs cairo)"
     "$here"/*.cpp "${cairo[@]}" -o "$work/paint"
 "$work/paint" "$work/png"
 
-jpeg background 82
 jpeg cover 82
 jpeg icon 85
 
-# The small pictures are painted with square pixels; a 4:3 picture of 720 x 576 has wider ones.
+# What is shown at 16:9 is painted with square pixels; its files have fewer, wider ones.
+jpeg background 82 -resize '2400x1600!'
 pal=(-resize '720x576!')
 for name in harbour forest city desert; do
     jpeg "$name" 72 "${pal[@]}"

@@ -7,9 +7,17 @@ Picture paintBackground();
 Picture paintCover();
 Picture paintIcon();
 
-// Stills are painted with square pixels, 768 x 576.
-constexpr int stillWidth = 768;
-constexpr int stillHeight = 576;
+// All other scenes, stills and frames, are shown at 16:9: painted with square pixels, 1024 x 576,
+// they are saved with 720 x 576 wider ones. What a scene is about stands in the middle 768 columns,
+// which count from 0; those left and right of them have more of what is around it.
+constexpr int sceneWidth = 1024;
+constexpr int sceneHeight = 576;
+constexpr int sceneLeft = -128;
+constexpr int sceneRight = sceneLeft + sceneWidth;
+inline Picture emptyScene() {
+    return {sceneWidth, sceneHeight, sceneLeft};
+}
+
 Picture paintHarbour();
 Picture paintForest();
 Picture paintCity();

@@ -81,15 +81,14 @@ Cloud cloudAt(const Noise& noise, double x, double above, double scale, double a
 void reflect(Picture& picture, const Water& water, const std::vector<double>& shore) {
     const Picture above = picture;
     const Noise waves(91);
-    const double middle = picture.width() / 2.0;
     picture.shade([&](int x, int y, Rgb old) {
         // The pixel the shore runs through still shows some sky between land and water.
-        const double start = shore[static_cast<std::size_t>(x)] - 1.0;
+        const double start = shore[static_cast<std::size_t>(x - picture.left())] - 1.0;
         const double depth = y - water.line;
         if (y + 1.0 <= start || depth <= 0.0) return old;
         // Equal waves look shorter and flatter the nearer they are to the line.
         const double far = 100.0 / (depth + 4.0);
-        const double u = (x - middle) * far / water.scale;
+        const double u = (x - picture.middle()) * far / water.scale;
         const double v = 18.0 * far * 100.0 / water.scale;
         const double wave = waves.layers(u * 0.35 + water.phase, v * 0.35, 4);
         const double sway = water.ripple * (depth + 6.0);

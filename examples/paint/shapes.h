@@ -21,11 +21,13 @@ void conifer(cairo_t* pen, double x, double base, double height, Random& random)
 
 // Everything below the line y = top(x).
 template <class Top>
-void ground(cairo_t* pen, int width, int height, Top top) {
-    cairo_move_to(pen, -2.0, height + 2.0);
-    for (int x = -2; x <= width + 2; ++x)
+void ground(cairo_t* pen, Top top) {
+    double left, highest, right, lowest;
+    cairo_clip_extents(pen, &left, &highest, &right, &lowest);
+    cairo_move_to(pen, left - 2.0, lowest + 2.0);
+    for (double x = left - 2.0; x <= right + 2.0; ++x)
         cairo_line_to(pen, x, top(x));
-    cairo_line_to(pen, width + 2.0, height + 2.0);
+    cairo_line_to(pen, right + 2.0, lowest + 2.0);
     cairo_close_path(pen);
     cairo_fill(pen);
 }
@@ -37,7 +39,7 @@ struct Cloud {
 };
 Cloud cloudAt(const Noise& noise, double x, double above, double scale, double amount);
 
-// Still water: mirrors what lies above `line` into the rows below shore[x].
+// Still water: mirrors what lies above `line` into the rows below the shore of each column.
 struct Water {
     double line;
     double ripple;  // how far a wave moves the picture, as a share of its depth below the line

@@ -86,11 +86,11 @@ double walk(Column& column, const View& view, double side, double bottom, Height
 template <class Height, class Shade>
 std::vector<double> terrain(Picture& picture, const View& view, Height height, Shade shade) {
     std::vector<double> shore;
-    for (int x = 0; x < picture.width(); ++x) {
+    for (int x = picture.left(); x < picture.right(); ++x) {
         Column column(picture.height());
         double start = 0.0;
         for (int part = 0; part < Column::fine; ++part) {
-            const double across = x + (part + 0.5) / Column::fine - picture.width() / 2.0;
+            const double across = x + (part + 0.5) / Column::fine - picture.middle();
             start = walk(column, view, across / view.focal, picture.height(), height, shade);
         }
         shore.push_back(start);

@@ -6,12 +6,9 @@
 
 namespace {
 
-constexpr int W = stillWidth;
-constexpr int H = stillHeight;
-
 // A shore that runs straight across a still.
 std::vector<double> straightShore(double y) {
-    return std::vector<double>(W, y);
+    return std::vector<double>(sceneWidth, y);
 }
 
 void windows(cairo_t* pen, double x, double y, int columns, int rows, double gapX, double gapY) {
@@ -92,7 +89,7 @@ void fishingBoat(Picture& picture, double x, double y, double size, Rgb hull) {
 }  // namespace
 
 Picture paintHarbour() {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise clouds(21);
     const double quay = 340.0;
     picture.shade([&](int x, int y, Rgb) {
@@ -105,7 +102,7 @@ Picture paintHarbour() {
     const Noise hills(4);
     picture.fill([](int, int y) { return mix(hex(0x6fa3a0), hex(0x4f8f68), (y - 180.0) / 150.0); },
                  [&](cairo_t* pen) {
-                     ground(pen, W, H, [&](double x) {
+                     ground(pen, [&](double x) {
                          return 262.0 - 70.0 * smooth(250.0, 768.0, x) -
                                 34.0 * hills.layers(x * 0.006, 0.0, 5);
                      });
@@ -118,14 +115,16 @@ Picture paintHarbour() {
     const std::array<Rgb, 7> walls{hex(0xe8b04a), hex(0xd9573f), hex(0xf1e3c4), hex(0x5b9bb5),
                                    hex(0xe58a6b), hex(0x7fa866), hex(0xf0cf7a)};
     Random random(14);
-    double x = -22.0;
-    for (std::size_t i = 0; x < W; ++i) {
+    double x = sceneLeft - 22.0;
+    for (std::size_t i = 0; x < sceneRight; ++i) {
         const double width = random.in(82.0, 104.0);
         house(picture, x, width, random.in(92.0, 150.0), quay, walls[i % walls.size()]);
         x += width;
     }
-    picture.fill(hex(0x8d8377), [&](cairo_t* pen) { box(pen, 0.0, quay - 4.0, W, 20.0); });
-    picture.fill(hex(0x5d564f), [&](cairo_t* pen) { box(pen, 0.0, quay + 8.0, W, 10.0); });
+    picture.fill(hex(0x8d8377),
+                 [&](cairo_t* pen) { box(pen, sceneLeft, quay - 4.0, sceneWidth, 20.0); });
+    picture.fill(hex(0x5d564f),
+                 [&](cairo_t* pen) { box(pen, sceneLeft, quay + 8.0, sceneWidth, 10.0); });
     fishingBoat(picture, 575.0, 354.0, 0.9, hex(0x2468a0));
     reflect(picture, {quay + 18.0, 0.09, 26.0, hex(0x0d6f86)}, straightShore(quay + 19.0));
     picture.shade([](int, int y, Rgb old) {
@@ -147,7 +146,7 @@ namespace {
 void towers(Picture& picture, int layer, double river, Random& random) {
     const double near = layer / 2.0;
     const Rgb wall = ramp({{0.0, hex(0x6a3f86)}, {0.5, hex(0x3a2a66)}, {1.0, hex(0x17163a)}}, near);
-    for (double x = -20.0; x < W;) {
+    for (double x = sceneLeft - 20.0; x < sceneRight;) {
         const double width = random.in(38.0, 74.0);
         const double middle = 1.0 - std::abs(x + width / 2.0 - 360.0) / 420.0;
         const double tall =
@@ -181,7 +180,7 @@ void towers(Picture& picture, int layer, double river, Random& random) {
 }  // namespace
 
 Picture paintCity() {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     Random random(9);
     const Noise noise(18);
     const double river = 420.0;
@@ -196,8 +195,8 @@ Picture paintCity() {
         return mix(sky, mix(hex(0x3f2468), hex(0xf08aa0), cloud.light * (1.0 - above)),
                    cloud.cover * 0.6);
     });
-    for (int i = 0; i < 70; ++i)
-        picture.glow(random.in(0.0, W), random.in(0.0, 170.0), random.in(1.2, 2.2),
+    for (int i = 0; i < 93; ++i)
+        picture.glow(random.in(sceneLeft, sceneRight), random.in(0.0, 170.0), random.in(1.2, 2.2),
                      hex(0xffffff) * random.in(0.2, 0.8));
     picture.glow(610.0, 96.0, 150.0, hex(0xffd9c0) * 0.5);
     picture.fill(hex(0xfff3dc), [](cairo_t* pen) { disc(pen, 610.0, 96.0, 38.0); });
@@ -205,10 +204,11 @@ Picture paintCity() {
         towers(picture, layer, river, random);
         if (layer < 2) picture.glow(384.0, river, 460.0, hex(0xff7a8a) * 0.22);
     }
-    picture.fill(hex(0x0f0e2a), [&](cairo_t* pen) { box(pen, 0.0, river - 6.0, W, 10.0); });
-    for (int i = 0; i < 20; ++i) {
-        picture.glow(20.0 + 39.0 * i, river - 9.0, 17.0, hex(0xffc46a) * 0.8);
-        picture.glow(20.0 + 39.0 * i, river - 9.0, 4.0, hex(0xfff3d0));
+    picture.fill(hex(0x0f0e2a),
+                 [&](cairo_t* pen) { box(pen, sceneLeft, river - 6.0, sceneWidth, 10.0); });
+    for (double x = sceneLeft - 8.0; x < sceneRight + 17.0; x += 39.0) {
+        picture.glow(x, river - 9.0, 17.0, hex(0xffc46a) * 0.8);
+        picture.glow(x, river - 9.0, 4.0, hex(0xfff3d0));
     }
     reflect(picture, {river + 3.0, 0.16, 20.0, hex(0x120f33)}, straightShore(river + 4.0));
     picture.vignette(0.3);

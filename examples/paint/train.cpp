@@ -6,8 +6,6 @@
 
 namespace {
 
-constexpr int W = stillWidth;
-constexpr int H = stillHeight;
 constexpr double turn = 2.0 * std::numbers::pi;
 constexpr double rail = 372.0;
 constexpr double arch = 192.0;  // from pier to pier: the way the bridge goes in one loop
@@ -37,7 +35,7 @@ void valley(Picture& picture, double t) {
                        smooth(150.0, 330.0, y) + 0.12 * noise.layers(x * 0.02, y * 0.02, 4));
         },
         [&](cairo_t* pen) {
-            ground(pen, W, H, [&](double x) {
+            ground(pen, [&](double x) {
                 return 250.0 - 150.0 * noise.layers(x * 0.0042 + 0.35, 7.0, 6);
             });
         });
@@ -57,15 +55,15 @@ void valley(Picture& picture, double t) {
                            (0.75 - 0.3 * near) * smooth(0.0, 120.0, y - top(x)));
             },
             [&](cairo_t* pen) {
-                ground(pen, W, H, top);
+                ground(pen, top);
                 Random random(500u + static_cast<std::uint64_t>(layer));
                 const int count = 3 + layer % 2;
                 for (int i = 0; i < count; ++i) {
                     const double place = period * (i + random.in(0.0, 0.8)) / count;
                     const double size = (9.0 + 6.0 * near) * random.in(0.7, 1.3);
                     const bool poplar = random.next() < 0.4;
-                    for (double x = place - fraction(t) * period - period; x < W + 60.0;
-                         x += period) {
+                    for (double x = place - fraction(t) * period - 3.0 * period;
+                         x < sceneRight + 60.0; x += period) {
                         if (poplar)
                             oval(pen, x, top(x) - size * 1.5, size * 0.42, size * 2.0);
                         else
@@ -91,30 +89,31 @@ void viaduct(Picture& picture, double t) {
     };
     picture.fill(stone, [&](cairo_t* pen) {
         cairo_set_fill_rule(pen, CAIRO_FILL_RULE_EVEN_ODD);
-        cairo_rectangle(pen, -4.0, rail + 10.0, W + 8.0, H);
+        cairo_rectangle(pen, sceneLeft - 4.0, rail + 10.0, sceneWidth + 8.0, sceneHeight);
         const double radius = 74.0;
-        for (double x = arch / 2.0 - shift; x < W + arch; x += arch) {
+        for (double x = -arch / 2.0 - shift; x < sceneRight + arch; x += arch) {
             cairo_new_sub_path(pen);
             cairo_arc(pen, x, rail + 112.0, radius, turn / 2.0, turn);
-            cairo_line_to(pen, x + radius, H + 8.0);
-            cairo_line_to(pen, x - radius, H + 8.0);
+            cairo_line_to(pen, x + radius, sceneHeight + 8.0);
+            cairo_line_to(pen, x - radius, sceneHeight + 8.0);
             cairo_close_path(pen);
         }
         cairo_fill(pen);
     });
     picture.fill(hex(0xcdb497), [&](cairo_t* pen) {
-        box(pen, 0.0, rail + 8.0, W, 9.0);
+        box(pen, sceneLeft, rail + 8.0, sceneWidth, 9.0);
         cairo_set_line_width(pen, 7.0);
-        for (double x = arch / 2.0 - shift; x < W + arch; x += arch) {
+        for (double x = -arch / 2.0 - shift; x < sceneRight + arch; x += arch) {
             cairo_new_sub_path(pen);
             cairo_arc(pen, x, rail + 112.0, 77.0, turn / 2.0, turn);
             cairo_stroke(pen);
         }
     });
-    picture.fill(hex(0x8a7a6a), [&](cairo_t* pen) { box(pen, 0.0, rail + 3.0, W, 6.0); });
+    picture.fill(hex(0x8a7a6a),
+                 [&](cairo_t* pen) { box(pen, sceneLeft, rail + 3.0, sceneWidth, 6.0); });
     picture.fill(hex(0x3d352f), [&](cairo_t* pen) {
-        box(pen, 0.0, rail, W, 3.0);
-        for (double x = -fraction(t * 6.0) * 32.0; x < W; x += 32.0)
+        box(pen, sceneLeft, rail, sceneWidth, 3.0);
+        for (double x = sceneLeft - fraction(t * 6.0) * 32.0; x < sceneRight; x += 32.0)
             box(pen, x, rail + 3.0, 16.0, 5.0);
     });
 }
@@ -226,10 +225,10 @@ void steam(Picture& picture, Point funnel, double t) {
         const double y = funnel.y - 105.0 * std::pow(age, 0.55) + sway * age;
         const double size = 15.0 + 74.0 * std::pow(age, 0.8) * random.in(0.85, 1.1);
         const double thick = 0.62 * (1.0 - smooth(0.35, 1.0, age)) * smooth(0.0, 0.05, age);
-        const int left = std::max(0, static_cast<int>(x - size));
+        const int left = std::max(sceneLeft, static_cast<int>(x - size));
         for (int py = std::max(0, static_cast<int>(y - size));
-             py < std::min(H, static_cast<int>(y + size) + 1); ++py) {
-            for (int px = left; px < std::min(W, static_cast<int>(x + size) + 1); ++px) {
+             py < std::min(sceneHeight, static_cast<int>(y + size) + 1); ++py) {
+            for (int px = left; px < std::min(sceneRight, static_cast<int>(x + size) + 1); ++px) {
                 const double far = std::hypot(px - x, py - y) / size;
                 const Rgb tone =
                     mix(hex(0xffffff), hex(0xc3b8b0), smooth(-0.5, 0.9, (py - y) / size));
@@ -242,7 +241,7 @@ void steam(Picture& picture, Point funnel, double t) {
 }  // namespace
 
 Picture paintTrain(double t) {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     valley(picture, t);
     viaduct(picture, t);
     const double shake = 0.8 * std::sin(2.0 * turn * t);

@@ -5,16 +5,13 @@
 
 namespace {
 
-constexpr int W = stillWidth;
-constexpr int H = stillHeight;
-
 void trunks(Picture& picture, int layer, Random& random) {
     const double near = layer / 4.0;
     const Rgb bark = ramp(
         {{0.0, hex(0xb9cf7c)}, {0.35, hex(0x6f9a4d)}, {0.7, hex(0x2c5230)}, {1.0, hex(0x10231a)}},
         near);
     const double base = 400.0 + 165.0 * near * near;
-    const int count = 26 - 5 * layer;
+    const int count = 35 - 7 * layer;
     const Noise noise(70u + static_cast<std::uint32_t>(layer));
     const auto colour = [&](int x, int y) {
         const double grooves = noise.layers(x * 0.22, y * 0.02, 3);
@@ -23,7 +20,7 @@ void trunks(Picture& picture, int layer, Random& random) {
     };
     picture.fill(colour, [&](cairo_t* pen) {
         for (int i = 0; i < count; ++i) {
-            double x = W * (i + random.in(0.1, 0.9)) / count;
+            double x = sceneLeft + sceneWidth * (i + random.in(0.1, 0.9)) / count;
             // The path stays clear, or there would be no way into the wood.
             if (std::abs(x - 400.0) < 50.0 + 105.0 * near) x += x < 400.0 ? -130.0 : 130.0;
             const double half = (3.0 + 19.0 * near * near) * random.in(0.7, 1.25);
@@ -43,10 +40,10 @@ void leaves(Picture& picture, double near, Random& random) {
     const Rgb tone = mix(hex(0x9cc24e), hex(0x1c4a24), near);
     for (int shade = 0; shade < 3; ++shade) {
         picture.fill(tone * (0.75 + 0.3 * shade), [&](cairo_t* pen) {
-            for (int i = 0; i < 420; ++i) {
-                const double x = random.in(-10.0, W + 10.0);
+            for (int i = 0; i < 560; ++i) {
+                const double x = random.in(sceneLeft - 10.0, sceneRight + 10.0);
                 const double arch =
-                    55.0 + 150.0 * near * std::pow(std::abs(x - 400.0) / 400.0, 1.4);
+                    55.0 + 150.0 * near * std::pow(std::abs(x - 400.0) / 530.0, 1.4);
                 const double y = arch * std::pow(random.next(), 1.4) - 6.0;
                 const double size = random.in(4.0, 10.0) * (0.6 + 0.6 * near);
                 oval(pen, x, y, size, size * random.in(0.45, 0.8));
@@ -60,8 +57,8 @@ void ferns(Picture& picture, Random& random) {
         const double base = 440.0 + 46.0 * row;
         picture.fill(mix(hex(0x7fae3c), hex(0x143520), row / 3.0), [&](cairo_t* pen) {
             cairo_set_line_width(pen, 1.6 + 0.7 * row);
-            for (int i = 0; i < 430; ++i) {
-                const double x = random.in(-20.0, W + 20.0);
+            for (int i = 0; i < 570; ++i) {
+                const double x = random.in(sceneLeft - 20.0, sceneRight + 20.0);
                 if (std::abs(x - 400.0) < 62.0 + 42.0 * row) continue;
                 const double y = base + random.in(-10.0, 26.0);
                 const double out = random.in(-22.0, 22.0);
@@ -77,8 +74,8 @@ void ferns(Picture& picture, Random& random) {
 }  // namespace
 
 Picture paintForest() {
-    Picture picture(W, H);
-    Random random(2);
+    Picture picture = emptyScene();
+    Random random(4);
     const Noise noise(11);
     picture.shade([&](int x, int y, Rgb) {
         const double light =
@@ -96,7 +93,7 @@ Picture paintForest() {
             return mix(earth, moss, smooth(0.55, 1.0, path + 0.25 * noise.at(x * 0.04, y * 0.08))) *
                    rough;
         },
-        [&](cairo_t* pen) { box(pen, 0.0, 404.0, W, 180.0); });
+        [&](cairo_t* pen) { box(pen, sceneLeft, 404.0, sceneWidth, 180.0); });
     for (int layer = 0; layer < 5; ++layer) {
         trunks(picture, layer, random);
         if (layer > 0) leaves(picture, layer / 4.0, random);
@@ -174,7 +171,7 @@ void camel(cairo_t* pen, double x, double y, double size, bool rider) {
 }  // namespace
 
 Picture paintDesert() {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise noise(6);
     picture.shade([&](int, int y, Rgb) {
         return ramp({{0.0, hex(0xffe0a0)},
@@ -197,7 +194,7 @@ Picture paintDesert() {
             return mix(hex(0x6a2420), hex(0x2a0f16), (y - crest(x)) / 180.0) *
                    (1.0 + 0.12 * std::sin(y * 0.5 + x * 0.06 + 3.0 * noise.at(x * 0.02, y * 0.03)));
         },
-        [&](cairo_t* pen) { ground(pen, W, H, crest); });
+        [&](cairo_t* pen) { ground(pen, crest); });
     picture.fill(hex(0x2a0f16), [&](cairo_t* pen) {
         for (int i = 0; i < 4; ++i) {
             const double x = 118.0 + 118.0 * i;
@@ -232,7 +229,7 @@ Rgb peakColour(const Noise& noise, double x, double z, double h) {
 void cabin(Picture& picture) {
     picture.fill(hex(0x5a3524), [](cairo_t* pen) {
         polygon(pen,
-                {{150.0, 470.0}, {150.0, 390.0}, {205.0, 338.0}, {330.0, 338.0}, {330.0, 470.0}});
+                {{150.0, 470.0}, {150.0, 390.0}, {205.0, 338.0}, {330.0, 352.0}, {330.0, 470.0}});
     });
     picture.fill(hex(0x7a4a30), [](cairo_t* pen) {
         polygon(pen,
@@ -285,7 +282,7 @@ void snowyPine(Picture& picture, double x, double base, double tall, Random& ran
 }  // namespace
 
 Picture paintSnow() {
-    Picture picture(W, H);
+    Picture picture = emptyScene();
     const Noise noise(15);
     Random random(40);
     picture.shade([](int, int y, Rgb) {
@@ -298,7 +295,7 @@ Picture paintSnow() {
     picture.fill(
         [&](int, int y) { return mix(hex(0x5f86a8), hex(0xc4dbee), smooth(360.0, 430.0, y)); },
         [&](cairo_t* pen) {
-            for (double x = -10.0; x < W + 10.0; x += random.in(4.0, 12.0))
+            for (double x = sceneLeft - 10.0; x < sceneRight + 10.0; x += random.in(4.0, 12.0))
                 conifer(pen, x, 434.0, random.in(30.0, 70.0), random);
         });
     const auto field = [&](double x) {
@@ -310,7 +307,7 @@ Picture paintSnow() {
                 hex(0xffffff), hex(0x8fb4dd),
                 clamp01((y - field(x)) / 170.0 + 0.25 * noise.layers(x * 0.008, y * 0.02, 4)));
         },
-        [&](cairo_t* pen) { ground(pen, W, H, field); });
+        [&](cairo_t* pen) { ground(pen, field); });
     for (const double x : {60.0, 118.0, 372.0, 430.0})
         snowyPine(picture, x, 462.0, random.in(130.0, 210.0), random);
     cabin(picture);
@@ -320,7 +317,7 @@ Picture paintSnow() {
                        clamp01((y - 462.0) / 130.0 + 0.2 * noise.layers(x * 0.01, y * 0.02, 4)));
         },
         [&](cairo_t* pen) {
-            ground(pen, W, H, [](double x) {
+            ground(pen, [](double x) {
                 return 476.0 - 12.0 * std::sin(x * 0.012) + 4.0 * std::sin(x * 0.04);
             });
         });
@@ -328,13 +325,13 @@ Picture paintSnow() {
     snowyPine(picture, 735.0, 560.0, 250.0, random);
     picture.fill([](int, int y) { return mix(hex(0xffffff), hex(0xb7d0ee), (y - 525.0) / 50.0); },
                  [](cairo_t* pen) {
-                     ground(pen, W, H, [](double x) {
+                     ground(pen, [](double x) {
                          return 548.0 - 22.0 * smooth(480.0, 700.0, x) + 3.0 * std::sin(x * 0.03);
                      });
                  });
     picture.grain(0.005, 35);
-    for (int i = 0; i < 150; ++i)
-        picture.glow(random.in(0.0, W), random.in(0.0, H), random.in(2.0, 5.0),
-                     hex(0xffffff) * random.in(0.4, 1.0));
+    for (int i = 0; i < 200; ++i)
+        picture.glow(random.in(sceneLeft, sceneRight), random.in(0.0, sceneHeight),
+                     random.in(2.0, 5.0), hex(0xffffff) * random.in(0.4, 1.0));
     return picture;
 }
