@@ -16,6 +16,11 @@ namespace {
 
 constexpr const char* kProgram = "tkvDvdMenuImg";
 
+LogSink& logSink() {
+    static LogSink sink;
+    return sink;
+}
+
 std::string logPrefix() {
     using namespace std::chrono;
     const auto now = system_clock::now();
@@ -28,15 +33,21 @@ std::string logPrefix() {
 
 }  // namespace
 
+void setLogSink(LogSink sink) {
+    logSink() = std::move(sink);
+}
+
 void writeStandardError(std::string_view text) {
+    if (logSink()) return logSink()(text);
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
 void writeLog(std::string_view text) {
     const std::string entry = validUtf8(text);
-    const bool isEnded = entry.ends_with('\n');
+    const std::string_view end = entry.ends_with('\n') ? "" : "\n";
+    if (logSink()) return logSink()(fmt::format("{}{}", entry, end));
     // One write an entry, so that entries of several processes on one terminal do not mix.
-    writeStandardError(logPrefix() + entry + (isEnded ? "" : "\n"));
+    writeStandardError(fmt::format("{}{}{}", logPrefix(), entry, end));
     static const SyslogSocket syslog;
     syslog.send(kProgram, entry);
 }

@@ -2,12 +2,21 @@
 
 #include <fmt/format.h>
 
+#include <functional>
 #include <string_view>
 #include <utility>
 
 #include "system/verbose.h"
 
 namespace tkv {
+
+/// What takes the lines of this process: texts for the standard error stream as they stand, and
+/// entries of the log, without a prefix, that end with a line feed.
+using LogSink = std::function<void(std::string_view text)>;
+
+/// From now on all lines go to the sink alone; with an empty one, as at the start, to where the
+/// functions below say. Not to be called while another thread writes.
+void setLogSink(LogSink sink);
 
 /// Writes `text` as it stands to the standard error stream.
 void writeStandardError(std::string_view text);

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tkv {
@@ -26,5 +28,38 @@ std::map<std::string, std::string> environmentVariables();
 /// those that have ended by then. How they exited does not matter.
 std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
                         const std::vector<std::string>& environment);
+
+/// A program that is started by itself, and what becomes of its streams.
+struct Program {
+    std::vector<std::string> command;  ///< looked up in $PATH unless it has a slash; its arguments
+    std::string input;                 ///< a file; empty: nothing is to be read
+    std::string output;  ///< a file that is created or emptied; empty: its lines are handed on
+    /// Is given each line of the standard output and of the standard error stream, as soon as it is
+    /// written, without its end; carriage returns end lines too. Called in the thread that waits.
+    std::function<void(std::string_view line)> onOutput, onError;
+};
+
+/// How a program ended.
+struct ProgramEnd {
+    enum class How {
+        exited,
+        killed,      ///< by a signal
+        notStarted,  ///< there is no such program, or it may not be run
+        noFile,      ///< its input or output could not be opened
+        stopped,     ///< by stopPrograms
+    };
+    How how = How::exited;
+    int status = 0;  ///< of the exit, or the signal's number, or errno of what did not work
+};
+
+/// Runs a program and waits until it has ended. Any number may run at once, in threads.
+ProgramEnd runProgram(const Program& program);
+
+/// Ends all programs that runProgram waits for, SIGTERM first, and keeps others from being started.
+/// Async-signal-safe.
+void stopPrograms();
+
+/// Has stopPrograms been called?
+bool areProgramsStopped();
 
 }  // namespace tkv

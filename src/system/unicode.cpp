@@ -3,6 +3,7 @@
 #include <unicode/datefmt.h>
 #include <unicode/localebuilder.h>
 #include <unicode/locid.h>
+#include <unicode/translit.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/uscript.h>
@@ -114,6 +115,15 @@ std::string upperCased(std::string_view text) {
 
 std::string capitalized(std::string_view text) {
     return encoded(withEverydayGeorgian(decoded(text).toTitle(nullptr, icu::Locale::getRoot())));
+}
+
+std::string latinLetters(std::string_view text) {
+    UErrorCode status = U_ZERO_ERROR;
+    const std::unique_ptr<icu::Transliterator> writer(
+        icu::Transliterator::createInstance("Any-Latin; Latin-ASCII", UTRANS_FORWARD, status));
+    icu::UnicodeString letters = decoded(text);
+    if (writer && U_SUCCESS(status) != 0) writer->transliterate(letters);
+    return encoded(letters);
 }
 
 std::string upperCasedLongDate(std::time_t time) {

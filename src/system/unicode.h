@@ -30,6 +30,11 @@ std::string upperCased(std::string_view text);
 /// "l'été" gives "L'été". Otherwise as upperCased.
 std::string capitalized(std::string_view text);
 
+/// The text in Latin letters without accents, as far as ICU knows how to write its script in them:
+/// "Un été à Αθήνα" gives "Un ete a Athena". The text may be any bytes; what has no such letters
+/// stays in it.
+std::string latinLetters(std::string_view text);
+
 /// The local date of `time` in the long style of the user's date language, in that language's upper
 /// case, such as "1 AOÛT 2026"; in English where nobody knows that language.
 std::string upperCasedLongDate(std::time_t time);
