@@ -1,4 +1,4 @@
-# The libraries behind graphics and system: the floors above know none of them but fmt.
+# The libraries behind graphics, system and disc: the floors between know none of them but fmt.
 find_package(PkgConfig REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)
@@ -12,3 +12,7 @@ pkg_check_modules(OPENJPEG REQUIRED IMPORTED_TARGET libopenjp2>=2.5)
 pkg_check_modules(EXIF REQUIRED IMPORTED_TARGET libexif)
 pkg_check_modules(LCMS REQUIRED IMPORTED_TARGET lcms2)
 pkg_check_modules(ICU REQUIRED IMPORTED_TARGET icu-i18n icu-uc)
+find_package(CLI11 REQUIRED)
+find_package(nlohmann_json REQUIRED)
+find_package(pugixml REQUIRED)
+find_package(tomlplusplus REQUIRED)

@@ -4,7 +4,8 @@ build_packages=(
     cmake g++ ninja-build pkg-config
     libcairo2-dev libexif-dev libfmt-dev libgdk-pixbuf-2.0-dev libgif-dev libglib2.0-dev
     libicu-dev libjpeg62-turbo-dev liblcms2-dev libopenjp2-7-dev libpango1.0-dev libpng-dev
-    dvdauthor fonts-dejavu-core
+    libcli11-dev libpugixml-dev libtomlplusplus-dev nlohmann-json3-dev
+    dvdauthor ffmpeg fonts-dejavu-core genisoimage
 )
 
 # What the tests need besides: their framework, other people's programs that open what the tool
@@ -13,7 +14,7 @@ test_packages=(
     libgtest-dev
     imagemagick libimage-exiftool-perl libjpeg-turbo-progs libopenjp2-tools
     libavif-gdk-pixbuf webp-pixbuf-loader
-    ffmpeg genisoimage libdvdnav-dev libdvdread-dev
+    libdvdnav-dev libdvdread-dev lsdvd
     fonts-noto-color-emoji fonts-vlgothic
 )
 

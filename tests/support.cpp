@@ -133,24 +133,35 @@ std::string toolPath() {
     return programFolder() / "tkvDvdMenuImg";
 }
 
+std::string discProgramPath() {
+    return programFolder() / "tkvDvdDisc";
+}
+
 static bool isRenewing() {
     return std::getenv("TKV_RENEW") != nullptr;
 }
 
+static std::string transcriptPath(const std::string& name) {
+    return checkoutPath("tests/transcripts/" + name);
+}
+
+void expectText(const std::string& actual, const std::string& name) {
+    if (isRenewing()) {
+        std::ofstream(transcriptPath(name)) << actual;
+    } else if (actual != readText(transcriptPath(name))) {
+        const TempFolder kept;
+        ADD_FAILURE() << run(fmt::format("diff -u {} {} || true", quoted(transcriptPath(name)),
+                                         kept.write(name, actual)));
+    }
+}
+
 void expectTranscript(const TempFolder& folder, const std::string& name) {
-    const std::string transcript = checkoutPath("tests/transcripts/" + name);
+    const std::string transcript = transcriptPath(name);
     const std::string written = withoutLogPrefixes(run(fmt::format(
         "cd {} && PATH={}:\"$PATH\" && sed -n 's/^\\$ //p' {} | while read -r command; do "
         "printf '$ %s\\n' \"$command\"; eval \"$command\" </dev/null; done",
         folder.path(), quoted(programFolder()), quoted(transcript))));
-    const std::string actual = std::regex_replace(written, std::regex(folder.path()), "/folder");
-    if (isRenewing()) {
-        std::ofstream(transcript) << actual;
-    } else if (actual != readText(transcript)) {
-        const TempFolder kept;
-        ADD_FAILURE() << run(
-            fmt::format("diff -u {} {} || true", quoted(transcript), kept.write(name, actual)));
-    }
+    expectText(std::regex_replace(written, std::regex(folder.path()), "/folder"), name);
 }
 
 /// Its pixels tell how far those of the two are apart, tenfold.

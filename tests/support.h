@@ -84,8 +84,13 @@ std::string quoted(const std::string& text);
 /// A file or folder of the checkout.
 std::string checkoutPath(const std::string& name);
 
-/// The program, built beside the tests.
+/// The programs, built beside the tests.
 std::string toolPath();
+std::string discProgramPath();
+
+/// Expects the text of the file `name` of the folder "transcripts". While $TKV_RENEW is set the
+/// file is written instead.
+void expectText(const std::string& actual, const std::string& name);
 
 /// Runs the commands of a file of the folder "transcripts" (its lines that begin with a dollar sign
 /// and a blank) in `folder`, and expects that they write the rest of that file. Log prefixes are

@@ -1,0 +1,78 @@
+#include "disc/authoring.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "disc/disc_error.h"
+#include "disc/tools.h"
+
+namespace tkv::disc {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+// Seconds of work for a gigabyte that is written.
+constexpr double kWritingWeight = 8;
+
+double writingWeight(std::int64_t bytes) {
+    return kWritingWeight * static_cast<double>(bytes) / 1e9;
+}
+
+// The tables that a player needs, as the author of the disc writes them last.
+bool isWhole(const DiscPlan& plan, const std::string& folder) {
+    const auto isThere = [&](const std::string& name) {
+        std::error_code error;
+        return fs::file_size(folder + "/VIDEO_TS/" + name, error) > 0 && !error;
+    };
+    for (std::size_t i = 1; i <= plan.sets.size(); ++i) {
+        if (!isThere(fmt::format("VTS_{:02}_0.IFO", i)) ||
+            !isThere(fmt::format("VTS_{:02}_1.VOB", i)))
+            return false;
+    }
+    return isThere("VIDEO_TS.IFO");
+}
+
+}  // namespace
+
+void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::string& folder,
+                Progress& progress) {
+    const double weight = writingWeight(plan.bytes);
+    progress.expect(weight);
+    const Progress::Task task(progress, "Writing the disc", weight);
+    const std::string file = folder + ".xml";
+    std::ofstream(file) << authorFile(plan, pieces, folder);
+    runTool({{"dvdauthor", "-x", file}, "", "", {}, {}}, "The disc could not be written");
+    if (!isWhole(plan, folder)) {
+        throw DiscError("The disc could not be written: dvdauthor has left out some of its files.");
+    }
+}
+
+void makeImage(const std::string& folder, const std::string& label, const std::string& image,
+               Progress& progress) {
+    const std::int64_t bytes = bytesIn(folder);
+    const double weight = writingWeight(bytes);
+    progress.expect(weight);
+    const Progress::Task task(progress, "Writing the disc image", weight);
+    // Players open images by their UDF file system.
+    runTool({{"genisoimage", "-quiet", "-dvd-video", "-udf", "-V", label, "-o", image, folder},
+             "",
+             "",
+             {},
+             {}},
+            "The disc image could not be written");
+    if (static_cast<std::int64_t>(fs::file_size(image)) < bytes)
+        throw DiscError("The disc image could not be written: it is shorter than the disc.");
+}
+
+std::int64_t bytesIn(const std::string& folder) {
+    std::int64_t bytes = 0;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
+        if (entry.is_regular_file()) bytes += static_cast<std::int64_t>(entry.file_size());
+    }
+    return bytes;
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+
+#include "disc/author_file.h"
+#include "disc/plan.h"
+#include "disc/progress.h"
+
+namespace tkv::disc {
+
+/// Writes the disc's folders VIDEO_TS and AUDIO_TS into `folder`, which must not be there yet.
+/// Throws DiscError when what is there afterwards is no whole disc.
+void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::string& folder,
+                Progress& progress);
+
+/// Writes the image of a disc's folder. `label`: as volumeLabel answers it.
+void makeImage(const std::string& folder, const std::string& label, const std::string& image,
+               Progress& progress);
+
+/// Bytes of all files in a folder and below it.
+std::int64_t bytesIn(const std::string& folder);
+
+}  // namespace tkv::disc

@@ -1,0 +1,302 @@
+#include "disc/disc_maker.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <utility>
+
+#include "disc/authoring.h"
+#include "disc/disc_error.h"
+#include "disc/film_maker.h"
+#include "disc/lanes.h"
+#include "disc/menu_maker.h"
+#include "disc/names.h"
+#include "disc/output_folder.h"
+#include "disc/probe.h"
+#include "disc/project_file.h"
+#include "disc/report.h"
+#include "disc/tools.h"
+#include "disc/workshop.h"
+#include "imaging/rescale.h"
+#include "system/files.h"
+#include "system/paths.h"
+
+namespace tkv::disc {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr PixelSize kPage{kPageWidth, kPageHeight};
+
+// A page as a wide display shows it, in square pixels.
+constexpr PixelSize kWidePage{960, 540};
+
+constexpr float kPictureQuality = 0.95F;
+
+std::vector<Film> probedFilms(const Project& project) {
+    std::vector<Film> films(project.films.size());
+    sideBySide(films.size(), [&](std::size_t i) { films[i] = probeFilm(project.films[i].path); });
+    return films;
+}
+
+std::string stampOf(const std::string& path) {
+    const auto stamp = fileStamp(path);
+    if (!stamp) throw DiscError(fmt::format("There is no file {}.", path));
+    return fmt::format("{} {} {}", path, stamp->bytes, stamp->modifiedNs);
+}
+
+// One run, from the films to the folder's new disc.
+class DiscMaker {
+  public:
+    explicit DiscMaker(const Options& options)
+        : options_(options),
+          project_(options.project),
+          progress_(options.isQuiet ? Progress::Style::quiet : Progress::suitableStyle()),
+          folder_(options.output) {}
+
+    void run() {
+        try {
+            make();
+        } catch (const Interrupted&) {
+            const auto ready = std::ranges::count_if(
+                filmNames_, [](const std::string& name) { return fs::exists(name); });
+            progress_.say(
+                fmt::format("Interrupted. {} of {} films {} ready; the same command goes "
+                            "on from there.",
+                            ready, project_.films.size(), ready == 1 ? "is" : "are"));
+            throw;
+        }
+    }
+
+  private:
+    void make() {
+        films_ = probedFilms(project_);
+        if (!options_.isPreview) countAllFrames();
+        plan_ = planDisc(project_, films_);
+        pages_ = pagesOf(plan_);
+        if (options_.isPreview) {
+            makePreviews();
+            return;
+        }
+        for (const std::string& line : planLines(project_, films_, plan_))
+            progress_.say(line);
+        makePieces();
+        author();
+        workshop_.removeUnused();
+        tell(madeLines(options_, plan_, pages_.size(), bytesIn(folder_.path() + "/disc")));
+    }
+
+    void countAllFrames() {
+        for (Film& film : films_) {
+            const Progress::Task task(
+                progress_, fmt::format("Looking through {}", lastComponent(film.path)), 0);
+            countFrames(film);
+        }
+    }
+
+    void makePreviews() {
+        MenuMaker menus(menuSetting(), workshop_, progress_);
+        const std::string pictures = newFolder("menus");
+        sideBySide(films_.size(),
+                   [&](std::size_t i) { findScenes(pages_, i, films_[i], workshop_); });
+        for (const PageWork& work : pages_) {
+            std::vector<std::string> thumbnails;
+            for (const Scene& scene : work.scenes)
+                thumbnails.push_back(scene.picture);
+            menus.drawPreview(work, thumbnails, fmt::format("{}/{}.jpg", pictures, work.name));
+        }
+        folder_.put(pictures, "menus");
+        tell(previewLines(options_, pages_.size()));
+    }
+
+    // The films side by side, and each menu as soon as its films are there.
+    void makePieces() {
+        FilmMaker maker(project_, films_, plan_, pages_, workshop_, progress_);
+        for (std::size_t film = 0; film < films_.size(); ++film)
+            filmNames_.push_back(maker.nameOf(film));
+        folder_.requireSpace(bytesNeeded());
+        MenuMaker menus(menuSetting(), workshop_, progress_);
+        Lanes lanes(films_.size(), [&](std::size_t film) { return maker.make(film); });
+        try {
+            pieces_.films.resize(films_.size());
+            std::vector<std::string> clips(pages_.size());
+            const std::string pictures = newFolder("menus");
+            for (const std::size_t page : pagesByLastFilm()) {
+                const PageWork& work = pages_[page];
+                for (const Excerpt& excerpt : work.page->excerpts)
+                    lanes.wait(excerpt.film);
+                clips[page] = menus.make(work);
+                menus.drawPreview(work, work.excerpts,
+                                  fmt::format("{}/{}.jpg", pictures, work.name));
+            }
+            for (std::size_t film = 0; film < films_.size(); ++film)
+                pieces_.films[film] = lanes.wait(film);
+            sortClips(clips);
+            const std::string jacket = Workshop::unfinished("jacket.jpg");
+            menus.drawJacket(plan_.title, jacketLine(project_, plan_), jacketBackground(), jacket);
+            folder_.put(pictures, "menus");
+            folder_.put(jacket, "jacket.jpg");
+        } catch (const Interrupted&) {
+            lanes.rethrow();
+            throw;
+        }
+    }
+
+    void author() {
+        for (const Film& film : films_) {
+            std::vector<std::string> languages;
+            for (const AudioTrack& track : film.audio)
+                languages.push_back(track.language);
+            pieces_.soundLanguages.push_back(std::move(languages));
+        }
+        pieces_.language = project_.labels.language;
+        const std::string disc = Workshop::unfinished("disc");
+        const std::string image = Workshop::unfinished("disc.iso");
+        authorDisc(plan_, pieces_, disc, progress_);
+        if (options_.makesImage) makeImage(disc, volumeLabel(plan_.title), image, progress_);
+        folder_.put(disc, "disc");
+        if (options_.makesImage) {
+            folder_.put(image, "disc.iso");
+        } else {
+            folder_.drop("disc.iso");
+        }
+    }
+
+    // The pieces, the disc and the image hold the same bytes.
+    std::int64_t bytesNeeded() const {
+        std::int64_t bytes = plan_.bytes * (options_.makesImage ? 3 : 2);
+        for (const std::string& name : filmNames_) {
+            std::error_code error;
+            const auto made = fs::file_size(name, error);
+            if (!error) bytes -= static_cast<std::int64_t>(made);
+        }
+        return bytes;
+    }
+
+    std::vector<std::size_t> pagesByLastFilm() const {
+        std::vector<std::size_t> order(pages_.size());
+        std::iota(order.begin(), order.end(), 0);
+        std::ranges::stable_sort(order, {}, [&](std::size_t page) {
+            const auto& excerpts = pages_[page].page->excerpts;
+            return std::ranges::max(excerpts, {}, &Excerpt::film).film;
+        });
+        return order;
+    }
+
+    // As the plan has the pages: those of the films, then those of each film's chapters.
+    void sortClips(const std::vector<std::string>& clips) {
+        auto next = clips.begin();
+        const auto take = [&](std::size_t count) {
+            next += static_cast<std::ptrdiff_t>(count);
+            return std::vector(next - static_cast<std::ptrdiff_t>(count), next);
+        };
+        pieces_.pages = take(plan_.pages.size());
+        for (const TitleSet& set : plan_.sets)
+            pieces_.chapterPages.push_back(take(set.pages.size()));
+    }
+
+    MenuSetting menuSetting() {
+        MenuSetting setting;
+        setting.standard = plan_.standard;
+        setting.rate = plan_.menuRate;
+        if (plan_.pages.empty()) return setting;
+        setting.background = project_.background ? givenBackground() : blurredBackground();
+        if (project_.music) {
+            setting.sound.input = project_.music->empty() ? "" : "file:" + *project_.music;
+            if (!project_.music->empty()) setting.soundStamp = stampOf(*project_.music);
+        } else if (!films_.front().audio.empty()) {
+            setting.sound = {inputName(films_.front().sources), excerptOfFirstFilm().from};
+            setting.soundStamp = films_.front().stamp;
+        }
+        return setting;
+    }
+
+    // Cut to the shape of a wide display and squeezed into the page, which is shown stretched.
+    std::string givenBackground() {
+        const std::string& path = *project_.background;
+        return workshop_.result(
+            Workshop::nameOf("background", ".jpg", {stampOf(path)}), [&](const std::string& made) {
+                const std::string cut = made + ".png";
+                if (!imgRescale(path, cut, kWidePage.width, kWidePage.height, 0, kFillAndCrop, 1) ||
+                    !imgRescale(cut, made, kPage.width, kPage.height, 0, kStretch,
+                                kPictureQuality)) {
+                    throw DiscError(fmt::format("{} is no picture that can be read.", path));
+                }
+            });
+    }
+
+    std::string blurredBackground() {
+        const std::string scene =
+            findScene(films_.front(), excerptOfFirstFilm(), kPage, workshop_).picture;
+        return workshop_.result(
+            Workshop::nameOf("background", ".jpg", backgroundCommand(scene, kPage, "")),
+            [&](const std::string& path) {
+                runTool({backgroundCommand(scene, kPage, path), "", "", {}, {}},
+                        "The menus' background could not be made");
+            });
+    }
+
+    std::string jacketBackground() {
+        if (project_.background) return *project_.background;
+        return findScene(films_.front(), excerptOfFirstFilm(), kWidePage, workshop_).picture;
+    }
+
+    Excerpt excerptOfFirstFilm() const {
+        if (!plan_.pages.empty()) return plan_.pages.front().excerpts.front();
+        return {0, films_.front().seconds * 0.1, films_.front().seconds};
+    }
+
+    static std::string newFolder(const std::string& name) {
+        fs::create_directory(Workshop::unfinished(name));
+        return Workshop::unfinished(name);
+    }
+
+    void tell(const std::vector<std::string>& lines) const {
+        if (options_.isQuiet) return;
+        for (const std::string& line : lines)
+            fmt::print("{}\n", line);
+    }
+
+    const Options& options_;
+    const Project& project_;
+    Progress progress_;
+    OutputFolder folder_;
+    Workshop workshop_;
+    std::vector<Film> films_;
+    DiscPlan plan_;
+    std::vector<std::string> filmNames_;  // in the workshop
+    std::vector<PageWork> pages_;
+    DiscPieces pieces_;
+};
+
+}  // namespace
+
+void writeProjectFile(const Options& options) {
+    requirePrograms({"ffprobe"});
+    const std::string folder = parentFolder(options.projectFile);
+    const std::string text = projectFileText(options.project, probedFilms(options.project), folder);
+    if (fs::exists(options.projectFile)) {
+        throw DiscError(fmt::format("{} is there already. Name another file with --write.",
+                                    options.projectFile));
+    }
+    std::ofstream file(options.projectFile);
+    file << text << std::flush;
+    if (!file) throw DiscError(fmt::format("{} cannot be written.", options.projectFile));
+    if (options.isQuiet) return;
+    fmt::print("Written: {}\nMake the disc with: tkvDvdDisc {} -o FOLDER\n", options.projectFile,
+               lastComponent(options.projectFile));
+}
+
+void makeDisc(const Options& options) {
+    requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
+    if (options.makesImage) requirePrograms({"genisoimage"});
+    DiscMaker(options).run();
+    if (options.cleans) fs::remove_all(options.output + "/work");
+}
+
+}  // namespace tkv::disc

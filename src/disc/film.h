@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "disc/project.h"
+#include "disc/standard.h"
+#include "graphics/geometry.h"
+
+// The facts of a film, as ffprobe tells them.
+
+namespace tkv::disc {
+
+enum class Fields { progressive, topFirst, bottomFirst };
+
+struct AudioTrack {
+    std::string codec;  ///< in ffmpeg's words
+    int channels = 0;
+    int sampleRate = 0;           ///< hertz
+    std::int64_t bitRate = 0;     ///< bits a second; 0 when the file does not tell
+    std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
+    int index = 0;                ///< among all streams of the sources
+};
+
+struct VideoTrack {
+    int index = 0;                            ///< among all streams of the sources
+    std::string codec, profile, pixelFormat;  ///< in ffmpeg's words
+    int level = 0;                            ///< as the codec counts; 0 when not told
+    std::string matrix, transfer, range;      ///< the same; empty when the film is not tagged
+    PixelSize size;                           ///< as stored
+    PixelSize shown;                          ///< turned upright, before the pixels' shape counts
+    double aspect = 0;                        ///< width to height of the picture as shown
+    double start = 0;     ///< of the first frame, in seconds after the film's earliest track begins
+    FrameRate frameRate;  ///< of whole pictures, on average
+    Fields fields = Fields::progressive;
+    std::int64_t maxBitRate = 0;  ///< of the decoder's buffer, bits a second; 0 when not told
+};
+
+struct Film {
+    std::string path;                  ///< as asked for; messages name it
+    std::vector<std::string> sources;  ///< absolute; one, or the VOBs of a title in their order
+    std::int64_t bytes = 0;            ///< of all sources together
+    std::string stamp;                 ///< differs after any of the sources has changed
+    std::string container;             ///< in ffmpeg's words: "matroska,webm"
+    std::string title;                 ///< its own tag; empty when it has none
+    VideoTrack video;
+    std::vector<AudioTrack> audio;
+    std::vector<Chapter> marks;  ///< its own, as they stand in the file
+    double seconds = 0;          ///< by the file's word; by its frames once they are counted
+    bool hasNavigation = false;  ///< DVD navigation packs
+    /// Of each keyframe, in seconds from the first frame; empty until the frames are counted.
+    std::vector<double> keyframes;
+    int frames = 0;            ///< 0 until they are counted
+    int keyframeInterval = 0;  ///< frames at most from one keyframe to the next, once counted
+};
+
+}  // namespace tkv::disc

@@ -1,0 +1,63 @@
+#include <fmt/format.h>
+
+#include <csignal>
+#include <exception>
+#include <optional>
+
+#include "disc/command_line.h"
+#include "disc/disc_error.h"
+#include "disc/disc_maker.h"
+#include "system/log.h"
+#include "system/processes.h"
+
+namespace {
+
+volatile std::sig_atomic_t endedBy = 0;
+
+/// The run notices it by itself: its programs end, or no other is started.
+void stopBySignal(int signal) {
+    endedBy = signal;
+    tkv::stopPrograms();
+}
+
+void handleSignals() {
+    std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action {};
+        sigaction(signal, nullptr, &action);
+        if (action.sa_handler == SIG_IGN) continue;
+        action = {};
+        action.sa_handler = stopBySignal;
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+void complain(std::string_view why) {
+    tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", why));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    tkv::openStandardStreams();
+    handleSignals();
+    try {
+        int status = 0;
+        const std::optional<tkv::disc::Options> options =
+            tkv::disc::readCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc}, status);
+        if (!options) return status;
+        if (options->projectFile.empty()) {
+            tkv::disc::makeDisc(*options);
+        } else {
+            tkv::disc::writeProjectFile(*options);
+        }
+        return 0;
+    } catch (const tkv::disc::Interrupted&) {
+        // As the signal would have ended it, for a shell that wants to know.
+        std::signal(endedBy, SIG_DFL);
+        std::raise(endedBy);
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    return 1;
+}

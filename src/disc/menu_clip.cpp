@@ -1,0 +1,71 @@
+#include "disc/menu_clip.h"
+
+#include <fmt/format.h>
+
+#include "disc/budget.h"
+
+namespace tkv::disc {
+
+namespace {
+
+constexpr double kFadeSeconds = 2;
+
+const std::vector<std::string> kBegin{"ffmpeg", "-nostdin", "-y", "-v", "error", "-nostats"};
+
+void append(std::vector<std::string>& words, const std::vector<std::string>& more) {
+    words.insert(words.end(), more.begin(), more.end());
+}
+
+}  // namespace
+
+std::vector<std::string> menuClipCommand(const std::string& folder, const MenuSound& sound,
+                                         Standard standard, int rate, const std::string& output) {
+    const StandardFacts facts = factsOf(standard);
+    const std::string frameRate =
+        fmt::format("{}/{}", facts.frameRate.numerator, facts.frameRate.denominator);
+    const double seconds = facts.menuSeconds();
+    std::vector<std::string> words = kBegin;
+    append(words, {"-progress", "pipe:1", "-framerate", frameRate, "-i", folder + "/%03d.jpg"});
+    if (sound.input.empty()) {
+        append(words, {"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo"});
+    } else {
+        append(words, {"-ss", fmt::format("{:.3f}", sound.from), "-i", sound.input});
+    }
+    append(words, {"-map", "0:v:0", "-map", "1:a:0"});
+    append(words, {"-vf", fmt::format("scale={}:{}:out_color_matrix=bt601:out_range=tv,"
+                                      "format=yuv420p,setparams=color_primaries=unknown:"
+                                      "color_trc=unknown:colorspace=unknown",
+                                      kRasterWidth, facts.rasterHeight)});
+    append(words, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
+                                      "afade=t=out:st={1:.3f}:d={2}",
+                                      seconds, seconds - kFadeSeconds, kFadeSeconds)});
+    append(words, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
+                   "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
+                   std::to_string(facts.keyframeInterval), "-bf", "2"});
+    append(words,
+           {"-c:a", "ac3", "-ar", "48000", "-ac", "2", "-b:a", fmt::format("{}k", kStereoRate)});
+    append(words, {"-frames:v", std::to_string(facts.menuFrames), "-f", "dvd", "-muxrate",
+                   "10080000", "-packetsize", "2048", output});
+    return words;
+}
+
+std::vector<std::string> backgroundCommand(const std::string& picture, PixelSize size,
+                                           const std::string& output) {
+    std::vector<std::string> words = kBegin;
+    append(words, {"-i", picture, "-vf",
+                   fmt::format("scale={}:{},gblur=sigma=10,eq=brightness=-0.06:saturation=0.8",
+                               size.width, size.height),
+                   "-q:v", "2", output});
+    return words;
+}
+
+std::vector<std::string> dotCommand(Standard standard, const std::string& output) {
+    std::vector<std::string> words = kBegin;
+    append(words,
+           {"-f", "lavfi", "-i", "color=black@0.07:s=2x2,format=rgba", "-frames:v", "1", "-vf",
+            fmt::format("pad={}:{}:color=black@0", kRasterWidth, factsOf(standard).rasterHeight),
+            output});
+    return words;
+}
+
+}  // namespace tkv::disc

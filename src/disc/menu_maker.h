@@ -1,0 +1,60 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "composer/menu_request.h"
+#include "disc/film_maker.h"
+#include "disc/menu_clip.h"
+#include "disc/plan.h"
+#include "disc/progress.h"
+#include "disc/project.h"
+#include "disc/workshop.h"
+
+namespace tkv::disc {
+
+/// What all menus of a disc share: names in the workshop.
+struct MenuSetting {
+    Standard standard = Standard::pal;
+    int rate = 0;            ///< kb/s of the picture
+    std::string background;  ///< a picture of 16:9 in the page's pixels
+    MenuSound sound;
+    std::string soundStamp;  ///< differs after the sound's file has changed
+};
+
+/// Draws the menus of a disc and makes films with buttons of them. The composer draws one page at
+/// a time: to be used in one thread. While it lives the composer's lines go to "composer.log".
+class MenuMaker {
+  public:
+    /// The workshop and the progress must outlive it.
+    MenuMaker(MenuSetting setting, Workshop& workshop, Progress& progress);
+    ~MenuMaker();
+    MenuMaker(MenuMaker&&) = delete;
+
+    /// The menu's film, with its buttons, of a page whose excerpts are there; its name in the
+    /// workshop.
+    std::string make(const PageWork& work);
+
+    /// Draws the page once, its thumbnails from `thumbnails`: pictures, or folders of frames.
+    void drawPreview(const PageWork& work, const std::vector<std::string>& thumbnails,
+                     const std::string& output);
+
+    /// Draws the picture for the disc's case. `background`: a picture; may be empty.
+    void drawJacket(const std::string& title, const std::string& line,
+                    const std::string& background, const std::string& output);
+
+  private:
+    MenuRequest requestOf(const PageWork& work, const std::vector<std::string>& thumbnails,
+                          MenuMode mode, const std::string& output) const;
+    void drawFrames(const PageWork& work, const std::string& folder);
+    void encode(const PageWork& work, const std::string& frames, const std::string& clip);
+    void addButtons(const PageWork& work, const std::string& clip, const std::string& output);
+    std::string buttonMap(const PageWork& work, const std::string& path, const std::string& dot);
+
+    MenuSetting setting_;
+    Workshop& workshop_;
+    Progress& progress_;
+    Progress::Task* drawing_ = nullptr;
+};
+
+}  // namespace tkv::disc

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "disc/labels.h"
+#include "disc/standard.h"
+
+// What a person asks for, on the command line or in a project file. Nothing in it has been compared
+// with the films yet.
+
+namespace tkv::disc {
+
+/// The kinds of blank discs, single and dual layer.
+enum class DiscSize { dvd5, dvd9 };
+
+/// A point where a chapter begins.
+struct Chapter {
+    double seconds = 0;  ///< from the film's first frame
+    std::string name;    ///< empty: the menu numbers it
+    bool operator==(const Chapter&) const = default;
+};
+
+/// Where the chapters of films come from that are not given any by hand.
+struct ChapterRule {
+    enum class Source {
+        marks,  ///< the film's own; a film without has no chapter menu
+        every,  ///< one each `seconds`
+        none,   ///< no chapter menus
+    };
+    Source source = Source::marks;
+    double seconds = 0;
+    bool operator==(const ChapterRule&) const = default;
+};
+
+struct FilmRequest {
+    std::string path;  ///< absolute; a film, a VIDEO_TS folder, or the first VOB of a title
+    std::optional<std::string> caption;
+    std::optional<double> excerpt;  ///< seconds at which the thumbnail's excerpt begins
+    std::optional<std::vector<Chapter>> chapters;
+    bool operator==(const FilmRequest&) const = default;
+};
+
+struct Project {
+    std::vector<FilmRequest> films;
+    std::optional<std::string> title;
+    std::optional<std::string> background;  ///< absolute path of a picture
+    std::optional<std::string> music;       ///< absolute path of the menus' sound
+    std::optional<Standard> standard;       ///< by default what most films suggest
+    DiscSize size = DiscSize::dvd5;
+    ChapterRule chapters;
+    bool evenVolume = false;      ///< are the films made equally loud?
+    bool playsFirstFilm = false;  ///< before the menu comes
+    bool hasMenu = true;
+    Labels labels;
+    bool operator==(const Project&) const = default;
+};
+
+}  // namespace tkv::disc

@@ -1,0 +1,406 @@
+#include <cmath>
+
+#include "disc/disc_error.h"
+#include "disc/film_encoding.h"
+#include "disc/frame_counter.h"
+#include "disc/probe.h"
+#include "support.h"
+#include "system/processes.h"
+
+// From a film's facts to a film for a disc.
+
+namespace tkv::disc {
+
+namespace fs = std::filesystem;
+using test::pixel;
+using test::Rgba;
+using test::run;
+using test::Strings;
+using test::TempFolder;
+
+namespace {
+
+constexpr auto kPal = Standard::pal, kNtsc = Standard::ntsc;
+
+VideoTrack video(FrameRate rate, Fields fields = Fields::progressive, double aspect = 16.0 / 9) {
+    VideoTrack track;
+    track.size = {720, 576};
+    track.aspect = aspect;
+    track.frameRate = rate;
+    track.fields = fields;
+    return track;
+}
+
+/// Makes a film with ffmpeg's own sources and reads its facts.
+Film made(const TempFolder& folder, const std::string& name, const std::string& words) {
+    run(fmt::format("ffmpeg -nostdin -v error {} {}", words, folder.file(name)));
+    Film film = probeFilm(folder.file(name));
+    countFrames(film);
+    return film;
+}
+
+void runQuietly(const std::vector<std::string>& command) {
+    Strings errors;
+    Program program;
+    program.command = command;
+    program.onError = [&](std::string_view line) { errors.emplace_back(line); };
+    const ProgramEnd end = runProgram(program);
+    EXPECT_EQ(end.how, ProgramEnd::How::exited);
+    EXPECT_EQ(end.status, 0) << fmt::format("{}", fmt::join(errors, "\n"));
+}
+
+/// Encodes a film, and expects it to be ready for a disc and of the planned length.
+Film encoded(const TempFolder& folder, const Film& film, FilmEncoding encoding) {
+    encoding.videoRate = 6000;
+    encoding.topVideoRate = 8000;
+    const std::string output = folder.file("encoded.mpg");
+    runQuietly(encodingCommand(film, encoding, Pass::only, "", output));
+    Film result = probeFilm(output);
+    countFrames(result);
+    EXPECT_EQ(whyNotDvdReady(result, encoding.standard), "");
+    EXPECT_EQ(result.frames, discFrameCount(film, encoding.standard));
+    return result;
+}
+
+/// The first picture of a disc's film, as televisions decode it.
+Bitmap firstPicture(const TempFolder& folder, const std::string& file) {
+    const std::string picture = folder.file("first.bmp");
+    run(
+        fmt::format("ffmpeg -nostdin -v error -y -i {} -frames:v 1 -vf scale=in_color_matrix=bt601:"
+                    "in_range=tv:flags=accurate_rnd+full_chroma_int,format=bgr24 {}",
+                    file, picture));
+    return decodePicture(picture).value();
+}
+
+constexpr Rgba kBlack{0, 0, 0, 255}, kRed{192, 0, 0, 255}, kGreen{0, 192, 0, 255},
+    kBlue{0, 0, 192, 255};
+constexpr const char* kBars =
+    "-filter_complex 'color=0xC00000:s={0}:r=25[r];color=0x00C000:s={0}:r=25[g];"
+    "color=0x0000C0:s={0}:r=25[b];[r][g][b]hstack=3,format=rgb24,{1},format=yuv420p' -t 0.2 -c:v "
+    "libx264 "
+    "-preset ultrafast -qp 4 {2}";
+
+}  // namespace
+
+TEST(FilmPicture, KeepsTheMotionOfEveryRate) {
+    const struct {
+        VideoTrack video;
+        Standard standard;
+        double speed;
+        FieldSource fields;
+        bool isNoted;
+    } cases[] = {
+        {video({25, 1}), kPal, 1, FieldSource::none, false},
+        {video({24, 1}), kPal, 25.0 / 24, FieldSource::none, true},
+        {video({24000, 1001}), kPal, 25.025 / 24, FieldSource::none, true},
+        {video({24000, 1001}), kNtsc, 1, FieldSource::pulldown, false},
+        {video({30, 1}), kPal, 1, FieldSource::none, true},
+        {video({30, 1}), kNtsc, 1, FieldSource::none, false},
+        {video({25, 1}), kNtsc, 1, FieldSource::none, true},
+        {video({15, 1}), kNtsc, 1, FieldSource::none, false},
+        {video({50, 1}), kPal, 1, FieldSource::pictures, false},
+        {video({60, 1}), kPal, 1, FieldSource::pictures, true},
+        {video({120, 1}), kNtsc, 1, FieldSource::pictures, false},
+        {video({25, 1}, Fields::bottomFirst), kPal, 1, FieldSource::kept, false},
+        {video({30000, 1001}, Fields::topFirst), kPal, 1, FieldSource::other, true},
+    };
+    for (const auto& row : cases) {
+        const Motion motion = motionOf(row.video, row.standard);
+        SCOPED_TRACE(row.video.frameRate.perSecond());
+        EXPECT_NEAR(motion.speed, row.speed, 1e-6);
+        EXPECT_EQ(fieldSourceOf(row.video, row.standard), row.fields);
+        EXPECT_EQ(motion.isFields, row.fields != FieldSource::none);
+        EXPECT_EQ(!motion.note.empty(), row.isNoted) << motion.note;
+    }
+}
+
+TEST(FilmPicture, FitsEveryShapeIntoAFrame) {
+    const struct {
+        double aspect;
+        Standard standard;
+        bool isWide;
+        Placement placement;
+    } cases[] = {
+        {16.0 / 9, kPal, true, {0, 0, 720, 576}},
+        {1.85, kPal, true, {0, 12, 720, 552}},
+        {2.39, kPal, true, {0, 72, 720, 432}},
+        {2.39, kNtsc, true, {0, 60, 720, 360}},
+        {1.5, kNtsc, false, {0, 28, 720, 424}},
+        {1.3636, kPal, false, {0, 0, 720, 576}},  // 4:3 by another count of its pixels
+        {9.0 / 16, kPal, false, {208, 0, 304, 576}},
+        {0.1, kPal, false, {334, 0, 52, 576}},
+        {10, kNtsc, true, {0, 196, 720, 88}},
+    };
+    for (const auto& row : cases) {
+        const VideoTrack track = video({25, 1}, Fields::progressive, row.aspect);
+        EXPECT_EQ(isWide(track), row.isWide) << row.aspect;
+        const Placement placed = placementOf(track, row.standard);
+        EXPECT_EQ(placed, row.placement) << row.aspect << ": " << placed.x << ", " << placed.y
+                                         << ", " << placed.width << " x " << placed.height;
+    }
+}
+
+TEST(Probe, ReadsOddAnswers) {
+    const Film film = filmFromAnswer("a.mkv", R"({"streams": [
+        {"index": 0, "codec_type": "video", "codec_name": "png", "width": 600, "height": 600,
+         "disposition": {"attached_pic": 1}},
+        {"index": 1, "codec_type": "audio", "codec_name": "aac", "channels": 6,
+         "sample_rate": "44100", "tags": {"LANGUAGE": "ger"}},
+        {"index": 2, "codec_type": "audio", "channels": 0},
+        {"index": 3, "codec_type": "video", "codec_name": "h264", "width": 1440, "height": 1080,
+         "sample_aspect_ratio": "0:1", "avg_frame_rate": "0/0", "r_frame_rate": "50/1",
+         "field_order": "tb", "start_time": "1.5", "side_data_list": [{"rotation": -90}]}],
+        "chapters": [{"start_time": "61.5", "tags": {"title": "Two"}}, {}],
+        "format": {"format_name": "matroska,webm", "start_time": "1", "duration": "N/A"}})");
+    EXPECT_EQ(film.video.index, 3);
+    EXPECT_EQ(film.video.shown, (PixelSize{1080, 1440}));
+    EXPECT_DOUBLE_EQ(film.video.aspect, 0.75);
+    EXPECT_EQ(film.video.frameRate.perSecond(), 25) << "two fields in each";
+    EXPECT_EQ(film.video.fields, Fields::topFirst);
+    EXPECT_EQ(film.video.start, 0.5);
+    ASSERT_EQ(film.audio.size(), 1U);
+    EXPECT_EQ(film.audio[0].language, "de");
+    EXPECT_EQ(film.marks, (std::vector<Chapter>{{60, "Two"}, {0, ""}}));
+    EXPECT_EQ(film.seconds, 0);
+    for (const char* answer : {"", "{", "[]", R"({"streams": 3})", R"({"streams": [7, null]})",
+                               R"({"streams": [{"codec_type": "video", "codec_name": "png",
+                                   "width": 9, "height": 9}], "format": {"format_name": "png_pipe"}})"})
+        EXPECT_THROW(filmFromAnswer("a", answer), DiscError) << answer;
+}
+
+TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
+    Film film;
+    film.container = "mpeg";
+    film.video = video({25, 1});
+    film.audio.resize(2);
+    film.audio[0].index = 1;
+    film.audio[1].index = 2;  // of which nothing comes
+    FrameCounter counter(film);
+    for (const char* line :
+         {"audio,1,0.5,0.032,K_", "video,0,9.50,0.04,KD", "video,0,10.00,0.04,K_",
+          "video,0,10.12,0.04,__", "video,0,10.04,0.04,__", "video,0,N/A,0.04,__",
+          "video,0,10.16,0.04,K_", "video,0,0.50,0.04,K_", "video,0,0.54,0.04,__", "", "data"})
+        counter.take(line);
+    counter.finish(film);
+    EXPECT_EQ(film.frames, 7);
+    EXPECT_NEAR(film.seconds, 0.28, 1e-9);
+    ASSERT_EQ(film.keyframes.size(), 3U);
+    EXPECT_NEAR(film.keyframes[1], 0.16, 1e-9);
+    EXPECT_NEAR(film.keyframes[2], 0.20, 1e-9);
+    EXPECT_EQ(film.keyframeInterval, 4);
+    EXPECT_EQ(film.audio.size(), 1U);
+}
+
+TEST(Probe, TellsWhyAFilmIsNotReadyForADisc) {
+    Film ready;
+    ready.video = video({25, 1}, Fields::topFirst);
+    ready.video.codec = "mpeg2video";
+    ready.video.profile = "Main";
+    ready.video.level = 8;
+    ready.video.pixelFormat = "yuv420p";
+    ready.video.maxBitRate = 8'500'000;
+    ready.keyframeInterval = 15;
+    ready.audio = {{"ac3", 6, 48000, 448'000, "en"}, {"pcm_dvd", 2, 48000, 1'000'000, "xx"}};
+    EXPECT_EQ(whyNotDvdReady(ready, kPal), "");
+    EXPECT_EQ(whyNotDvdReady(ready, kNtsc), "its picture is 720 x 576");
+    const struct {
+        void (*change)(Film&);
+        const char* why;
+    } cases[] = {
+        {[](Film& f) { f.video.codec = "h264"; }, "its video is H.264"},
+        {[](Film& f) { f.video.level = 4; }, "profile"},
+        {[](Film& f) { f.video.pixelFormat = "yuv422p"; }, "yuv422p"},
+        {[](Film& f) { f.video.frameRate.numerator = 24; }, "24 frames a second"},
+        {[](Film& f) { f.video.aspect = 1.5; }, "neither 4:3 nor 16:9"},
+        {[](Film& f) { f.video.maxBitRate = 9'900'000; }, "9.9 Mb/s"},
+        {[](Film& f) { f.video.maxBitRate = 9'000'000; }, "it takes up to 10.4 Mb/s"},
+        {[](Film& f) { f.keyframeInterval = 250; }, "250 frames apart"},
+        {[](Film& f) { f.audio[1].codec = "aac"; }, "AAC"},
+        {[](Film& f) { f.audio[1].sampleRate = 44100; }, "44100"},
+        {[](Film& f) { f.audio[0].bitRate = 640'000; }, "640 kb/s"},
+        {[](Film& f) { f.audio.resize(9, f.audio[0]); }, "9 sound tracks"},
+    };
+    for (const auto& row : cases) {
+        Film film = ready;
+        row.change(film);
+        EXPECT_NE(whyNotDvdReady(film, kPal).find(row.why), std::string::npos)
+            << whyNotDvdReady(film, kPal) << " beside " << row.why;
+    }
+}
+
+TEST(Probe, NoticesAFilmThatWasCutShort) {
+    const TempFolder folder;
+    const std::string name = "it's \"50 %\" a:b |.mkv";
+    made(folder, "whole.mkv", "-f lavfi -i testsrc2=d=10:r=5:s=320x240 -c:v mpeg4 -g 5");
+    const std::string bytes = test::readText(folder.file("whole.mkv"));
+    folder.write(name, bytes.substr(0, bytes.size() / 2));
+    Film film = probeFilm(folder.file(name));
+    std::string why;
+    try {
+        countFrames(film);
+    } catch (const DiscError& error) {
+        why = error.what();
+    }
+    EXPECT_NE(why.find(name + " says it lasts 10 s, but ends after"), std::string::npos) << why;
+    folder.write("no film", "words");
+    EXPECT_THROW(probeFilm(folder.file("no film")), DiscError);
+}
+
+TEST(Probe, TakesTheLargestTitleOfADvd) {
+    const TempFolder folder;
+    const std::string sets = folder.file("VIDEO_TS/");
+    for (const char* name : {"VTS_01_1.VOB", "VTS_02_1.VOB", "VTS_02_2.VOB", "VTS_01_0.VOB"})
+        folder.write("VIDEO_TS/" + std::string(name),
+                     std::string(name[7] == '0' ? 9000 : 900, ' '));
+    const Strings second = {sets + "VTS_02_1.VOB", sets + "VTS_02_2.VOB"};
+    EXPECT_EQ(sourcesOf(folder.path()), second);
+    EXPECT_EQ(sourcesOf(sets), second);
+    EXPECT_EQ(sourcesOf(second[0]), second);
+    EXPECT_EQ(sourcesOf(second[1]), Strings{second[1]});
+    EXPECT_EQ(inputName(second), "concat:" + second[0] + "|" + second[1]);
+    fs::remove_all(sets);
+    EXPECT_THROW(sourcesOf(folder.path()), DiscError);
+}
+
+TEST(FilmEncoding, KeepsColors) {
+    const struct {
+        const char *size, *filter, *tags;
+    } cases[] = {
+        {"640x1080", "scale=out_color_matrix=bt709", ""},
+        {"640x1080", "scale=out_color_matrix=bt601", "-colorspace smpte170m"},
+        {"192x432", "scale=out_color_matrix=bt601", ""},
+        {"192x432", "scale=out_color_matrix=bt709:out_range=pc",
+         "-colorspace bt709 -color_range pc"},
+    };
+    for (const auto& row : cases) {
+        SCOPED_TRACE(row.filter);
+        const TempFolder folder;
+        const Film film = made(folder, "film.mkv",
+                               fmt::format(fmt::runtime(kBars), row.size, row.filter, row.tags));
+        const Bitmap shown = firstPicture(folder, encoded(folder, film, {}).path);
+        EXPECT_TRUE(near(pixel(shown, 120, 288), kRed, 3));
+        EXPECT_TRUE(near(pixel(shown, 360, 288), kGreen, 3));
+        EXPECT_TRUE(near(pixel(shown, 600, 288), kBlue, 3));
+        const std::string still = folder.file("still.jpg");
+        runQuietly(pictureCommand(film, 100, {480, 360}, still));
+        EXPECT_TRUE(near(pixel(*decodePicture(still), 240, 180), kGreen, 4));
+        EXPECT_TRUE(
+            near(pixel(*decodePicture(still), 20, 180), isWide(film.video) ? kRed : kBlack, 4));
+    }
+}
+
+TEST(FilmEncoding, KeepsFieldsTopFirst) {
+    const TempFolder folder;
+    for (const char* source :
+         {"r=50:s=1280x720 -c:v mpeg4",
+          "r=50:s=720x576,interlace=scan=bff -c:v mpeg4 -flags +ildct",
+          "r=60000/1001:s=720x480,interlace=scan=tff -c:v mpeg4 -flags +ildct"}) {
+        const Film film = made(folder, "film.mkv",
+                               fmt::format("-y -f lavfi -t 0.6 -i testsrc2={} -q:v 2", source));
+        const Film result = encoded(folder, film, {});
+        EXPECT_EQ(result.video.fields, Fields::topFirst) << source;
+        const std::string found = run("ffmpeg -nostdin -nostats -i " + result.path +
+                                      " -vf idet -f null /dev/null 2>&1 | grep 'Multi frame'");
+        EXPECT_NE(found.find("BFF:     0 Progressive:     0"), std::string::npos) << found;
+    }
+}
+
+TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
+    const TempFolder folder;
+    const Film film =
+        made(folder, "film.mkv",
+             "-f lavfi -i testsrc2=d=2:r=24:s=320x180 -itsoffset 0.3 "
+             "-f lavfi -i 'sine=d=3,aformat=channel_layouts=7.1' "
+             "-f lavfi -i sine=d=1.5 -map 0 -map 1 -map 2 -map 1 -c:v mpeg4 -g 99 -c:a flac "
+             "-metadata:s:a:0 language=fre -metadata:s:a:1 language=eng");
+    ASSERT_EQ(film.audio.size(), 3U);
+    EXPECT_EQ(film.audio[0].language + film.audio[1].language + film.audio[2].language, "frenxx");
+    EXPECT_EQ(soundRate(film), 448 + 192 + 448);
+    FilmEncoding encoding;
+    encoding.keyframesAt = {0, 0.21, 0.28};
+    encoding.gain = -3;
+    const Film result = encoded(folder, film, encoding);
+    EXPECT_EQ(result.frames, 48);
+    ASSERT_GE(result.keyframes.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_NEAR(result.keyframes[i] * 25, (std::array{0, 5, 7, 20}[i]), 0.01);
+    ASSERT_EQ(result.audio.size(), 3U);
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_EQ(result.audio[i].channels, i == 1 ? 2 : 6);
+        EXPECT_EQ(result.audio[i].bitRate, i == 1 ? 192'000 : 448'000);
+        const double seconds = std::stod(
+            run(fmt::format("ffprobe -v error -select_streams {} -show_entries stream=duration "
+                            "-of csv=p=0 {}",
+                            result.audio[i].index, result.path)));
+        EXPECT_LE(seconds, result.seconds + 0.001);
+        EXPECT_GT(seconds, result.seconds - 0.04);
+    }
+    const std::string silence = run("ffmpeg -nostdin -nostats -i " + result.path +
+                                    " -map 0:a:1 -af silencedetect=d=0.2 -f null /dev/null 2>&1 "
+                                    "| grep -o 'silence_start: .*'");
+    EXPECT_NEAR(std::stod(silence.substr(15)), 1.5 * 24 / 25, 0.02);
+    const std::string still = folder.file("still.jpg");
+    runQuietly(pictureCommand(film, 100, {80, 60}, still));
+    EXPECT_TRUE(decodePicture(still)) << "long behind the only keyframe";
+}
+
+TEST(FilmEncoding, StandsUprightWithASilentTrack) {
+    const TempFolder folder;
+    made(folder, "lying.mp4", fmt::format(fmt::runtime(kBars), "192x324", "null", ""));
+    const Film film = made(folder, "phone.mp4",
+                           "-i " + folder.file("lying.mp4") + " -c copy -metadata:s:v rotate=90");
+    FilmEncoding encoding;
+    encoding.standard = kNtsc;
+    const Film result = encoded(folder, film, encoding);
+    const Bitmap shown = firstPicture(folder, result.path);
+    EXPECT_EQ(pixel(shown, 100, 240), kBlack);
+    EXPECT_TRUE(near(pixel(shown, 360, 60), kBlue, 4));
+    EXPECT_TRUE(near(pixel(shown, 360, 420), kRed, 4));
+    ASSERT_EQ(result.audio.size(), 1U);
+    EXPECT_EQ(result.audio[0].channels, 2);
+}
+
+TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
+    const TempFolder folder;
+    // A frame's grey is its number.
+    const Film film = made(folder, "film.mkv",
+                           "-f lavfi -i 'color=black:s=64x48:d=0.8:r=25,format=gray,"
+                           "geq=lum=16+10*N,scale=768:576:in_range=tv:out_range=tv,format=yuv420p' "
+                           "-c:v ffv1");
+    FilmEncoding encoding;
+    encoding.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
+                         {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
+    const Film result = encoded(folder, film, encoding);
+    runQuietly(excerptCommand(result.sources, false, kPal, 8 / 25.0, 3, {160, 120},
+                              folder.file("c%06d.jpg")));
+    const auto expectFrame = [&](const std::string& name, int frame) {
+        const int grey = static_cast<int>(std::lround(frame * 10 * 255 / 219.0));
+        const Bitmap picture = decodePicture(folder.file(name)).value();
+        EXPECT_TRUE(near(pixel(picture, 80, 60), {grey, grey, grey, 255}, 4)) << name;
+        EXPECT_TRUE(near(pixel(picture, 10, 60), kBlack, 4)) << name;
+    };
+    const int frames[] = {2, 3, 8, 9, 10};
+    for (int i = 0; i < 5; ++i)
+        expectFrame(fmt::format("a{:06}.jpg", i), frames[i]);
+    expectFrame("b000000.jpg", 19);
+    for (int i = 0; i < 3; ++i)
+        expectFrame(fmt::format("c{:06}.jpg", i), 8 + i);
+    EXPECT_FALSE(fs::exists(folder.file("a000005.jpg")));
+    EXPECT_FALSE(fs::exists(folder.file("c000003.jpg")));
+}
+
+TEST(FilmEncoding, EvensLoudness) {
+    const char* const summary =
+        "    I:         {} LUFS\n    Threshold: -31.1 LUFS\n  Loudness range:\n    LRA: 1.0 LU\n"
+        "  True peak:\n    Peak:      {} dBFS\n";
+    const auto gain = [&](const char* loudness, const char* peak) {
+        return gainFromAnswer("t: 1 M: -9 I: -9.0 LUFS\n Summary:\n" +
+                              fmt::format(fmt::runtime(summary), loudness, peak));
+    };
+    EXPECT_DOUBLE_EQ(gain("-20.5", "-3.0"), -2.5);
+    EXPECT_DOUBLE_EQ(gain("-33.0", "-5.0"), 4) << "peaks stay below full scale";
+    EXPECT_DOUBLE_EQ(gain("-70.0", "-inf"), 0) << "silence";
+    EXPECT_DOUBLE_EQ(gainFromAnswer("nothing"), 0);
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,303 @@
+#include <filesystem>
+
+#include "disc/command_line.h"
+#include "disc/disc_error.h"
+#include "disc/names.h"
+#include "disc/project_file.h"
+#include "support.h"
+
+namespace tkv::test::project {
+
+using namespace tkv::disc;
+
+// The error that an action throws; empty without one.
+std::string discErrorOf(const std::function<void()>& action) {
+    try {
+        action();
+    } catch (const DiscError& error) {
+        return error.what();
+    }
+    return {};
+}
+
+// The error of a project file that holds `text`, behind the file's name.
+std::string fileError(const std::string& text) {
+    const TempFolder folder;
+    const std::string file = folder.write("a.toml", text);
+    Project project;
+    return discErrorOf([&] { readProjectFile(file, project); }).substr(file.size());
+}
+
+Options optionsOf(const Strings& words) {
+    int status = 0;
+    const auto options = readCommandLine(words, status);
+    EXPECT_TRUE(options) << fmt::format("{}", fmt::join(words, " "));
+    return options.value_or(Options{});
+}
+
+Strings pathsOf(const Strings& words) {
+    Strings paths;
+    for (const FilmRequest& film : optionsOf(words).project.films)
+        paths.push_back(film.path);
+    return paths;
+}
+
+TEST(Names, AreReadable) {
+    for (const auto& [path, name] : {std::pair{"/a/beach_2019-07-01.mp4", "Beach 2019-07-01"},
+                                     {"Le.petit.village.mkv", "Le petit village"},
+                                     {"Dr. Who 1.5", "Dr. Who 1.5"},
+                                     {"Dr. Who 1.5.m2ts", "Dr. Who 1.5"},
+                                     {"v1.5.cut.webm", "V1.5 cut"},
+                                     {"/films/My_Disc/VIDEO_TS/", "My Disc"},
+                                     {"/films/v2.mp4/video_ts/vts_01_1.vob", "V2 mp4"},
+                                     {"/films/Trip/VTS_01_1.VOB", "Trip"},
+                                     {"/VIDEO_TS", "VIDEO TS"},
+                                     {"élan\n \xFF.avi", "Élan \uFFFD"},
+                                     {"/a/___.mp4", "___"},
+                                     {"x|", "X|"}})
+        EXPECT_EQ(readableName(path), name) << path;
+}
+
+TEST(Names, BecomeVolumeLabels) {
+    for (const auto& [text, label] :
+         {std::pair{"Un été à l'île: Œuvre", "UN_ETE_A_L_ILE_OEUVRE"},
+          {"Straße nach Αθήνα", "STRASSE_NACH_ATHENA"},
+          {"Отпуск 2019!", "OTPUSK_2019"},
+          {"…", "DVD"},
+          {"1234567890123456789012345678901 x", "1234567890123456789012345678901"}})
+        EXPECT_EQ(volumeLabel(text), label);
+}
+
+TEST(Times, AreReadAndWritten) {
+    for (const auto& [text, seconds, written] : {std::tuple{"1:02:03.5", 3723.5, "1:02:03.5"},
+                                                 {"62:03", 3723.0, "1:02:03"},
+                                                 {"90", 90.0, "1:30"},
+                                                 {"5m", 300.0, "5:00"},
+                                                 {"1h30m", 5400.0, "1:30:00"},
+                                                 {"90s", 90.0, "1:30"},
+                                                 {"0:05.05", 5.05, "0:05.05"},
+                                                 {"59.999", 59.999, "1:00"}}) {
+        EXPECT_EQ(secondsOf(text), seconds) << text;
+        EXPECT_EQ(timeText(seconds), written);
+    }
+    for (const char* text : {"", "1:75", "1:60:00", "-5", "1e3", "nan", "5m3", "m", ":5", "5 m",
+                             "999999", "100:00:00"})
+        EXPECT_EQ(secondsOf(text), std::nullopt) << text;
+}
+
+TEST(Labels, FollowTheUser) {
+    const ScopedVariable all("LC_ALL", ""), messages("LC_MESSAGES", "fr_CA.UTF-8@x"),
+        lang("LANG", "de_DE");
+    EXPECT_EQ(labelsOf(userLanguage()).next, "Suivant");
+    for (const char* language : {"C.UTF-8", "POSIX", "", "sv_SE", "french"})
+        EXPECT_EQ(labelsOf(language), labelsOf("en")) << language;
+    EXPECT_EQ(labelsOf("PT.UTF-8").next, "Seguinte");
+    Labels labels = labelsOf("fr");
+    labels.menu = "Accueil";
+    labels = inLanguage(labels, "de");
+    EXPECT_EQ(labels.language + labels.menu + labels.next, "deAccueilWeiter");
+    EXPECT_EQ(withNumber("{x} {} {}", 7), "{x} 7 {}");
+}
+
+TEST(CommandLine, SetsEverything) {
+    const ScopedVariable language("LC_ALL", "C");
+    const Options options = optionsOf({"[a,b]",
+                                       "-o",
+                                       "out//",
+                                       "--title=",
+                                       "--background",
+                                       "../b.jpg",
+                                       "--music=/m/./n.wav",
+                                       "--ntsc",
+                                       "--size",
+                                       "dvd5",
+                                       "--size",
+                                       "dvd9",
+                                       "--chapters=every=1:30",
+                                       "--volume",
+                                       "even",
+                                       "--language",
+                                       "nl",
+                                       "--label",
+                                       "menu=a=b",
+                                       "--label=next={}",
+                                       "--first-film",
+                                       "--no-menu",
+                                       "--no-image",
+                                       "--preview",
+                                       "--write",
+                                       "x.toml",
+                                       "--clean",
+                                       "--quiet",
+                                       "c: d&%'\".mp4",
+                                       "a\xFF|",
+                                       "--",
+                                       "-o.mp4",
+                                       "--",
+                                       "--pal"});
+    const fs::path here = fs::current_path();
+    const Project& project = options.project;
+    EXPECT_EQ(options.output, here / "out");
+    EXPECT_EQ(options.projectFile, here / "x.toml");
+    EXPECT_TRUE(options.isPreview && !options.makesImage && options.cleans && options.isQuiet);
+    EXPECT_EQ(project.title, "");
+    EXPECT_EQ(project.background, here.parent_path() / "b.jpg");
+    EXPECT_EQ(project.music, "/m/n.wav");
+    EXPECT_TRUE(project.standard == Standard::ntsc && project.size == DiscSize::dvd9);
+    EXPECT_EQ(project.chapters, (ChapterRule{ChapterRule::Source::every, 90}));
+    EXPECT_TRUE(project.evenVolume && project.playsFirstFilm && !project.hasMenu);
+    Labels labels = labelsOf("nl");
+    labels.menu = "a=b";
+    labels.next = "{}";
+    EXPECT_EQ(project.labels, labels);
+    Strings names;
+    for (const FilmRequest& film : project.films)
+        names.push_back(fs::path(film.path).lexically_relative(here));
+    EXPECT_EQ(names, (Strings{"[a,b]", "c: d&%'\".mp4", "a\xFF|", "-o.mp4", "--", "--pal"}));
+}
+
+TEST(CommandLine, TakesTheVobsOfATitleForOneFilm) {
+    EXPECT_EQ(pathsOf({"-o", "x", "/d/VIDEO_TS.IFO", "/d/VIDEO_TS.VOB", "/d/VTS_01_0.BUP",
+                       "/d/VTS_01_0.VOB", "/d/vts_01_1.vob", "/d/VTS_01_2.VOB", "/d/VTS_01_3.VOB",
+                       "/e/VTS_01_4.VOB", "/d/VTS_02_1.VOB", "/a.mp4", "/d/VTS_02_2.VOB",
+                       "/d/VTS_02_3.VOB"}),
+              (Strings{"/d/vts_01_1.vob", "/e/VTS_01_4.VOB", "/d/VTS_02_1.VOB", "/a.mp4",
+                       "/d/VTS_02_2.VOB", "/d/VTS_02_3.VOB"}));
+}
+
+TEST(CommandLine, TellsWhatIsWrong) {
+    for (const auto& [words, part] :
+         {std::pair{Strings{}, "no film"},
+          {{"-o", "out"}, "no film"},
+          {{"a.mp4"}, "-o FOLDER"},
+          {{"a.mp4", "-o"}, "'-o' wants a value"},
+          {{"a.mp4", "-o", ""}, "--output wants a path"},
+          {{"", "-o", "out"}, "name is empty"},
+          {{"a.mp4", "-o", "out", "-y.mp4"}, "no option '-y.mp4'"},
+          {{"a.mp4", "-o", "out", "--pall"}, "no option '--pall'"},
+          {{"a.mp4", "-o", "out", "--pal", "--ntsc"}, "exclude each other"},
+          {{"a.mp4", "-o", "out", "--quiet=no"}, "--quiet takes no value"},
+          {{"a.mp4", "-o", "out", "--size", "cd"}, "--size wants dvd5 or dvd9, not 'cd'"},
+          {{"a.mp4", "-o", "out", "--chapters", "every=0"}, "--chapters wants marks"},
+          {{"a.mp4", "-o", "out", "--language", "tlh"}, "--language wants de, en"},
+          {{"a.mp4", "-o", "out", "--music="}, "--music wants the path"},
+          {{"a.mp4", "-o", "out", "--label", "home=x"}, "NAME is one of play-all"},
+          {{"a.TOML", "b.toml", "-o", "out"}, "two project files"}}) {
+        int status = 0;
+        const std::string error =
+            errorsOf([&, &line = words] { EXPECT_FALSE(readCommandLine(line, status)); });
+        EXPECT_NE(error.find(part), std::string::npos) << error;
+        EXPECT_TRUE(error.starts_with("tkvDvdDisc: ") && error.find('\n') == error.size() - 1);
+        EXPECT_EQ(status, 2);
+    }
+    Strings films(100, "a.mp4");
+    EXPECT_NE(discErrorOf([&] { optionsOf(films); }).find("100 films"), std::string::npos);
+}
+
+TEST(CommandLine, CountsMoreThanTheFile) {
+    const ScopedVariable language("LC_ALL", "es_ES");
+    const TempFolder folder;
+    const std::string file = folder.write(
+        "my.toml",
+        "language = 'fr'\nformat = 'pal'\nsize = 'dvd9'\nlabels = {next = 'Après', menu = 'M'}\n"
+        "film = [{path = 'b/../a.mp4', excerpt = 83, chapters = ['0:00', '5m  Les 5 m ']},\n"
+        "{path = '~/c.mp4', excerpt = '1:23.5'}]\n");
+    const ScopedVariable home("HOME", "/homes/ada");
+    const Project project =
+        optionsOf({"z.mp4", file, "-o", "x", "--ntsc", "--language=de", "--label", "menu=N"})
+            .project;
+    EXPECT_TRUE(project.standard == Standard::ntsc && project.size == DiscSize::dvd9);
+    const Labels& labels = project.labels;
+    EXPECT_EQ(labels.language + labels.next + labels.menu + labels.previous, "deAprèsNZurück");
+    const std::vector<FilmRequest> films{
+        {folder.file("a.mp4"), {}, 83, std::vector<Chapter>{{0, ""}, {300, "Les 5 m"}}},
+        {"/homes/ada/c.mp4", {}, 83.5, {}},
+        {fs::current_path() / "z.mp4", {}, {}, {}}};
+    EXPECT_EQ(project.films, films);
+}
+
+TEST(ProjectFile, TellsTheLineOfAnError) {
+    for (const auto& [text, error] :
+         {std::pair{"\ntittle = 'x'", ":2: nothing here is called 'tittle'"},
+          {"size = 9", ":1: size wants dvd5 or dvd9"},
+          {"music = ''", ":1: music wants the path"},
+          {"music = \"a\\u0000b\"", ":1: music wants the path"},
+          {"menu = 'yes'", ":1: menu wants true or false"},
+          {"labels = 'x'", ":1: labels wants a [labels] line"},
+          {"[labels]\nmenu = 1", ":2: menu wants a text"},
+          {"[labels]\nhome = 'x'", ":2: nothing here is called 'home'"},
+          {"[film]\npath = 'a'", ":1: film wants [[film]]"},
+          {"film = ['a']", ":1: film wants [[film]]"},
+          {"\n[[film]]\ncaption = 'x'", ":2: this film has no path"},
+          {"[[film]]\npath = 'x'\ntitle = 'x'", ":3: nothing here is called 'title'"},
+          {"[[film]]\npath = 'x'\nexcerpt = -1", ":3: excerpt wants a time"},
+          {"[[film]]\npath = 'x'\nexcerpt = nan", ":3: excerpt wants a time"},
+          {"[[film]]\npath = 'x'\nchapters = [\n'0:00',\n'Home']", ":5: chapters wants a list"},
+          {"title = 'a'\ntitle = 'b'", ":2: "},
+          {"title = 'a", ":1: "},
+          {"title = '\xFF'", ":1: "}})
+        EXPECT_TRUE(fileError(text).starts_with(error)) << fileError(text);
+    Project project;
+    EXPECT_EQ(discErrorOf([&] { readProjectFile("/no/x.toml", project); }).find("/no/x.toml"), 0U);
+}
+
+Project readBack(const std::string& text, const TempFolder& folder) {
+    Project project;
+    readProjectFile(folder.write("back.toml", text), project);
+    return project;
+}
+
+TEST(ProjectFile, ReadsBackAsItWasWritten) {
+    const TempFolder folder;
+    const std::string odd = "a: 'b' \"c\" \\u\t&%|\x01\x7F\n# é 本\u2028[x]";
+    Labels labels = labelsOf("ja");
+    labels.menu = odd;
+    const Project full{
+        {{folder.file("~x"), odd, 83.25, std::vector<Chapter>{{0, ""}, {4000.5, "5m " + odd}}},
+         {folder.file(odd), "", 0, std::vector<Chapter>{}},
+         {folder.path() + "x/y", "c", {}, {}},
+         {folder.path(), "d", {}, {}}},
+        odd,
+        folder.file("b/c.jpg"),
+        "/m/" + odd,
+        Standard::ntsc,
+        DiscSize::dvd9,
+        {ChapterRule::Source::every, 90},
+        true,
+        true,
+        false,
+        labels};
+    const std::string text = projectFileText(full, {}, folder.path());
+    EXPECT_EQ(readBack(text, folder), full) << text;
+    EXPECT_NE(text.find("path = \"./~x\"\n"), std::string::npos) << text;
+
+    Project unwritable;
+    unwritable.films = {{"/a\xFF.mp4", {}, {}, {}}};
+    EXPECT_TRUE(discErrorOf([&] { projectFileText(unwritable, {}, "/"); }).starts_with("'a\uFFFD"));
+}
+
+TEST(ProjectFile, ShowsWhatTheFilmsSay) {
+    const TempFolder folder;
+    Project project;
+    project.films = {{folder.file("my_a.mp4"), {}, {}, {}}, {folder.file("b.mkv"), {}, {}, {}}};
+    project.labels = labelsOf("fr");
+    std::vector<Film> films(2);
+    films[1].title = "Un été";
+    films[1].marks = {{0, "Départ"}, {12.345, ""}};
+    Project expected = project;
+    expected.films[0].caption = "My a";
+    expected.films[1].caption = "Un été";
+    expected.films[1].chapters = {{0, "Départ"}, {12.35, ""}};
+    std::string text = projectFileText(project, films, folder.path());
+    Project read;
+    read.labels = labelsOf("de");
+    readProjectFile(folder.write("x.toml", text), read);
+    EXPECT_EQ(read, expected);
+    // Whoever takes the marks of comments away gets settings.
+    for (std::size_t at; (at = text.find("\n#chap")) != std::string::npos;)
+        text.erase(at + 1, 1);
+    EXPECT_EQ(readBack(text, folder).films[0].chapters,
+              (std::vector<Chapter>{{0, "Departure"}, {754, ""}}));
+}
+
+}  // namespace tkv::test::project
