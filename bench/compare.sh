@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
 # Times the tool against its peers, all on the same inputs, and prints a table:
 #
-#   bench/compare.sh [WORKLOAD...]      # W1 to W7; all of them by default
+#   bench/compare.sh [WORKLOAD...]      # W1 to W7 and D1; all of them by default
 #
 #   W1  frames: nine loops of 75 pictures    W4  preview: nine photographs, six of them progressive
 #   W2  frames: nine loops of 749            W5  frames: as W1, the first loop zoomed behind the page
 #   W3  frames: nine stills                  W6  overlay of nine thumbnails       W7  usage only
+#   D1  a whole disc of three films, against the bare encoding of the films (disc.sh)
 #
 # ffmpeg        one filter graph; its background is scaled to the page and dimmed beforehand
 # ffmpeg tuned  the same page; decodes at reduced size and keeps what it has scaled
@@ -26,6 +27,7 @@ out=$data/out
 log=$data/last-run.log
 source bench/inputs.sh
 source bench/peers.sh
+source bench/disc.sh
 
 # Runs a peer and sets `elapsed`, microseconds.
 timed() { # PEER
@@ -135,7 +137,7 @@ main() {
     identify=$(type -P identify-im6.q16 || type -P identify)
     font=$(fc-match -f '%{file}' 'DejaVu Sans')
     local workload workloads=("$@") table=() notes=() before
-    [ $# -gt 0 ] || workloads=(W1 W2 W3 W4 W5 W6 W7)
+    [ $# -gt 0 ] || workloads=(W1 W2 W3 W4 W5 W6 W7 D1)
     before=$(load)
     for workload in "${workloads[@]}"; do
         if [ "$workload" != W7 ]; then
@@ -153,6 +155,7 @@ main() {
         W5) row W5 '>= 20' '' '<= 2' '<= 64' ;;
         W6) row W6 '' '' '<= 15' '<= 64' ;;
         W7) row W7 '' '' '<= 3' '<= 64' ;;
+        D1) once films make_films ;;
         *) echo "compare.sh: no workload '$workload'" >&2 && exit 2 ;;
         esac
     done
@@ -169,6 +172,7 @@ ImageMagick $("$magick" -version | awk 'NR == 1 { print $3 }').$(printf '\n%s' "
 |-|-|-|-|-|-|-|-|-|-|-|-|
 $(printf '%s\n' "${table[@]}")
 END
+    [[ " ${workloads[*]} " != *" D1 "* ]] || disc_rows
 }
 
 main "$@"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Builds the tool and composes every kind of page from the example media, into out/.
+# Builds the programs, composes every kind of page from the example media, and makes a disc of short
+# films, all into out/.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -54,6 +55,7 @@ mkdir -p "$out/main-overlay" "$out/submenu-overlay"
 compose -mode 2 "${main_menu[@]}" -o "$out/main-overlay/menu.png"
 compose -mode 2 "${submenu[@]}" -v 1 -o "$out/submenu-overlay/menu.png"
 rm -f "$out/last-run.log"
+examples/dvd/make-dvd.sh
 
 cat <<EOF
 
@@ -65,4 +67,5 @@ Made, in $out:
   main-overlay/        menu_169.txt and menu_43.txt, the button maps for wide and for 4:3 displays, and
   submenu-overlay/     the pictures a player shows over a button; menu.png marks where the buttons are
   jacket.jpg           the cover: title, today's date, icon, one line of text
+  dvd/                 a disc of four films with animated menus; to play it: vlc dvd://$out/dvd/disc.iso
 EOF
