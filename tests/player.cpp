@@ -81,7 +81,7 @@ std::string Player::leave() {
 
 std::string Player::press(int number, int group) {
     pci_t* const pci = dvdnav_get_current_nav_pci(nav_);
-    const int groups = pci->hli.hl_gi.btngr_ns;
+    const auto groups = static_cast<int>(pci->hli.hl_gi.btngr_ns);
     if (group >= groups || number > pci->hli.hl_gi.btn_ns)
         throw std::runtime_error(fmt::format("{} has no button {}", place(), number));
     // The library itself knows only the first group.

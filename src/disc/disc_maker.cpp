@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "disc/authoring.h"
+#include "disc/counted_film.h"
 #include "disc/disc_error.h"
 #include "disc/film_maker.h"
 #include "disc/lanes.h"
@@ -95,7 +96,7 @@ class DiscMaker {
         for (Film& film : films_) {
             const Progress::Task task(
                 progress_, fmt::format("Looking through {}", lastComponent(film.path)), 0);
-            countFrames(film);
+            countFramesOnce(film, workshop_);
         }
     }
 
@@ -134,6 +135,7 @@ class DiscMaker {
                 menus.drawPreview(work, work.excerpts,
                                   fmt::format("{}/{}.jpg", pictures, work.name));
             }
+            menus.finish();
             for (std::size_t film = 0; film < films_.size(); ++film)
                 pieces_.films[film] = lanes.wait(film);
             sortClips(clips);

@@ -82,7 +82,7 @@ FilmMaker::FilmMaker(const Project& project, const std::vector<Film>& films, con
 std::string FilmMaker::make(std::size_t number) {
     const TitleSet& set = plan_.sets[number];
     const std::vector<Wanted> wanted = wantedOf(number);
-    const std::string name = nameOf(number);
+    std::string name = nameOf(number);
     const double weight = set.seconds * (set.isCopied ? kCopyingWeight : kEncodingWeight);
     if (workshop_.has(name)) {
         progress_.expect(-weight);

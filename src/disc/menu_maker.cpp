@@ -28,6 +28,11 @@ constexpr double kEncodingWeight = 2.5;
 // How the composer tells the part of a page's frames that it has drawn.
 constexpr std::string_view kPercentLine = "pourcentage    : ";
 
+// Its button maps, and where one names the pictures of a subpicture.
+constexpr const char* kWideMap = "/menu_169.txt";
+constexpr const char* kPanScanMap = "/menu_43.txt";
+constexpr std::string_view kSubpicture = "<spu ";
+
 std::string taskOf(const PageWork& work) {
     return fmt::format("The menu {}", work.name);
 }
@@ -72,6 +77,7 @@ MenuMaker::MenuMaker(MenuSetting setting, Workshop& workshop, Progress& progress
 }
 
 MenuMaker::~MenuMaker() {
+    if (finishing_.valid()) finishing_.wait();
     setLogSink({});
 }
 
@@ -85,18 +91,28 @@ std::string MenuMaker::make(const PageWork& work) {
          menuClipCommand("", setting_.sound, setting_.standard, setting_.rate, ""))
         inputs.push_back(word);
 
-    const std::string name = Workshop::nameOf("menu", ".mpg", inputs);
+    std::string name = Workshop::nameOf("menu", ".mpg", inputs);
     if (workshop_.has(name)) return name;
-    return workshop_.result(name, [&](const std::string& path) {
-        const std::string frames = path + "-frames";
-        const std::string clip = path + "-clip.mpg";
-        progress_.expect(kDrawingWeight + kEncodingWeight);
-        drawFrames(work, frames);
+    progress_.expect(kDrawingWeight + kEncodingWeight);
+    const std::string path = Workshop::unfinished(name);
+    const std::string frames = path + "-frames", maps = path + "-maps", clip = path + "-clip.mpg";
+    drawFrames(work, frames);
+    drawMaps(work, maps);
+    // One at a time, so that no more than two menus' frames are on the disk.
+    finish();
+    finishing_ = std::async(std::launch::async, [this, &work, name, path, frames, maps, clip] {
         encode(work, frames, clip);
         fs::remove_all(frames);
-        addButtons(work, clip, path);
+        addButtons(work, maps, clip, path);
+        fs::remove_all(maps);
         fs::remove(clip);
+        workshop_.finish(name);
     });
+    return name;
+}
+
+void MenuMaker::finish() {
+    if (finishing_.valid()) finishing_.get();
 }
 
 void MenuMaker::drawFrames(const PageWork& work, const std::string& folder) {
@@ -122,47 +138,45 @@ void MenuMaker::encode(const PageWork& work, const std::string& frames, const st
     }
 }
 
-// The buttons of wide displays are the first subpicture stream, those of 4:3 displays the second.
-void MenuMaker::addButtons(const PageWork& work, const std::string& clip,
-                           const std::string& output) {
-    const std::string dot = workshop_.result(
-        Workshop::nameOf("dot", ".png", dotCommand(setting_.standard, "")),
-        [&](const std::string& path) {
-            runTool({dotCommand(setting_.standard, path), "", "", {}, {}}, taskOf(work));
-        });
-    const std::string maps = output + "-maps";
-    fs::create_directory(maps);
+// The composer's button maps, with the dot in them.
+void MenuMaker::drawMaps(const PageWork& work, const std::string& folder) {
+    fs::create_directory(folder);
     const MenuRequest request =
-        requestOf(work, work.excerpts, MenuMode::overlay, maps + "/menu.png");
+        requestOf(work, work.excerpts, MenuMode::overlay, folder + "/menu.png");
     expectDrawn(dvdMenuPicture(request), work);
+    for (const char* name : {kWideMap, kPanScanMap}) {
+        std::string map = readText(folder + name);
+        const std::size_t spu = map.find(kSubpicture);
+        expectDrawn(spu != std::string::npos && count(map, "<button ") == work.page->buttons.size(),
+                    work);
+        map.insert(spu + kSubpicture.size(), fmt::format("image=\"{}\" ", dot()));
+        std::ofstream(folder + name) << map;
+    }
+}
 
+// The buttons of wide displays are the first subpicture stream, those of 4:3 displays the second.
+void MenuMaker::addButtons(const PageWork& work, const std::string& maps, const std::string& clip,
+                           const std::string& output) {
     const std::string wide = maps + "/wide.mpg";
     const std::string task = fmt::format("{} could not be given buttons", taskOf(work));
     const auto multiplex = [&](const char* stream, const std::string& map, const std::string& from,
                                const std::string& to) {
-        const std::string said = runTool(
-            {{"spumux", "-s", stream, buttonMap(work, maps + map, dot)}, from, to, {}, {}}, task);
+        const std::string said = runTool({{"spumux", "-s", stream, map}, from, to, {}, {}}, task);
         if (said.find(" 1 subtitles added") == std::string::npos ||
             fs::file_size(to) <= fs::file_size(from)) {
             throw DiscError(fmt::format("{}: {}.", task, lastWords(said)));
         }
     };
-    setenv("VIDEO_FORMAT", setting_.standard == Standard::pal ? "PAL" : "NTSC", 1);
-    multiplex("0", "/menu_169.txt", clip, wide);
-    multiplex("1", "/menu_43.txt", wide, output);
-    fs::remove_all(maps);
+    multiplex("0", maps + kWideMap, clip, wide);
+    multiplex("1", maps + kPanScanMap, wide, output);
 }
 
-// The composer's map with the dot in it; where it stands.
-std::string MenuMaker::buttonMap(const PageWork& work, const std::string& path,
-                                 const std::string& dot) {
-    std::string map = readText(path);
-    const std::size_t spu = map.find("<spu ");
-    if (spu == std::string::npos || count(map, "<button ") != work.page->buttons.size())
-        expectDrawn(false, work);
-    map.insert(spu + 5, fmt::format("image=\"{}\" ", dot));
-    std::ofstream(path) << map;
-    return path;
+std::string MenuMaker::dot() {
+    return workshop_.result(Workshop::nameOf("dot", ".png", dotCommand(setting_.standard, "")),
+                            [&](const std::string& path) {
+                                runTool({dotCommand(setting_.standard, path), "", "", {}, {}},
+                                        "The menus' overlay could not be made");
+                            });
 }
 
 void MenuMaker::drawPreview(const PageWork& work, const std::vector<std::string>& thumbnails,

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <future>
 #include <string>
 #include <vector>
 
@@ -31,9 +32,12 @@ class MenuMaker {
     ~MenuMaker();
     MenuMaker(MenuMaker&&) = delete;
 
-    /// The menu's film, with its buttons, of a page whose excerpts are there; its name in the
-    /// workshop.
+    /// Draws the menu of a page whose excerpts are there, and answers what its film will be called
+    /// in the workshop. The film itself is made while the caller goes on.
     std::string make(const PageWork& work);
+
+    /// Returns when all menus are made. Throws, as make does, what has ended one.
+    void finish();
 
     /// Draws the page once, its thumbnails from `thumbnails`: pictures, or folders of frames.
     void drawPreview(const PageWork& work, const std::vector<std::string>& thumbnails,
@@ -47,14 +51,17 @@ class MenuMaker {
     MenuRequest requestOf(const PageWork& work, const std::vector<std::string>& thumbnails,
                           MenuMode mode, const std::string& output) const;
     void drawFrames(const PageWork& work, const std::string& folder);
+    void drawMaps(const PageWork& work, const std::string& folder);
     void encode(const PageWork& work, const std::string& frames, const std::string& clip);
-    void addButtons(const PageWork& work, const std::string& clip, const std::string& output);
-    std::string buttonMap(const PageWork& work, const std::string& path, const std::string& dot);
+    void addButtons(const PageWork& work, const std::string& maps, const std::string& clip,
+                    const std::string& output);
+    std::string dot();
 
     MenuSetting setting_;
     Workshop& workshop_;
     Progress& progress_;
     Progress::Task* drawing_ = nullptr;
+    std::future<void> finishing_;  // the last menu that was drawn
 };
 
 }  // namespace tkv::disc

@@ -190,6 +190,7 @@ DiscPlan planDisc(const Project& project, const std::vector<Film>& films) {
     }
     const Standard standard = project.standard.value_or(standardOf(films));
     std::vector<bool> areCopied;
+    areCopied.reserve(films.size());
     for (const Film& film : films)
         areCopied.push_back(!project.evenVolume && whyNotDvdReady(film, standard).empty());
 
