@@ -41,6 +41,8 @@ film() {
 mkdir -p "$films"
 film journey 6 sailing harbour.jpg lighthouse forest.jpg wheel city.jpg train desert.jpg snow.jpg
 for name in wheel city.jpg lighthouse; do film "${name%.jpg}" 12 "$name"; done
-cp "$media/background.jpg" "$checkout/examples/dvd/disc.toml" "$films"
+ffmpeg -nostdin -v error -y -i "$media/background.jpg" -vf scale=2844:1600 -q:v 2 \
+    "$films/background.jpg"
+cp "$checkout/examples/dvd/disc.toml" "$films"
 
 "$program" "$films/disc.toml" -o "$out"

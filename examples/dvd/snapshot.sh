@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Takes docs/highlighted-city.jpg and docs/highlighted-lighthouse.jpg: VLC plays the example disc on
-# a screen of its own, and the screen is photographed after each of two arrow keys.
+# Takes docs/highlighted-film.jpg and docs/highlighted-chapter.jpg: VLC plays the example disc on a
+# screen of its own, and both menus are photographed after an arrow key.
 #
 #   examples/dvd/snapshot.sh [DISC [FOLDER]]
 #
@@ -30,10 +30,13 @@ vlc -I dummy --fullscreen --vout xcb_x11 --no-audio --no-osd --no-video-title-sh
     "dvdnav://$disc" >/dev/null 2>&1 &
 xdotool search --sync --onlyvisible --name . >/dev/null
 sleep 5 # until the menu is there, which nothing tells
-photograph_after() { # KEY NAME
-    xdotool key "$1"
-    sleep 1
-    import -window root -quality 85 "$pictures/highlighted-$2.jpg"
+photograph_after() { # NAME KEY...
+    local key
+    for key in "${@:2}"; do
+        xdotool key "$key"
+        sleep 2
+    done
+    import -window root -quality 85 "$pictures/highlighted-$1.jpg"
 }
-photograph_after Down city
-photograph_after Right lighthouse
+photograph_after film Right
+photograph_after chapter Left Return Right

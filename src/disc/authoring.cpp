@@ -17,10 +17,6 @@ namespace {
 // Seconds of work for a gigabyte that is written.
 constexpr double kWritingWeight = 8;
 
-double writingWeight(std::int64_t bytes) {
-    return kWritingWeight * static_cast<double>(bytes) / 1e9;
-}
-
 // The tables that a player needs, as the author of the disc writes them last.
 bool isWhole(const DiscPlan& plan, const std::string& folder) {
     const auto isThere = [&](const std::string& name) {
@@ -37,11 +33,13 @@ bool isWhole(const DiscPlan& plan, const std::string& folder) {
 
 }  // namespace
 
+double writingWeight(std::int64_t bytes) {
+    return kWritingWeight * static_cast<double>(bytes) / 1e9;
+}
+
 void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::string& folder,
                 Progress& progress) {
-    const double weight = writingWeight(plan.bytes);
-    progress.expect(weight);
-    const Progress::Task task(progress, "Writing the disc", weight);
+    const Progress::Task task(progress, "Writing the disc", writingWeight(plan.bytes));
     const std::string file = folder + ".xml";
     std::ofstream(file) << authorFile(plan, pieces, folder);
     runTool({{"dvdauthor", "-x", file}, "", "", {}, {}}, "The disc could not be written");
@@ -53,9 +51,7 @@ void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::strin
 void makeImage(const std::string& folder, const std::string& label, const std::string& image,
                Progress& progress) {
     const std::int64_t bytes = bytesIn(folder);
-    const double weight = writingWeight(bytes);
-    progress.expect(weight);
-    const Progress::Task task(progress, "Writing the disc image", weight);
+    const Progress::Task task(progress, "Writing the disc image", writingWeight(bytes));
     // Players open images by their UDF file system.
     runTool({{"genisoimage", "-quiet", "-dvd-video", "-udf", "-V", label, "-o", image, folder},
              "",

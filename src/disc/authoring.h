@@ -8,6 +8,9 @@
 
 namespace tkv::disc {
 
+/// Seconds of work that it takes to write so many bytes, as Progress counts it.
+double writingWeight(std::int64_t bytes);
+
 /// Writes the disc's folders VIDEO_TS and AUDIO_TS into `folder`, which must not be there yet.
 /// Throws DiscError when what is there afterwards is no whole disc.
 void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::string& folder,

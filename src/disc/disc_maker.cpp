@@ -121,6 +121,8 @@ class DiscMaker {
         for (std::size_t film = 0; film < films_.size(); ++film)
             filmNames_.push_back(maker.nameOf(film));
         folder_.requireSpace(bytesNeeded());
+        progress_.expect(kMenuWeight * static_cast<double>(pages_.size()) +
+                         writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1));
         MenuMaker menus(menuSetting(), workshop_, progress_);
         Lanes lanes(films_.size(), [&](std::size_t film) { return maker.make(film); });
         try {
@@ -258,8 +260,9 @@ class DiscMaker {
         return Workshop::unfinished(name);
     }
 
-    void tell(const std::vector<std::string>& lines) const {
+    void tell(const std::vector<std::string>& lines) {
         if (options_.isQuiet) return;
+        progress_.clear();
         for (const std::string& line : lines)
             fmt::print("{}\n", line);
     }
@@ -297,6 +300,8 @@ void writeProjectFile(const Options& options) {
 void makeDisc(const Options& options) {
     requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
     if (options.makesImage) requirePrograms({"genisoimage"});
+    // The jacket's date is in the language of the menus.
+    setenv("LC_ALL", options.project.labels.language.c_str(), 1);
     DiscMaker(options).run();
     if (options.cleans) fs::remove_all(options.output + "/work");
 }

@@ -21,9 +21,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Seconds of work for a page.
-constexpr double kDrawingWeight = 1.5;
-constexpr double kEncodingWeight = 2.5;
+constexpr double kDrawingWeight = 0.4 * kMenuWeight;
+constexpr double kEncodingWeight = kMenuWeight - kDrawingWeight;
 
 // How the composer tells the part of a page's frames that it has drawn.
 constexpr std::string_view kPercentLine = "pourcentage    : ";
@@ -92,8 +91,10 @@ std::string MenuMaker::make(const PageWork& work) {
         inputs.push_back(word);
 
     std::string name = Workshop::nameOf("menu", ".mpg", inputs);
-    if (workshop_.has(name)) return name;
-    progress_.expect(kDrawingWeight + kEncodingWeight);
+    if (workshop_.has(name)) {
+        progress_.expect(-kMenuWeight);
+        return name;
+    }
     const std::string path = Workshop::unfinished(name);
     const std::string frames = path + "-frames", maps = path + "-maps", clip = path + "-clip.mpg";
     drawFrames(work, frames);

@@ -23,6 +23,9 @@ struct MenuSetting {
     std::string soundStamp;  ///< differs after the sound's file has changed
 };
 
+/// Seconds of work for a menu, as Progress counts it.
+inline constexpr double kMenuWeight = 4;
+
 /// Draws the menus of a disc and makes films with buttons of them. The composer draws one page at
 /// a time: to be used in one thread. While it lives the composer's lines go to "composer.log".
 class MenuMaker {
@@ -33,7 +36,8 @@ class MenuMaker {
     MenuMaker(MenuMaker&&) = delete;
 
     /// Draws the menu of a page whose excerpts are there, and answers what its film will be called
-    /// in the workshop. The film itself is made while the caller goes on.
+    /// in the workshop. The film itself is made while the caller goes on. The progress must expect
+    /// kMenuWeight for it.
     std::string make(const PageWork& work);
 
     /// Returns when all menus are made. Throws, as make does, what has ended one.

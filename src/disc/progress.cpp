@@ -41,7 +41,7 @@ std::string duration(double seconds) {
 Progress::Progress(Style style) : style_(style) {}
 
 Progress::~Progress() {
-    if (style_ == Style::terminal) write("\r\033[K");
+    clear();
 }
 
 Progress::Style Progress::suitableStyle() {
@@ -52,6 +52,11 @@ void Progress::say(std::string_view line) {
     if (style_ == Style::quiet) return;
     const std::lock_guard lock(mutex_);
     write(fmt::format("{}{}\n", style_ == Style::terminal ? "\r\033[K" : "", line));
+}
+
+void Progress::clear() {
+    const std::lock_guard lock(mutex_);
+    if (style_ == Style::terminal) write("\r\033[K");
 }
 
 void Progress::expect(double weight) {

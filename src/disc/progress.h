@@ -22,6 +22,9 @@ class Progress {
     /// Writes a line that stays; not when quiet.
     void say(std::string_view line);
 
+    /// Takes the line that changes off the terminal, before something else is written there.
+    void clear();
+
     /// Work of `weight` is to come; a negative one has turned out to be done already. Weights are
     /// seconds as they would be on some machine.
     void expect(double weight);

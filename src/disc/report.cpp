@@ -34,7 +34,7 @@ std::string gigabytes(std::int64_t bytes) {
 // A path as one word of a shell's command.
 std::string shellWord(const std::string& path) {
     constexpr std::string_view kPlain =
-        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,@";
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,:@";
     if (path.find_first_not_of(kPlain) == std::string::npos) return path;
     std::string word = "'";
     for (const char byte : path) {
