@@ -72,7 +72,7 @@ OptionRow rowOf(const TextSetting& setting) {
     return {kDisc, fmt::format("--{}", setting.name), std::string(setting.argument),
             std::string(setting.explanation),
             [&setting](Options& options, const std::string& value) {
-                const bool isPath = setting.isPath && !value.empty();
+                const bool isPath = setting.isPath && !value.empty() && value != kNone;
                 if (!setting.set(options.project, isPath ? absolutePath(value) : value))
                     refuse("--{} wants {}, not '{}'", setting.name, setting.wanted, value);
             }};

@@ -209,10 +209,12 @@ class DiscMaker {
         setting.standard = plan_.standard;
         setting.rate = plan_.menuRate;
         if (plan_.pages.empty()) return setting;
-        setting.background = project_.background ? givenBackground() : blurredBackground();
+        if (project_.background != kNone)
+            setting.background = project_.background ? givenBackground() : blurredBackground();
+        if (project_.music == kNone) return setting;
         if (project_.music) {
-            setting.sound.input = project_.music->empty() ? "" : "file:" + *project_.music;
-            if (!project_.music->empty()) setting.soundStamp = stampOf(*project_.music);
+            setting.sound.input = inputName({*project_.music});
+            setting.soundStamp = stampOf(*project_.music);
         } else if (!films_.front().audio.empty()) {
             setting.sound = {inputName(films_.front().sources), excerptOfFirstFilm().from};
             setting.soundStamp = films_.front().stamp;
@@ -246,6 +248,7 @@ class DiscMaker {
     }
 
     std::string jacketBackground() {
+        if (project_.background == kNone) return "";
         if (project_.background) return *project_.background;
         return findScene(films_.front(), excerptOfFirstFilm(), kWidePage, workshop_).picture;
     }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
-#include <map>
 #include <utility>
 
 #include "disc/disc_error.h"
@@ -27,43 +26,6 @@ constexpr double kCuttingWeight = 1;
 // A film that comes out larger than planned by more is encoded once more, if there is no room.
 constexpr double kTolerance = 1.03;
 
-std::string frameName(int number) {
-    return fmt::format("{:06}.jpg", number);
-}
-
-// The runs joined where they touch or overlap.
-std::vector<FrameRange> joined(std::vector<FrameRange> ranges) {
-    std::ranges::sort(ranges, {}, &FrameRange::first);
-    std::vector<FrameRange> all;
-    for (const FrameRange& range : ranges) {
-        if (all.empty() || range.first > all.back().first + all.back().count) {
-            all.push_back(range);
-        } else {
-            const int end =
-                std::max(all.back().first + all.back().count, range.first + range.count);
-            all.back().count = end - all.back().first;
-        }
-    }
-    return all;
-}
-
-// The frame's number among those of the runs, one of which holds it.
-int indexIn(const std::vector<FrameRange>& ranges, int frame) {
-    int index = 0;
-    for (const FrameRange& range : ranges) {
-        if (frame < range.first + range.count) return index + frame - range.first;
-        index += range.count;
-    }
-    return index;
-}
-
-// A second name for a file's bytes; a copy where the file system has no such names.
-void linkOrCopy(const std::string& from, const std::string& to) {
-    std::error_code error;
-    fs::create_hard_link(from, to, error);
-    if (error) fs::copy_file(from, to);
-}
-
 }  // namespace
 
 FilmMaker::FilmMaker(const Project& project, const std::vector<Film>& films, const DiscPlan& plan,
@@ -81,7 +43,7 @@ FilmMaker::FilmMaker(const Project& project, const std::vector<Film>& films, con
 
 std::string FilmMaker::make(std::size_t number) {
     const TitleSet& set = plan_.sets[number];
-    const std::vector<Wanted> wanted = wantedOf(number);
+    const std::vector<WantedExcerpt> wanted = wantedOf(number);
     std::string name = nameOf(number);
     const double weight = set.seconds * (set.isCopied ? kCopyingWeight : kEncodingWeight);
     if (workshop_.has(name)) {
@@ -92,7 +54,7 @@ std::string FilmMaker::make(std::size_t number) {
         encode(number, name, wanted);
     }
     noteMade(number, name);
-    for (const Wanted& excerpt : wanted) {
+    for (const WantedExcerpt& excerpt : wanted) {
         if (!workshop_.has(excerpt.name)) cut(number, name, excerpt);
     }
     return name;
@@ -112,19 +74,19 @@ std::string FilmMaker::nameOf(std::size_t number) const {
     return Workshop::nameOf("film", ".mpg", inputs);
 }
 
-std::vector<FilmMaker::Wanted> FilmMaker::wantedOf(std::size_t number) {
+std::vector<WantedExcerpt> FilmMaker::wantedOf(std::size_t number) {
     const Film& film = films_[number];
     const TitleSet& set = plan_.sets[number];
     const StandardFacts facts = factsOf(plan_.standard);
     const int frames = static_cast<int>(set.seconds * facts.frameRate.perSecond());
     const std::string filmName = nameOf(number);
     findScenes(pages_, number, film, workshop_);
-    std::vector<Wanted> all;
+    std::vector<WantedExcerpt> all;
     for (PageWork& work : pages_) {
         for (std::size_t i = 0; i < work.page->excerpts.size(); ++i) {
             if (work.page->excerpts[i].film != number) continue;
             const double start = work.scenes[i].seconds / set.speed * facts.frameRate.perSecond();
-            Wanted wanted;
+            WantedExcerpt wanted;
             wanted.size = work.thumbnailSize;
             wanted.range.first =
                 std::clamp(static_cast<int>(std::round(start)), 0, std::max(0, frames - 1));
@@ -171,7 +133,7 @@ void FilmMaker::copy(std::size_t number, const std::string& name) {
 }
 
 void FilmMaker::encode(std::size_t number, const std::string& name,
-                       const std::vector<Wanted>& wanted) {
+                       std::vector<WantedExcerpt> wanted) {
     const Film& film = films_[number];
     const TitleSet& set = plan_.sets[number];
     const std::string title = lastComponent(film.path);
@@ -186,21 +148,10 @@ void FilmMaker::encode(std::size_t number, const std::string& name,
                     fmt::format("The loudness of {} could not be measured", film.path)));
     }
 
-    std::map<std::pair<int, int>, std::vector<FrameRange>> ranges;
-    for (const Wanted& excerpt : wanted) {
-        if (!workshop_.has(excerpt.name))
-            ranges[{excerpt.size.width, excerpt.size.height}].push_back(excerpt.range);
-    }
-    const auto folderOf = [&](PixelSize size) {
-        return Workshop::unfinished(fmt::format("{}-{}x{}", name, size.width, size.height));
-    };
-    for (auto& [size, all] : ranges) {
-        all = joined(std::move(all));
-        const std::string folder = folderOf({size.first, size.second});
-        fs::create_directory(folder);
-        encoding.excerpts.push_back({{size.first, size.second}, all, folder + "/%06d.jpg"});
-    }
-
+    std::erase_if(wanted,
+                  [&](const WantedExcerpt& excerpt) { return workshop_.has(excerpt.name); });
+    ExcerptBatch excerpts(std::move(wanted), name);
+    encoding.excerpts = excerpts.outputs();
     const std::string path = Workshop::unfinished(name);
     const int frames = runEncoder(encodingCommand(film, encoding, Pass::only, "", path),
                                   fmt::format("{} could not be encoded", film.path),
@@ -208,21 +159,7 @@ void FilmMaker::encode(std::size_t number, const std::string& name,
     expectFrames(number, frames);
     encodeAgain(number, encoding, path);
 
-    for (const Wanted& excerpt : wanted) {
-        const auto found = ranges.find({excerpt.size.width, excerpt.size.height});
-        if (found == ranges.end() || workshop_.has(excerpt.name)) continue;
-        const std::string folder = Workshop::unfinished(excerpt.name);
-        fs::create_directory(folder);
-        const int first = indexIn(found->second, excerpt.range.first);
-        for (int i = 0; i < excerpt.range.count; ++i) {
-            const std::string frame = joinPath(folderOf(excerpt.size), frameName(first + i));
-            // The last frames of a film may be missing: its length is known to a frame or two.
-            if (fs::exists(frame)) linkOrCopy(frame, joinPath(folder, frameName(i)));
-        }
-        workshop_.finish(excerpt.name);
-    }
-    for (const auto& [size, all] : ranges)
-        fs::remove_all(folderOf({size.first, size.second}));
+    excerpts.handOut(workshop_);
     workshop_.finish(name);
 }
 
@@ -254,7 +191,7 @@ void FilmMaker::expectFrames(std::size_t number, int written) const {
                                 timeText(seconds), timeText(set.seconds), film.path));
 }
 
-void FilmMaker::cut(std::size_t number, const std::string& name, const Wanted& wanted) {
+void FilmMaker::cut(std::size_t number, const std::string& name, const WantedExcerpt& wanted) {
     const Film& film = films_[number];
     const double rate = factsOf(plan_.standard).frameRate.perSecond();
     progress_.expect(kCuttingWeight);

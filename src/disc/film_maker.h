@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "disc/excerpts.h"
 #include "disc/film.h"
 #include "disc/film_encoding.h"
 #include "disc/page_work.h"
@@ -30,20 +31,13 @@ class FilmMaker {
     std::string nameOf(std::size_t number) const;
 
   private:
-    // A run of frames that is wanted as a folder of pictures.
-    struct Wanted {
-        FrameRange range;
-        PixelSize size;
-        std::string name;
-    };
-
-    std::vector<Wanted> wantedOf(std::size_t number);
+    std::vector<WantedExcerpt> wantedOf(std::size_t number);
     FilmEncoding encodingOf(std::size_t number) const;
     void copy(std::size_t number, const std::string& name);
-    void encode(std::size_t number, const std::string& name, const std::vector<Wanted>& wanted);
+    void encode(std::size_t number, const std::string& name, std::vector<WantedExcerpt> wanted);
     void encodeAgain(std::size_t number, FilmEncoding encoding, const std::string& output);
     void expectFrames(std::size_t number, int written) const;
-    void cut(std::size_t number, const std::string& name, const Wanted& wanted);
+    void cut(std::size_t number, const std::string& name, const WantedExcerpt& wanted);
     int rateNow(std::size_t number);
     void noteMade(std::size_t number, const std::string& name);
 

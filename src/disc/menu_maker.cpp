@@ -202,7 +202,7 @@ MenuRequest MenuMaker::requestOf(const PageWork& work, const std::vector<std::st
     request.mode = mode;
     request.isMainMenu = work.page->isMain;
     request.isPal = setting_.standard == Standard::pal;
-    request.bkg = setting_.background;
+    if (!setting_.background.empty()) request.bkg = setting_.background;
     request.title = work.page->title;
     request.thumbs = thumbnails;
     request.captions.emplace();

@@ -18,7 +18,7 @@ namespace tkv::disc {
 struct MenuSetting {
     Standard standard = Standard::pal;
     int rate = 0;            ///< kb/s of the picture
-    std::string background;  ///< a picture of 16:9 in the page's pixels
+    std::string background;  ///< a picture of 16:9 in the page's pixels; may be empty
     MenuSound sound;
     std::string soundStamp;  ///< differs after the sound's file has changed
 };

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "disc/labels.h"
@@ -43,11 +44,14 @@ struct FilmRequest {
     bool operator==(const FilmRequest&) const = default;
 };
 
+/// Instead of a path: a background or music that is not wanted.
+inline constexpr std::string_view kNone = "none";
+
 struct Project {
     std::vector<FilmRequest> films;
     std::optional<std::string> title;
-    std::optional<std::string> background;  ///< absolute path of a picture
-    std::optional<std::string> music;       ///< absolute path of the menus' sound
+    std::optional<std::string> background;  ///< absolute path of a picture, or kNone
+    std::optional<std::string> music;       ///< the same of the menus' sound
     std::optional<Standard> standard;       ///< by default what most films suggest
     DiscSize size = DiscSize::dvd5;
     ChapterRule chapters;

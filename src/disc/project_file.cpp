@@ -51,7 +51,7 @@ class Reader {
             const toml::node* node = table.get(setting.name);
             if (node == nullptr) continue;
             const std::string text = textIn(*node, setting.name, setting.wanted);
-            if (!setting.set(project, setting.isPath ? pathOf(text) : text))
+            if (!setting.set(project, setting.isPath && text != kNone ? pathOf(text) : text))
                 refuse(*node, setting.name, setting.wanted);
         }
         for (const Switch& one : kSwitches) {

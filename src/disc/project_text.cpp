@@ -66,7 +66,7 @@ class Writer {
             text_ += fmt::format("\n# {}\n", setting.explanation);
             const std::string shown = value.value_or(std::string(setting.example));
             writeLine(isDefault, setting.name,
-                      quoted(setting.isPath ? shortPath(shown, folder_) : shown));
+                      quoted(setting.isPath && shown != kNone ? shortPath(shown, folder_) : shown));
         }
         for (const Switch& one : kSwitches) {
             const bool value = project_.*one.value;

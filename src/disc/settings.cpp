@@ -74,11 +74,12 @@ std::span<const TextSetting> textSettings() {
     static const std::array<TextSetting, 8> settings{{
         {"title", "TEXT", "heads the menus and names the disc", "a text", "Our summer", false,
          setText<&Project::title>, textOf<&Project::title>},
-        {"background", "PICTURE", "the picture behind the menus; else the first film's",
+        {"background", "PICTURE", "picture behind the menus, or none; else the first film's",
          "the path of a picture", "background.jpg", true, setPath<&Project::background>,
          textOf<&Project::background>},
-        {"music", "SOUND", "the sound of the menus; else the first film's", "the path of a sound",
-         "music.flac", true, setPath<&Project::music>, textOf<&Project::music>},
+        {"music", "SOUND", "sound of the menus, or none; else the first film's",
+         "the path of a sound", "music.flac", true, setPath<&Project::music>,
+         textOf<&Project::music>},
         {"format", "", "pal or ntsc; else what most films suggest", "pal or ntsc", "pal", false,
          setFormat,
          [](const Project& project) -> std::optional<std::string> {

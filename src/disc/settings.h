@@ -19,7 +19,7 @@ struct TextSetting {
     std::string_view explanation;  ///< of the help and of the file's comment
     std::string_view wanted;       ///< what it may be, behind "wants"
     std::string_view example;      ///< for one that has no value by default
-    bool isPath = false;           ///< its value is made absolute first
+    bool isPath = false;           ///< its value is made absolute first, unless it is kNone
     /// Answers false, with nothing set, when the text is none that is wanted.
     bool (*set)(Project& project, const std::string& text);
     std::optional<std::string> (*text)(const Project& project);
