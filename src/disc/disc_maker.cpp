@@ -156,6 +156,7 @@ class DiscMaker {
             std::vector<std::string> languages;
             for (const AudioTrack& track : film.audio)
                 languages.push_back(track.language);
+            languages.resize(std::min(languages.size(), kMostTracks));
             pieces_.soundLanguages.push_back(std::move(languages));
         }
         pieces_.language = project_.labels.language;

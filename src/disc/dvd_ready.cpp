@@ -13,7 +13,6 @@ namespace {
 
 // Bits a second that a disc's player can take: of video, of an AC-3 track, and of all together.
 constexpr std::int64_t kTopVideo = 9'800'000, kTopAc3 = 448'000, kTopSum = 10'080'000;
-constexpr std::size_t kMostTracks = 8;
 
 struct CodecName {
     std::string_view codec, name;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -11,6 +12,9 @@
 // The facts of a film, as ffprobe tells them.
 
 namespace tkv::disc {
+
+/// Sound tracks of a disc's film. Those that a film has beyond are left out.
+inline constexpr std::size_t kMostTracks = 8;
 
 enum class Fields { progressive, topFirst, bottomFirst };
 

@@ -14,7 +14,6 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr std::size_t kMostTracks = 8;
 constexpr int kSurroundRate = 448, kStereoRate = 192;  // kb/s
 constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
