@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "disc/disc_error.h"
 #include "disc/tools.h"
@@ -41,7 +40,7 @@ void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::strin
                 Progress& progress) {
     const Progress::Task task(progress, "Writing the disc", writingWeight(plan.bytes));
     const std::string file = folder + ".xml";
-    std::ofstream(file) << authorFile(plan, pieces, folder);
+    writeText(file, authorFile(plan, pieces, folder));
     runTool({{"dvdauthor", "-x", file}, "", "", {}, {}}, "The disc could not be written");
     if (!isWhole(plan, folder)) {
         throw DiscError("The disc could not be written: dvdauthor has left out some of its files.");

@@ -63,7 +63,7 @@ std::string pathOf(const char* option, const std::string& value) {
 void setLabel(Options& options, const std::string& value) {
     const std::size_t equals = value.find('=');
     const auto label = labelNamed(value.substr(0, equals));
-    if (equals == std::string::npos || label == nullptr)
+    if (equals == std::string::npos || label == nullptr || equals + 1 == value.size())
         refuse("--label wants NAME=TEXT, not '{}'; NAME is one of {}", value, labelNames());
     options.project.labels.*label = value.substr(equals + 1);
 }

@@ -1,10 +1,11 @@
 #include "disc/counted_film.h"
 
-#include <algorithm>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 
 #include "disc/probe.h"
+#include "disc/tools.h"
 
 namespace tkv::disc {
 
@@ -14,9 +15,9 @@ using Json = nlohmann::json;
 
 // What counting finds.
 Json countsOf(const Film& film) {
-    std::vector<int> tracks;
+    std::map<std::string, bool> tracks;
     for (const AudioTrack& track : film.audio)
-        tracks.push_back(track.index);
+        tracks[std::to_string(track.index)] = track.isWhole;
     return {{"seconds", film.seconds},
             {"frames", film.frames},
             {"keyframeInterval", film.keyframeInterval},
@@ -29,10 +30,12 @@ void setCounts(Film& film, const Json& counts) {
     counts.at("frames").get_to(film.frames);
     counts.at("keyframeInterval").get_to(film.keyframeInterval);
     counts.at("keyframes").get_to(film.keyframes);
-    const auto tracks = counts.at("tracks").get<std::vector<int>>();
+    const Json& tracks = counts.at("tracks");
     std::erase_if(film.audio, [&](const AudioTrack& track) {
-        return std::ranges::find(tracks, track.index) == tracks.end();
+        return !tracks.contains(std::to_string(track.index));
     });
+    for (AudioTrack& track : film.audio)
+        tracks.at(std::to_string(track.index)).get_to(track.isWhole);
 }
 
 }  // namespace
@@ -42,7 +45,7 @@ void countFramesOnce(Film& film, Workshop& workshop) {
                                              [&](const std::string& path) {
                                                  Film counted = film;
                                                  countFrames(counted);
-                                                 std::ofstream(path) << countsOf(counted);
+                                                 writeText(path, countsOf(counted).dump());
                                              });
     try {
         setCounts(film, Json::parse(std::ifstream(name)));

@@ -25,6 +25,7 @@
 #include "imaging/rescale.h"
 #include "system/files.h"
 #include "system/paths.h"
+#include "system/unicode.h"
 
 namespace tkv::disc {
 
@@ -36,6 +37,10 @@ constexpr PixelSize kPage{kPageWidth, kPageHeight};
 
 // A page as a wide display shows it, in square pixels.
 constexpr PixelSize kWidePage{960, 540};
+
+// Of the frames of an excerpt, and of those of the pages that are drawn and encoded meanwhile.
+constexpr std::int64_t kExcerptBytes = 10 << 20;
+constexpr std::int64_t kPageBytes = 200 << 20;
 
 constexpr float kPictureQuality = 0.95F;
 
@@ -51,14 +56,35 @@ std::string stampOf(const std::string& path) {
     return fmt::format("{} {} {}", path, stamp->bytes, stamp->modifiedNs);
 }
 
+void requireSound(const std::string& path) {
+    bool hasSound = false;
+    Program program;
+    program.command = {"ffprobe",
+                       "-v",
+                       "error",
+                       "-select_streams",
+                       "a:0",
+                       "-show_entries",
+                       "stream=codec_name",
+                       "-of",
+                       "csv=p=0",
+                       "-i",
+                       inputName({path})};
+    program.onOutput = [&](std::string_view) { hasSound = true; };
+    runTool(std::move(program), fmt::format("{} cannot be heard in the menus", path));
+    if (!hasSound)
+        throw DiscError(fmt::format("{} holds no sound. Name another file with --music.", path));
+}
+
 // One run, from the films to the folder's new disc.
 class DiscMaker {
   public:
-    explicit DiscMaker(const Options& options)
+    DiscMaker(const Options& options, std::vector<Film> films)
         : options_(options),
           project_(options.project),
           progress_(options.isQuiet ? Progress::Style::quiet : Progress::suitableStyle()),
-          folder_(options.output) {}
+          folder_(options.output),
+          films_(std::move(films)) {}
 
     void run() {
         try {
@@ -76,7 +102,6 @@ class DiscMaker {
 
   private:
     void make() {
-        films_ = probedFilms(project_);
         if (!options_.isPreview) countAllFrames();
         plan_ = planDisc(project_, films_);
         pages_ = pagesOf(plan_);
@@ -103,8 +128,10 @@ class DiscMaker {
     void makePreviews() {
         MenuMaker menus(menuSetting(), workshop_, progress_);
         const std::string pictures = newFolder("menus");
-        sideBySide(films_.size(),
-                   [&](std::size_t i) { findScenes(pages_, i, films_[i], workshop_); });
+        sideBySide(films_.size(), [&](std::size_t i) {
+            const Workshop::Turn turn(workshop_, films_[i].stamp);
+            findScenes(pages_, i, films_[i], workshop_);
+        });
         for (const PageWork& work : pages_) {
             std::vector<std::string> thumbnails;
             for (const Scene& scene : work.scenes)
@@ -143,7 +170,7 @@ class DiscMaker {
             sortClips(clips);
             const std::string jacket = Workshop::unfinished("jacket.jpg");
             menus.drawJacket(plan_.title, jacketLine(project_, plan_), jacketBackground(), jacket);
-            folder_.put(pictures, "menus");
+            if (!pages_.empty()) folder_.put(pictures, "menus");
             folder_.put(jacket, "jacket.jpg");
         } catch (const Interrupted&) {
             lanes.rethrow();
@@ -175,6 +202,9 @@ class DiscMaker {
     // The pieces, the disc and the image hold the same bytes.
     std::int64_t bytesNeeded() const {
         std::int64_t bytes = plan_.bytes * (options_.makesImage ? 3 : 2);
+        for (const PageWork& work : pages_)
+            bytes += kExcerptBytes * static_cast<std::int64_t>(work.excerpts.size());
+        if (!pages_.empty()) bytes += kPageBytes;
         for (const std::string& name : filmNames_) {
             std::error_code error;
             const auto made = fs::file_size(name, error);
@@ -209,14 +239,16 @@ class DiscMaker {
         MenuSetting setting;
         setting.standard = plan_.standard;
         setting.rate = plan_.menuRate;
-        if (plan_.pages.empty()) return setting;
-        if (project_.background != kNone)
-            setting.background = project_.background ? givenBackground() : blurredBackground();
-        if (project_.music == kNone) return setting;
-        if (project_.music) {
+        const bool isGiven = project_.background && project_.background != kNone;
+        if (isGiven) setting.background = givenBackground();
+        if (project_.music && project_.music != kNone) {
+            requireSound(*project_.music);
             setting.sound.input = inputName({*project_.music});
             setting.soundStamp = stampOf(*project_.music);
-        } else if (!films_.front().audio.empty()) {
+        }
+        if (plan_.pages.empty()) return setting;
+        if (!project_.background) setting.background = blurredBackground();
+        if (!project_.music && !films_.front().audio.empty()) {
             setting.sound = {inputName(films_.front().sources), excerptOfFirstFilm().from};
             setting.soundStamp = films_.front().stamp;
         }
@@ -268,7 +300,7 @@ class DiscMaker {
         if (options_.isQuiet) return;
         progress_.clear();
         for (const std::string& line : lines)
-            fmt::print("{}\n", line);
+            fmt::print("{}\n", printable(line));
     }
 
     const Options& options_;
@@ -297,8 +329,8 @@ void writeProjectFile(const Options& options) {
     file << text << std::flush;
     if (!file) throw DiscError(fmt::format("{} cannot be written.", options.projectFile));
     if (options.isQuiet) return;
-    fmt::print("Written: {}\nMake the disc with: tkvDvdDisc {} -o FOLDER\n", options.projectFile,
-               lastComponent(options.projectFile));
+    fmt::print("Written: {0}\nMake the disc with: tkvDvdDisc {0} -o FOLDER\n",
+               shellWord(options.projectFile));
 }
 
 void makeDisc(const Options& options) {
@@ -306,7 +338,8 @@ void makeDisc(const Options& options) {
     if (options.makesImage) requirePrograms({"genisoimage"});
     // The jacket's date is in the language of the menus.
     setenv("LC_ALL", options.project.labels.language.c_str(), 1);
-    DiscMaker(options).run();
+    // A folder is made only for films that are there.
+    DiscMaker(options, probedFilms(options.project)).run();
     if (options.cleans) fs::remove_all(options.output + "/work");
 }
 

@@ -65,6 +65,7 @@ std::string reasonOf(const VideoTrack& video, const StandardFacts& facts) {
 std::string reasonOf(const AudioTrack& track) {
     if (track.codec != "ac3" && track.codec != "mp2" && track.codec != "pcm_dvd")
         return fmt::format("its sound is {}", nameOf(track.codec));
+    if (!track.isWhole) return "its sound is not there all the time";
     if (track.sampleRate != 48000)
         return fmt::format("its sound has {} samples a second", track.sampleRate);
     if (track.codec == "ac3" && track.bitRate > kTopAc3)

@@ -221,6 +221,13 @@ std::vector<std::string> remuxCommand(const Film& film, const std::string& outpu
     return words;
 }
 
+std::vector<std::string> interleaveCommand(const std::string& dvdFilm, const std::string& output) {
+    Words words{"ffmpeg", "-nostdin", "-v", "error", "-progress", "pipe:1", "-nostats", "-y"};
+    add(words, {"-i", "file:" + dvdFilm, "-map", "0:v:0", "-map", "0:a", "-c", "copy"});
+    add(words, dvdOutput(output));
+    return words;
+}
+
 std::vector<std::string> excerptCommand(const std::vector<std::string>& dvdFilm, bool isWide,
                                         Standard standard, double seconds, int frames,
                                         PixelSize size, const std::string& pattern) {

@@ -50,6 +50,11 @@ std::vector<std::string> encodingCommand(const Film& film, const FilmEncoding& e
 /// silent one beside them when it has no sound.
 std::vector<std::string> remuxCommand(const Film& film, const std::string& output);
 
+/// Puts the tracks of a disc's film together anew. The muxer leaves out units of navigation while
+/// it waits for a sound that comes late, from a silent input or after a gap; from the finished film
+/// all comes in time.
+std::vector<std::string> interleaveCommand(const std::string& dvdFilm, const std::string& output);
+
 /// Cuts frames out of a film that is ready for a disc, from `seconds` on.
 /// `dvdFilm`: its file, or its VOBs in their order. `pattern`: as ExcerptOutput's.
 std::vector<std::string> excerptCommand(const std::vector<std::string>& dvdFilm, bool isWide,

@@ -43,6 +43,7 @@ FilmMaker::FilmMaker(const Project& project, const std::vector<Film>& films, con
 
 std::string FilmMaker::make(std::size_t number) {
     const TitleSet& set = plan_.sets[number];
+    const Workshop::Turn turn(workshop_, films_[number].stamp);
     const std::vector<WantedExcerpt> wanted = wantedOf(number);
     std::string name = nameOf(number);
     const double weight = set.seconds * (set.isCopied ? kCopyingWeight : kEncodingWeight);
@@ -119,7 +120,7 @@ void FilmMaker::copy(std::size_t number, const std::string& name) {
     Progress::Task task(progress_, fmt::format("Copying {}", lastComponent(film.path)),
                         plan_.sets[number].seconds * kCopyingWeight);
     const std::string path = Workshop::unfinished(name);
-    if (film.hasNavigation && film.sources.size() == 1) {
+    if (film.hasNavigation && film.sources.size() == 1 && !film.audio.empty()) {
         std::error_code error;
         fs::create_symlink(film.sources.front(), path, error);
         if (error) fs::copy_file(film.sources.front(), path);
@@ -158,9 +159,22 @@ void FilmMaker::encode(std::size_t number, const std::string& name,
                                   [&](double seconds) { task.reach(seconds / set.seconds); });
     expectFrames(number, frames);
     encodeAgain(number, encoding, path);
+    interleave(film, path);
 
     excerpts.handOut(workshop_);
     workshop_.finish(name);
+}
+
+void FilmMaker::interleave(const Film& film, const std::string& path) {
+    const auto first = film.audio.begin();
+    const auto last = first + std::min<std::ptrdiff_t>(std::ssize(film.audio), kMostTracks);
+    if (first != last && std::all_of(first, last, [](const auto& track) { return track.isWhole; }))
+        return;
+    const std::string encoded = path + "-encoded.mpg";
+    fs::rename(path, encoded);
+    runEncoder(interleaveCommand(encoded, path),
+               fmt::format("{} could not be put together", film.path));
+    fs::remove(encoded);
 }
 
 // In two passes the encoder keeps to the rate, which hard material makes it miss in one.

@@ -36,6 +36,7 @@ class FilmMaker {
     void copy(std::size_t number, const std::string& name);
     void encode(std::size_t number, const std::string& name, std::vector<WantedExcerpt> wanted);
     void encodeAgain(std::size_t number, FilmEncoding encoding, const std::string& output);
+    static void interleave(const Film& film, const std::string& path);
     void expectFrames(std::size_t number, int written) const;
     void cut(std::size_t number, const std::string& name, const WantedExcerpt& wanted);
     int rateNow(std::size_t number);

@@ -14,6 +14,9 @@ constexpr double kBackwardJump = 2;
 // ffmpeg takes a longer gap of a transport or program stream for a join, a shorter for a pause.
 constexpr double kForwardJump = 10;
 
+// What may be missing of a sound track, in seconds.
+constexpr double kSilence = 1;
+
 template <typename Number>
 std::optional<Number> numberOf(std::string_view text) {
     Number number{};
@@ -45,14 +48,23 @@ void FrameCounter::take(std::string_view line) {
 
     if (packet.stream < 0) return;
     const auto stream = static_cast<std::size_t>(packet.stream);
-    if (streamsSeen_.size() <= stream) streamsSeen_.resize(stream + 1);
-    streamsSeen_[stream] = true;
+    if (streams_.size() <= stream) streams_.resize(stream + 1);
+    takeTime(streams_[stream], packet.time);
     // A packet of data may last as long as the film.
     if (packet.time && packet.kind != "data")
         lastEnd_ = std::max(lastEnd_, *packet.time + packet.duration.value_or(0));
     // Packets before an edit list's start are read, but not shown.
     const bool isShown = packet.flags.find('D') == std::string_view::npos;
     if (packet.stream == videoStream_ && isShown) takeFrame(packet);
+}
+
+void FrameCounter::takeTime(Stream& stream, std::optional<double> time) {
+    stream.isSeen = true;
+    if (!time) return;
+    const double step = *time - stream.time.value_or(*time);
+    // A longer step is a pause or, as one back is, a join of recordings.
+    if (step > 0 && step <= kSilence) stream.seconds += step;
+    stream.time = time;
 }
 
 void FrameCounter::takeFrame(const Packet& packet) {
@@ -102,10 +114,15 @@ void FrameCounter::finish(Film& film) {
     film.seconds = std::abs(seconds_ - counted) < 2 * frameSeconds_ ? counted : seconds_;
     film.keyframeInterval = std::max(interval_, frames_ - lastKeyframe_);
     film.keyframes = std::move(keyframes_);
-    std::erase_if(film.audio, [&](const AudioTrack& track) {
-        const auto stream = static_cast<std::size_t>(track.index);
-        return stream >= streamsSeen_.size() || !streamsSeen_[stream];
-    });
+    const auto streamOf = [&](const AudioTrack& track) {
+        const auto number = static_cast<std::size_t>(track.index);
+        return number < streams_.size() ? streams_[number] : Stream();
+    };
+    std::erase_if(film.audio, [&](const AudioTrack& track) { return !streamOf(track).isSeen; });
+    for (AudioTrack& track : film.audio) {
+        const Stream stream = streamOf(track);
+        track.isWhole = stream.seconds > film.seconds - kSilence;
+    }
 }
 
 }  // namespace tkv::disc

@@ -18,8 +18,8 @@ class FrameCounter {
     explicit FrameCounter(const Film& film);
     void take(std::string_view line);
 
-    /// Fills in the film's frames, keyframes and length, and leaves out sound tracks that nothing
-    /// was read of.
+    /// Fills in the film's frames, keyframes and length and which sound tracks are whole, and
+    /// leaves out those that nothing was read of.
     void finish(Film& film);
 
     /// Where the last packet of picture, sound or text ends, in seconds of the file's own time.
@@ -37,6 +37,14 @@ class FrameCounter {
         std::vector<double> keyframes;
     };
 
+    // What was read of a stream.
+    struct Stream {
+        bool isSeen = false;
+        std::optional<double> time;  // of its last packet
+        double seconds = 0;          // in which packet followed packet
+    };
+
+    static void takeTime(Stream& stream, std::optional<double> time);
     void takeFrame(const Packet& packet);
     void closeRun();
 
@@ -45,7 +53,7 @@ class FrameCounter {
     bool mayJump_;  // may times jump ahead where recordings were joined?
     int frames_ = 0, timedFrames_ = 0, untimed_ = 0, lastKeyframe_ = 0, interval_ = 0;
     double lastEnd_ = 0;
-    std::vector<bool> streamsSeen_;
+    std::vector<Stream> streams_;  // by their numbers
     std::optional<Run> run_;
     double seconds_ = 0;                // of all closed runs
     std::vector<double> keyframes_;     // of all closed runs, from the first frame

@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <exception>
+#include <filesystem>
 #include <optional>
 
 #include "disc/command_line.h"
@@ -9,6 +10,7 @@
 #include "disc/disc_maker.h"
 #include "system/log.h"
 #include "system/processes.h"
+#include "system/unicode.h"
 
 namespace {
 
@@ -33,7 +35,7 @@ void handleSignals() {
 }
 
 void complain(std::string_view why) {
-    tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", why));
+    tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", tkv::printable(why)));
 }
 
 }  // namespace
@@ -56,6 +58,8 @@ int main(int argc, char** argv) {
         // As the signal would have ended it, for a shell that wants to know.
         std::signal(endedBy, SIG_DFL);
         std::raise(endedBy);
+    } catch (const std::filesystem::filesystem_error& error) {
+        complain(fmt::format("{}: {}.", error.path1().string(), error.code().message()));
     } catch (const std::exception& error) {
         complain(error.what());
     }

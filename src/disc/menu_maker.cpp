@@ -24,6 +24,9 @@ namespace {
 constexpr double kDrawingWeight = 0.4 * kMenuWeight;
 constexpr double kEncodingWeight = kMenuWeight - kDrawingWeight;
 
+// With less than this many bytes the disk counts as full.
+constexpr std::uintmax_t kLeastSpace = 1 << 20;
+
 // How the composer tells the part of a page's frames that it has drawn.
 constexpr std::string_view kPercentLine = "pourcentage    : ";
 
@@ -38,11 +41,12 @@ std::string taskOf(const PageWork& work) {
 
 void expectDrawn(bool isDrawn, const PageWork& work) {
     if (areProgramsStopped()) throw Interrupted();
-    if (!isDrawn) {
-        throw DiscError(fmt::format(
-            "{} could not be drawn. The composer's last lines are in work/composer.log.",
-            taskOf(work)));
-    }
+    if (isDrawn) return;
+    std::error_code error;
+    const bool isFull = fs::space(".", error).available < kLeastSpace && !error;
+    throw DiscError(fmt::format(
+        "{} could not be drawn: {}.", taskOf(work),
+        isFull ? "the disk is full" : "the composer's last lines are in work/composer.log"));
 }
 
 std::string readText(const std::string& path) {
@@ -151,7 +155,7 @@ void MenuMaker::drawMaps(const PageWork& work, const std::string& folder) {
         expectDrawn(spu != std::string::npos && count(map, "<button ") == work.page->buttons.size(),
                     work);
         map.insert(spu + kSubpicture.size(), fmt::format("image=\"{}\" ", dot()));
-        std::ofstream(folder + name) << map;
+        writeText(folder + name, map);
     }
 }
 

@@ -29,7 +29,8 @@ int lockedMarker(const std::string& folder) {
     fs::create_directories(folder, error);
     if (error) throw DiscError(fmt::format("{} cannot be made: {}.", folder, error.message()));
     const std::string marker = fmt::format("{}/{}", folder, kMarker);
-    if (!fs::exists(marker) && !fs::is_empty(folder, error)) {
+    const bool isMarked = fs::exists(marker, error);
+    if (!isMarked && !error && !fs::is_empty(folder, error) && !error) {
         throw DiscError(fmt::format(
             "{} holds files of others, which are not to be mixed with a disc. Name another "
             "folder with -o.",
@@ -57,7 +58,7 @@ void OutputFolder::requireSpace(std::int64_t bytes) const {
     const auto figures = fileSystemOf(path_, error);
     if (!figures || bytes <= static_cast<std::int64_t>(figures->freeBytes)) return;
     throw DiscError(fmt::format(
-        "{} needs {:.1f} GB of free space, and there are {:.1f} GB. Make room, name a folder on "
+        "{} needs {:.2f} GB of free space, and there are {:.2f} GB. Make room, name a folder on "
         "another disk with -o, or do without the image: --no-image.",
         path_, static_cast<double>(bytes) / 1e9, static_cast<double>(figures->freeBytes) / 1e9));
 }

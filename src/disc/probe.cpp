@@ -65,6 +65,17 @@ std::string stampOf(const std::vector<std::string>& sources) {
     return text;
 }
 
+// The files of a title, whose names ffmpeg is given with bars between.
+const std::vector<std::string>& readable(const std::vector<std::string>& title) {
+    if (title.size() > 1 && title.front().find('|') != std::string::npos) {
+        throw DiscError(
+            fmt::format("{} cannot be read, since a folder's name holds a '|'. Rename "
+                        "it.",
+                        title.front()));
+    }
+    return title;
+}
+
 // Runs ffprobe on a film; throws, with ffprobe's last words, when it cannot read it.
 void askFfprobe(const Film& film, const std::vector<std::string>& questions,
                 const std::function<void(std::string_view)>& onLine) {
@@ -129,7 +140,7 @@ std::vector<std::string> sourcesOf(const std::string& path) {
     if (!fs::exists(status)) throw DiscError(fmt::format("{}: there is no such film.", path));
     if (fs::is_directory(status)) {
         std::vector<std::string> title = largestTitle(absolute);
-        if (!title.empty()) return title;
+        if (!title.empty()) return readable(title);
         throw DiscError(
             fmt::format("{} is a folder without a DVD's films (VTS_01_1.VOB and so "
                         "on). Name the films in it.",
@@ -141,7 +152,7 @@ std::vector<std::string> sourcesOf(const std::string& path) {
     std::smatch parts;
     const std::string name = absolute.filename();
     if (std::regex_match(name, parts, titleVobName()) && parts[2] == "1")
-        return titlesOf(absolute.parent_path())[parts[1]];
+        return readable(titlesOf(absolute.parent_path())[parts[1]]);
     return {absolute};
 }
 

@@ -24,7 +24,7 @@ void write(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stderr);
 }
 
-std::size_t terminalWidth() {
+int terminalWidth() {
     winsize size{};
     const bool isKnown = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
     return isKnown ? size.ws_col : 80;
@@ -51,7 +51,7 @@ Progress::Style Progress::suitableStyle() {
 void Progress::say(std::string_view line) {
     if (style_ == Style::quiet) return;
     const std::lock_guard lock(mutex_);
-    write(fmt::format("{}{}\n", style_ == Style::terminal ? "\r\033[K" : "", line));
+    write(fmt::format("{}{}\n", style_ == Style::terminal ? "\r\033[K" : "", printable(line)));
 }
 
 void Progress::clear() {
@@ -78,11 +78,11 @@ void Progress::show(const std::string& what, bool isNew) {
     const auto now = Clock::now();
     const auto since = now - shown_;
     if (style_ == Style::terminal && (isNew || since >= kTerminalInterval)) {
-        const std::string line = validUtf8(fmt::format("{}  {}", howFar(), what));
-        write(fmt::format("\r\033[K{}", firstCharacters(line, terminalWidth() - 1)));
+        const std::string line = printable(fmt::format("{}  {}", howFar(), what));
+        write(fmt::format("\r\033[K{}", firstColumns(line, terminalWidth() - 1)));
         shown_ = now;
     } else if (style_ == Style::plain && (isNew || since >= kPlainInterval)) {
-        write(fmt::format("{}  {}\n", howFar(), what));
+        write(fmt::format("{}  {}\n", howFar(), printable(what)));
         shown_ = now;
     }
 }

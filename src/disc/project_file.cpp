@@ -99,8 +99,11 @@ class Reader {
         const toml::table* table = node.as_table();
         if (table == nullptr) refuse(node, "labels", "a [labels] line above them");
         refuseOthers(*table, [](std::string_view key) { return labelNamed(key) != nullptr; });
-        for (const auto& [key, text] : *table)
-            labels.*labelNamed(key.str()) = textIn(text, key.str(), "a text");
+        for (const auto& [key, text] : *table) {
+            std::string& label = labels.*labelNamed(key.str());
+            label = textIn(text, key.str(), "a text");
+            if (label.empty()) refuse(text, key.str(), "a text");
+        }
     }
 
     void readFilms(const toml::node& node, std::vector<FilmRequest>& films) const {

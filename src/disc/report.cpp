@@ -31,7 +31,8 @@ std::string gigabytes(std::int64_t bytes) {
     return fmt::format("{:.2f} GB", static_cast<double>(bytes) / 1e9);
 }
 
-// A path as one word of a shell's command.
+}  // namespace
+
 std::string shellWord(const std::string& path) {
     constexpr std::string_view kPlain =
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,:@";
@@ -46,6 +47,8 @@ std::string shellWord(const std::string& path) {
     }
     return word + "'";
 }
+
+namespace {
 
 std::string filmLine(const Film& film, const TitleSet& set, Standard standard) {
     const VideoTrack& video = film.video;
@@ -84,8 +87,10 @@ std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
                     counted(plan.sets.size(), "film"), counted(menus, "menu page"),
                     gigabytes(bytes))};
     if (options.makesImage) lines.emplace_back("  disc.iso    the same as a disc image");
-    lines.emplace_back("  menus/      pictures of the menus");
+    if (menus > 0) lines.emplace_back("  menus/      pictures of the menus");
     lines.emplace_back("  jacket.jpg  for the case");
+    if (bytes > capacityOf(options.project.size))
+        lines.emplace_back("It is too large for the blank disc that was asked for.");
     lines.push_back(fmt::format("Play it:  vlc {}", shellWord("dvd://" + disc)));
     lines.push_back(fmt::format("Burn it:  growisofs -dvd-compat -Z /dev/sr0{}{}",
                                 options.makesImage ? "=" : " -dvd-video ", shellWord(disc)));

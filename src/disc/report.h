@@ -23,6 +23,9 @@ std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
 /// The same of a run that has only drawn menus.
 std::vector<std::string> previewLines(const Options& options, std::size_t menus);
 
+/// A path as one word of a shell's command.
+std::string shellWord(const std::string& path);
+
 /// The jacket's line of text: how long the films are, in the language of the labels.
 std::string jacketLine(const Project& project, const DiscPlan& plan);
 

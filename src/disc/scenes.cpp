@@ -4,8 +4,11 @@
 
 #include <array>
 #include <cmath>
+#include <optional>
 
+#include "disc/disc_error.h"
 #include "disc/film_encoding.h"
+#include "disc/names.h"
 #include "disc/tools.h"
 #include "graphics/formats.h"
 
@@ -26,13 +29,11 @@ double brightness(std::uint32_t pixel) {
 }
 
 // How much is to be seen in the middle of a picture, where no bars are even beside an upright film.
-double contrastOf(const std::string& path) {
-    const std::optional<Bitmap> picture = decodePicture(path);
-    if (!picture) return 0;
+double contrastOf(const Bitmap& picture) {
     double sum = 0, squares = 0, count = 0;
-    for (int y = picture->height() / 4; y < picture->height() * 3 / 4; ++y) {
-        for (int x = picture->width() * 3 / 8; x < picture->width() * 5 / 8; ++x) {
-            const double value = brightness(picture->row(y)[x]);
+    for (int y = picture.height() / 4; y < picture.height() * 3 / 4; ++y) {
+        for (int x = picture.width() * 3 / 8; x < picture.width() * 5 / 8; ++x) {
+            const double value = brightness(picture.row(y)[x]);
             sum += value;
             squares += value * value;
             ++count;
@@ -43,30 +44,49 @@ double contrastOf(const std::string& path) {
     return std::sqrt(std::max(0.0, squares / count - mean * mean));
 }
 
+// A picture of the film, by its name in the workshop, and how much is to be seen on it; none when
+// the file ends before, or the disk is full.
+struct Taken {
+    std::string name;
+    double contrast = 0;
+};
+
+std::optional<Taken> takePicture(const Film& film, double seconds, PixelSize size,
+                                 Workshop& workshop) {
+    std::vector<std::string> inputs = pictureCommand(film, seconds, size, "");
+    inputs.push_back(film.stamp);
+    const std::string name = Workshop::nameOf("picture", ".jpg", inputs);
+    const bool isNew = !workshop.has(name);
+    const std::string path = isNew ? Workshop::unfinished(name) : name;
+    if (isNew) {
+        runTool({pictureCommand(film, seconds, size, path), "", "", {}, {}},
+                fmt::format("No picture of {} could be taken", film.path));
+    }
+    const std::optional<Bitmap> picture = decodePicture(path);
+    if (!picture) return std::nullopt;
+    if (isNew) workshop.finish(name);
+    return Taken{name, contrastOf(*picture)};
+}
+
 }  // namespace
 
 Scene findScene(const Film& film, const Excerpt& excerpt, PixelSize size, Workshop& workshop) {
     Scene best;
     double bestContrast = -1;
+    const double span = std::max(0.0, excerpt.until - excerpt.from);
     for (const double place : kPlaces) {
-        const double span = std::max(0.0, excerpt.until - excerpt.from);
         const double seconds = excerpt.from + place * span;
-        const auto command = [&](const std::string& output) {
-            return pictureCommand(film, seconds, size, output);
-        };
-        std::vector<std::string> inputs = command("");
-        inputs.push_back(film.stamp);
-        const std::string picture = workshop.result(
-            Workshop::nameOf("picture", ".jpg", inputs), [&](const std::string& path) {
-                runTool({command(path), "", "", {}, {}},
-                        fmt::format("No picture of {} could be taken", film.path));
-            });
-        const double contrast = contrastOf(picture);
-        if (contrast > bestContrast) {
-            bestContrast = contrast;
-            best = {seconds, picture};
+        const std::optional<Taken> taken = takePicture(film, seconds, size, workshop);
+        if (taken && taken->contrast > bestContrast) {
+            bestContrast = taken->contrast;
+            best = {seconds, taken->name};
         }
-        if (contrast >= kEnough || span == 0) break;
+        if (bestContrast >= kEnough || span == 0) break;
+    }
+    if (best.picture.empty()) {
+        throw DiscError(fmt::format(
+            "No picture of {} could be taken at {}. Is the disk full, or the film damaged?",
+            film.path, timeText(excerpt.from)));
     }
     return best;
 }

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <fstream>
 #include <sstream>
 
 #include "disc/disc_error.h"
@@ -100,6 +101,14 @@ int runEncoder(const std::vector<std::string>& command, std::string_view task,
     };
     runTool(std::move(program), task);
     return frames;
+}
+
+void writeText(const std::string& path, std::string_view text) {
+    errno = 0;
+    std::ofstream file(path);
+    file << text << std::flush;
+    if (!file)
+        throw DiscError(fmt::format("{} cannot be written: {}.", path, std::strerror(errno)));
 }
 
 std::string lastWords(std::string_view lines) {

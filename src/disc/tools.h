@@ -26,6 +26,9 @@ std::string runTool(Program program, std::string_view task);
 int runEncoder(const std::vector<std::string>& command, std::string_view task,
                const std::function<void(double seconds)>& onSeconds = {});
 
+/// Writes a text file; throws DiscError when it could not be written whole.
+void writeText(const std::string& path, std::string_view text);
+
 /// The cause that the last of a program's lines tells, as the end of a sentence: without the names
 /// of files and parts of the program before it.
 std::string lastWords(std::string_view lines);

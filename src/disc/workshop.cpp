@@ -13,6 +13,9 @@ namespace {
 
 constexpr const char* kUnfinished = "unfinished";
 
+// To be changed when the program makes something else of the same inputs.
+constexpr const char* kRecipe = "1";
+
 // FNV-1a with 64 bits, as its authors give it. Each word ends with a byte that no word holds.
 std::uint64_t hashOf(const std::vector<std::string>& words) {
     std::uint64_t hash = 0xcbf29ce484222325U;
@@ -41,7 +44,9 @@ Workshop::~Workshop() {
 
 std::string Workshop::nameOf(std::string_view kind, std::string_view extension,
                              const std::vector<std::string>& inputs) {
-    return fmt::format("{}-{:016x}{}", kind, hashOf(inputs), extension);
+    std::vector<std::string> words = inputs;
+    words.emplace_back(kRecipe);
+    return fmt::format("{}-{:016x}{}", kind, hashOf(words), extension);
 }
 
 bool Workshop::has(const std::string& name) {
@@ -67,6 +72,19 @@ void Workshop::finish(const std::string& name) {
     fs::rename(unfinished(name), name);
     const std::lock_guard lock(mutex_);
     used_.insert(name);
+}
+
+Workshop::Turn::Turn(Workshop& workshop, const std::string& name)
+    : workshop_(workshop), name_(name) {
+    std::unique_lock lock(workshop_.mutex_);
+    workshop_.changed_.wait(lock, [&] { return !workshop_.turns_.contains(name_); });
+    workshop_.turns_.insert(name_);
+}
+
+Workshop::Turn::~Turn() {
+    const std::lock_guard lock(workshop_.mutex_);
+    workshop_.turns_.erase(name_);
+    workshop_.changed_.notify_all();
 }
 
 void Workshop::removeUnused() const {

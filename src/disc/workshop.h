@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <functional>
 #include <mutex>
 #include <set>
@@ -38,11 +39,26 @@ class Workshop {
     /// Gives what was written to unfinished(name) its name.
     void finish(const std::string& name);
 
+    /// While it lives, no other thread has a turn of the same name: results that are made from one
+    /// source are made by one thread, and the other finds them.
+    class Turn {
+      public:
+        Turn(Workshop& workshop, const std::string& name);
+        ~Turn();
+        Turn(Turn&&) = delete;
+
+      private:
+        Workshop& workshop_;
+        std::string name_;
+    };
+
     /// Removes all results that this run has not asked for.
     void removeUnused() const;
 
   private:
     std::mutex mutex_;
+    std::condition_variable changed_;
+    std::set<std::string> turns_;
     std::set<std::string> used_;
 };
 

@@ -109,6 +109,25 @@ std::string_view firstCharacters(std::string_view text, std::size_t count) {
     return text.substr(0, end);
 }
 
+std::string printable(std::string_view text) {
+    icu::UnicodeString line = decoded(text);
+    for (std::int32_t i = 0; i < line.length(); ++i) {
+        if (u_iscntrl(line.charAt(i)) != 0) line.setCharAt(i, 0xFFFD);
+    }
+    return encoded(line);
+}
+
+std::string firstColumns(std::string_view text, int columns) {
+    const icu::UnicodeString line = decoded(text);
+    std::int32_t end = 0;
+    for (; end < line.length(); end = line.moveIndex32(end, 1)) {
+        const int width = u_getIntPropertyValue(line.char32At(end), UCHAR_EAST_ASIAN_WIDTH);
+        columns -= width == U_EA_WIDE || width == U_EA_FULLWIDTH ? 2 : 1;
+        if (columns < 0) break;
+    }
+    return encoded(line.tempSubString(0, end));
+}
+
 std::string upperCased(std::string_view text) {
     return upperCased(decoded(text), icu::Locale::getRoot());
 }

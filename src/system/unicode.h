@@ -21,6 +21,13 @@ std::size_t characterCount(std::string_view text);
 /// The first `count` characters of a valid UTF-8 text.
 std::string_view firstCharacters(std::string_view text, std::size_t count);
 
+/// The text as valid UTF-8 for a line of a terminal: control characters are replaced by U+FFFD.
+std::string printable(std::string_view text);
+
+/// The beginning of a printable text that a terminal shows in `columns` columns; of East Asian
+/// scripts most characters take two.
+std::string firstColumns(std::string_view text, int columns);
+
 /// Upper case by Unicode's full rules in no language's own way: "straße" gives "STRASSE", and "i"
 /// gives "I" for a Turkish user too. Georgian keeps its everyday letters.
 /// The text may be any bytes; the answer is valid UTF-8.
