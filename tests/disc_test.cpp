@@ -177,13 +177,24 @@ TEST_F(Films, AreNotMadeTwice) {
 }
 
 TEST_F(Films, JustPlayWithoutAMenu) {
-    ASSERT_TRUE(makeDisc("--no-menu -o plays ready.vob chap*.mp4").ends_with("status 0\n"));
+    ASSERT_TRUE(
+        makeDisc("--no-menu -o plays ready.vob chap*.mp4 chap*.mp4").ends_with("status 0\n"))
+        << "one of them twice";
     Player player(file("plays/disc"));
     EXPECT_EQ(player.place(), "film 1");
     EXPECT_EQ(player.leave(), "film 2");
     EXPECT_EQ(player.press(DVD_MENU_Title), "film 1");
     EXPECT_EQ(player.leave(), "film 2");
+    EXPECT_EQ(player.leave(), "film 3");
     EXPECT_EQ(player.leave(), "") << "the disc's end";
+}
+
+TEST_F(Films, KeepTheirChaptersWhereTheSoundEndsEarly) {
+    make("-f lavfi -i testsrc2=s=320x180:r=25:d=40 -f lavfi -i sine=r=48000:d=2", "short.mkv");
+    ASSERT_TRUE(makeDisc("--no-menu --no-image --chapters every=5s -o short short.mkv")
+                    .ends_with("status 0\n"));
+    const std::string listing = run("lsdvd -c " + file("short/disc"));
+    EXPECT_NE(listing.find("Chapters: 08,"), std::string::npos) << listing;
 }
 
 /// What can go wrong while a disc is made. Nothing of a disc is left where one is not whole.
@@ -210,6 +221,7 @@ TEST_F(Films, EndWithAReason) {
         {"ulimit -f 100; trap '' XFSZ; ", "-o faults chap*.mp4", "File too large"},
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec /usr/bin/ffmpeg \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},
+        {faked("ffmpeg", "exit 0"), "-o faults ready.vob", "ready.vob could be taken at"},
         {faked("spumux", "echo 'ERR:  Bad things: no room.' >&2; cat"), "-o faults ready.vob",
          "could not be given buttons: no room"},
         {faked("dvdauthor", "exit 3"), "--no-menu -o faults ready.vob",

@@ -23,9 +23,9 @@ struct AudioTrack {
     int channels = 0;
     int sampleRate = 0;           ///< hertz
     std::int64_t bitRate = 0;     ///< bits a second; 0 when the file does not tell
-    bool isWhole = true;          ///< Is it there all the time? False only once frames are counted.
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     int index = 0;                ///< among all streams of the sources
+    bool isWhole = true;          ///< Is it there all the time? False only once frames are counted.
 };
 
 struct VideoTrack {
