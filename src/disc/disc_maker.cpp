@@ -59,17 +59,9 @@ std::string stampOf(const std::string& path) {
 void requireSound(const std::string& path) {
     bool hasSound = false;
     Program program;
-    program.command = {"ffprobe",
-                       "-v",
-                       "error",
-                       "-select_streams",
-                       "a:0",
-                       "-show_entries",
-                       "stream=codec_name",
-                       "-of",
-                       "csv=p=0",
-                       "-i",
-                       inputName({path})};
+    program.command = {"ffprobe", "-v", "error", "-select_streams", "a:0"};
+    program.command.insert(program.command.end(), {"-show_entries", "stream=codec_name", "-of",
+                                                   "csv=p=0", "-i", inputName({path})});
     program.onOutput = [&](std::string_view) { hasSound = true; };
     runTool(std::move(program), fmt::format("{} cannot be heard in the menus", path));
     if (!hasSound)
@@ -153,29 +145,34 @@ class DiscMaker {
         MenuMaker menus(menuSetting(), workshop_, progress_);
         Lanes lanes(films_.size(), [&](std::size_t film) { return maker.make(film); });
         try {
-            pieces_.films.resize(films_.size());
-            std::vector<std::string> clips(pages_.size());
-            const std::string pictures = newFolder("menus");
-            for (const std::size_t page : pagesByLastFilm()) {
-                const PageWork& work = pages_[page];
-                for (const Excerpt& excerpt : work.page->excerpts)
-                    lanes.wait(excerpt.film);
-                clips[page] = menus.make(work);
-                menus.drawPreview(work, work.excerpts,
-                                  fmt::format("{}/{}.jpg", pictures, work.name));
-            }
-            menus.finish();
+            sortClips(makeMenus(menus, lanes));
             for (std::size_t film = 0; film < films_.size(); ++film)
-                pieces_.films[film] = lanes.wait(film);
-            sortClips(clips);
-            const std::string jacket = Workshop::unfinished("jacket.jpg");
-            menus.drawJacket(plan_.title, jacketLine(project_, plan_), jacketBackground(), jacket);
-            if (!pages_.empty()) folder_.put(pictures, "menus");
-            folder_.put(jacket, "jacket.jpg");
+                pieces_.films.push_back(lanes.wait(film));
         } catch (const Interrupted&) {
+            // Another film's fault may have stopped this one.
             lanes.rethrow();
             throw;
         }
+        const std::string jacket = Workshop::unfinished("jacket.jpg");
+        menus.drawJacket(plan_.title, jacketLine(project_, plan_), jacketBackground(), jacket);
+        folder_.put(jacket, "jacket.jpg");
+    }
+
+    // Each menu's film, in the order of the pages.
+    std::vector<std::string> makeMenus(MenuMaker& menus, Lanes& lanes) {
+        std::vector<std::string> clips(pages_.size());
+        if (pages_.empty()) return clips;
+        const std::string pictures = newFolder("menus");
+        for (const std::size_t page : pagesByLastFilm()) {
+            const PageWork& work = pages_[page];
+            for (const Excerpt& excerpt : work.page->excerpts)
+                lanes.wait(excerpt.film);
+            clips[page] = menus.make(work);
+            menus.drawPreview(work, work.excerpts, fmt::format("{}/{}.jpg", pictures, work.name));
+        }
+        menus.finish();
+        folder_.put(pictures, "menus");
+        return clips;
     }
 
     void author() {
