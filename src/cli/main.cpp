@@ -6,6 +6,7 @@
 #include "composer/dvd_menu_picture.h"
 #include "system/log.h"
 #include "system/processes.h"
+#include "system/signals.h"
 #include "system/unfinished_file.h"
 
 namespace {
@@ -16,25 +17,12 @@ void endBySignal(int signal) {
     raise(signal);  // Its default is back, and takes effect once this returns.
 }
 
-void handleSignals() {
-    // A host that no longer reads the lines still wants the page.
-    std::signal(SIGPIPE, SIG_IGN);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        struct sigaction action {};
-        sigaction(signal, nullptr, &action);
-        if (action.sa_handler == SIG_IGN) continue;
-        action = {};
-        action.sa_handler = endBySignal;
-        action.sa_flags = static_cast<int>(SA_RESETHAND);
-        sigaction(signal, &action, nullptr);
-    }
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
     tkv::openStandardStreams();
-    handleSignals();
+    // A host that no longer reads the lines still wants the page, so SIGPIPE does not end the run.
+    tkv::handleEndingSignals(endBySignal, static_cast<int>(SA_RESETHAND));
     try {
         // A caller may pass not even the program's name.
         return tkv::runFrontEnd({argv + (argc > 0 ? 1 : 0), argv + argc}, tkv::dvdMenuPicture);

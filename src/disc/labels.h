@@ -12,7 +12,7 @@ struct Labels {
     std::string playAll, playFilm;
     std::string previous, next;
     std::string menu;      ///< leads from a chapter menu or a further page back to the films
-    std::string chapters;  ///< heads a chapter menu, and leads to that of an only film
+    std::string chapters;  ///< leads to the chapter menu of an only film
     std::string chapter;   ///< a chapter without a name; its number is put in at "{}"
     std::string minutes;   ///< the jacket's line, with the playing time at "{}"
     bool operator==(const Labels&) const = default;

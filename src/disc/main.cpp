@@ -10,6 +10,7 @@
 #include "disc/disc_maker.h"
 #include "system/log.h"
 #include "system/processes.h"
+#include "system/signals.h"
 #include "system/unicode.h"
 
 namespace {
@@ -22,18 +23,6 @@ void stopBySignal(int signal) {
     tkv::stopPrograms();
 }
 
-void handleSignals() {
-    std::signal(SIGPIPE, SIG_IGN);
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-        struct sigaction action {};
-        sigaction(signal, nullptr, &action);
-        if (action.sa_handler == SIG_IGN) continue;
-        action = {};
-        action.sa_handler = stopBySignal;
-        sigaction(signal, &action, nullptr);
-    }
-}
-
 void complain(std::string_view why) {
     tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", tkv::printable(why)));
 }
@@ -42,7 +31,7 @@ void complain(std::string_view why) {
 
 int main(int argc, char** argv) {
     tkv::openStandardStreams();
-    handleSignals();
+    tkv::handleEndingSignals(stopBySignal, 0);
     try {
         int status = 0;
         const std::optional<tkv::disc::Options> options =

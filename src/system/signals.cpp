@@ -1,0 +1,21 @@
+#include "system/signals.h"
+
+#include <csignal>
+#include <initializer_list>
+
+namespace tkv {
+
+void handleEndingSignals(void (*handler)(int signal), int flags) {
+    std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        struct sigaction action {};
+        sigaction(signal, nullptr, &action);
+        if (action.sa_handler == SIG_IGN) continue;
+        action = {};
+        action.sa_handler = handler;
+        action.sa_flags = flags;
+        sigaction(signal, &action, nullptr);
+    }
+}
+
+}  // namespace tkv
