@@ -170,8 +170,8 @@ TEST_F(Films, AreNotMadeTwice) {
     const std::string film = run("cd " + folder_->path() + "; ls --full-time again/work/film-*");
     const std::string said = disc("--title Other");
     EXPECT_EQ(run("cd " + folder_->path() + "; ls --full-time again/work/film-*"), film);
-    EXPECT_NE(said.find("Encoding the menu films-1"), std::string::npos) << said;
-    EXPECT_EQ(said.find("Encoding the menu film-2"), std::string::npos) << said;
+    EXPECT_NE(said.find("Making the menu films-1"), std::string::npos) << said;
+    EXPECT_EQ(said.find("Making the menu film-2"), std::string::npos) << said;
     EXPECT_TRUE(disc("--clean --title Other").ends_with("status 0\n"));
     EXPECT_EQ(namesIn(file("again")), (Strings{".tkvDvdDisc", "disc", "jacket.jpg", "menus"}));
 }
@@ -222,6 +222,10 @@ TEST_F(Films, EndWithAReason) {
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec /usr/bin/ffmpeg \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},
         {faked("ffmpeg", "exit 0"), "-o faults ready.vob", "ready.vob could be taken at"},
+        {faked("ffmpeg",
+               "case \"$*\" in *pipe:0*) head -c 9000000 | wc -c >&2; exit 1;; esac\n"
+               "exec /usr/bin/ffmpeg \"$@\""),
+         "-o faults ready.vob", "The menu films-1 could not be encoded: 9000000"},
         {faked("spumux", "echo 'ERR:  Bad things: no room.' >&2; cat"), "-o faults ready.vob",
          "could not be given buttons: no room"},
         {faked("dvdauthor", "exit 3"), "--no-menu -o faults ready.vob",

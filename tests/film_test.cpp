@@ -44,7 +44,7 @@ void runQuietly(const std::vector<std::string>& command) {
     Program program;
     program.command = command;
     program.onError = [&](std::string_view line) { errors.emplace_back(line); };
-    const ProgramEnd end = runProgram(program);
+    const ProgramEnd end = runProgram(std::move(program));
     EXPECT_EQ(end.how, ProgramEnd::How::exited);
     EXPECT_EQ(end.status, 0) << fmt::format("{}", fmt::join(errors, "\n"));
 }

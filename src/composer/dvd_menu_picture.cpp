@@ -21,9 +21,8 @@ void logRequest(const MenuRequest& request) {
             describe(request.thumbs), describe(request.captions), request.output, request.isPal);
 }
 
-}  // namespace
-
-bool dvdMenuPicture(const MenuRequest& given) {
+// The request with its paths resolved.
+MenuRequest begin(const MenuRequest& given) {
     logLine("dvdMenuPicture       : deb");
     if (isVerbose()) logRequest(given);
     MenuRequest request = given;
@@ -32,6 +31,13 @@ bool dvdMenuPicture(const MenuRequest& given) {
     if (request.thumbs && request.mode != MenuMode::overlay) {
         request.thumbs = resolveThumbnails(*request.thumbs);
     }
+    return request;
+}
+
+}  // namespace
+
+bool dvdMenuPicture(const MenuRequest& given) {
+    const MenuRequest request = begin(given);
     switch (request.mode) {
         case MenuMode::preview:
             return writePreview(request, prepareBackground(request));
@@ -46,6 +52,13 @@ bool dvdMenuPicture(const MenuRequest& given) {
             return writeOverlay(request);
     }
     return false;
+}
+
+bool drawMenuFrames(const MenuRequest& given, const FrameTaker& take) {
+    MenuRequest request = given;
+    request.mode = MenuMode::definitive;
+    request = begin(request);
+    return drawFrames(request, prepareBackground(request), take);
 }
 
 }  // namespace tkv

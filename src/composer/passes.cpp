@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <ctime>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -43,6 +44,22 @@ void endPass(const MenuRequest& request, const Pass& pass) {
     logLine("dstPathStr post-nav : {}", request.output);
 }
 
+// Composes the page of each pass of an animated menu, until `take` answers false.
+bool composeFrames(const MenuRequest& request, const Background& background,
+                   const std::function<bool(const Page& page, int number)>& take) {
+    PageComposer composer(request, background);
+    const int passes = passCount(request.isPal);
+    for (int number = 0; number < passes; ++number) {
+        startPass(number, passes);
+        const std::optional<Pass> pass = composer.composePass(number);
+        if (!pass) return false;
+        endPass(request, *pass);
+        if (!take(pass->page, number)) return false;
+    }
+    writeProgress(100);
+    return true;
+}
+
 bool writePicture(PageRenderer& renderer, const Page& page, const std::string& path, PixelSize size,
                   float quality) {
     const std::optional<Bitmap> canvas = renderer.render(page);
@@ -68,21 +85,22 @@ bool writePreview(const MenuRequest& request, const Background& background) {
 bool writeFrames(const MenuRequest& request, const Background& background, EqualPages equalPages) {
     if (fileExists(request.output) && !folderExists(request.output)) rmCocoa(request.output);
     mkdirCocoa(request.output);
-    PageComposer composer(request, background);
     PageRenderer renderer;
     FrameWriter writer(request.output, equalPages, [&](const Page& page, const std::string& path) {
         return writePicture(renderer, page, path, {kPageWidth, kPageHeight}, kDefaultQuality);
     });
-    const int passes = passCount(request.isPal);
-    for (int number = 0; number < passes; ++number) {
-        startPass(number, passes);
-        const std::optional<Pass> pass = composer.composePass(number);
-        if (!pass) return false;
-        endPass(request, *pass);
-        writer.write(pass->page, number);
-    }
-    writeProgress(100);
-    return true;
+    return composeFrames(request, background, [&](const Page& page, int number) {
+        writer.write(page, number);
+        return true;
+    });
+}
+
+bool drawFrames(const MenuRequest& request, const Background& background, const FrameTaker& take) {
+    PageRenderer renderer;
+    return composeFrames(request, background, [&](const Page& page, int) {
+        const std::optional<Bitmap> canvas = renderer.render(page);
+        return canvas && take(*canvas);
+    });
 }
 
 bool writeOverlay(const MenuRequest& request) {

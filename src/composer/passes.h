@@ -1,6 +1,7 @@
 #pragma once
 
 #include "composer/background.h"
+#include "composer/dvd_menu_picture.h"
 #include "composer/frame_writer.h"
 #include "composer/menu_request.h"
 
@@ -14,6 +15,9 @@ bool writePreview(const MenuRequest& request, const Background& background);
 
 /// The folder of numbered frames at the output path, one for each pass.
 bool writeFrames(const MenuRequest& request, const Background& background, EqualPages equalPages);
+
+/// The same pages as bitmaps, without a file; also false when `take` has answered false.
+bool drawFrames(const MenuRequest& request, const Background& background, const FrameTaker& take);
 
 /// The button maps and the highlight and select pictures beside the output path, which itself is
 /// only written while verbose: a picture of the buttons' areas.

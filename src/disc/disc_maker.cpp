@@ -38,7 +38,7 @@ constexpr PixelSize kPage{kPageWidth, kPageHeight};
 // A page as a wide display shows it, in square pixels.
 constexpr PixelSize kWidePage{960, 540};
 
-// Of the frames of an excerpt, and of those of the pages that are drawn and encoded meanwhile.
+// Of the frames of an excerpt, and of what two menus are made of.
 constexpr std::int64_t kExcerptBytes = 10 << 20;
 constexpr std::int64_t kPageBytes = 200 << 20;
 
@@ -269,10 +269,11 @@ class DiscMaker {
     std::string blurredBackground() {
         const std::string scene =
             findScene(films_.front(), excerptOfFirstFilm(), kPage, workshop_).picture;
+        const double aspect = films_.front().video.aspect;
         return workshop_.result(
-            Workshop::nameOf("background", ".jpg", backgroundCommand(scene, kPage, "")),
+            Workshop::nameOf("background", ".jpg", backgroundCommand(scene, aspect, kPage, "")),
             [&](const std::string& path) {
-                runTool({backgroundCommand(scene, kPage, path), "", "", {}, {}},
+                runTool({backgroundCommand(scene, aspect, kPage, path), "", "", {}, {}},
                         "The menus' background could not be made");
             });
     }

@@ -9,7 +9,7 @@ namespace tkv::disc {
 
 namespace {
 
-constexpr double kWideAspect = 16.0 / 9, kNarrowAspect = 4.0 / 3;
+constexpr double kNarrowAspect = 4.0 / 3;
 
 bool isRgb(const VideoTrack& video) {
     return video.matrix == "gbr" || video.pixelFormat == "pal8" ||

@@ -9,6 +9,9 @@
 
 namespace tkv::disc {
 
+/// Width to height of a wide display.
+inline constexpr double kWideAspect = 16.0 / 9;
+
 /// What a standard makes of a film's motion.
 struct Motion {
     double speed = 1;       ///< the disc's film plays this much faster, its sound too

@@ -2,13 +2,21 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+#include <bit>
+
+#include "composer/page_geometry.h"
 #include "disc/budget.h"
+#include "disc/film_picture.h"
 
 namespace tkv::disc {
 
 namespace {
 
 constexpr double kFadeSeconds = 2;
+
+// How ffmpeg names a bitmap's pixels.
+constexpr const char* kPixelFormat = std::endian::native == std::endian::little ? "bgr0" : "0rgb";
 
 const std::vector<std::string> kBegin{"ffmpeg", "-nostdin", "-y", "-v", "error", "-nostats"};
 
@@ -18,14 +26,16 @@ void append(std::vector<std::string>& words, const std::vector<std::string>& mor
 
 }  // namespace
 
-std::vector<std::string> menuClipCommand(const std::string& folder, const MenuSound& sound,
-                                         Standard standard, int rate, const std::string& output) {
+std::vector<std::string> menuClipCommand(const MenuSound& sound, Standard standard, int rate,
+                                         const std::string& output) {
     const StandardFacts facts = factsOf(standard);
     const std::string frameRate =
         fmt::format("{}/{}", facts.frameRate.numerator, facts.frameRate.denominator);
     const double seconds = facts.menuSeconds();
     std::vector<std::string> words = kBegin;
-    append(words, {"-progress", "pipe:1", "-framerate", frameRate, "-i", folder + "/%03d.jpg"});
+    append(words, {"-progress", "pipe:1", "-f", "rawvideo", "-pixel_format", kPixelFormat});
+    append(words, {"-video_size", fmt::format("{}x{}", kPageWidth, kPageHeight), "-framerate",
+                   frameRate, "-i", "pipe:0"});
     if (sound.input.empty()) {
         append(words, {"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo"});
     } else {
@@ -39,9 +49,10 @@ std::vector<std::string> menuClipCommand(const std::string& folder, const MenuSo
     append(words, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
                                       "afade=t=out:st={1:.3f}:d={2}",
                                       seconds, seconds - kFadeSeconds, kFadeSeconds)});
+    // At this rate pictures between others gain nothing, and cost a fifth of the time.
     append(words, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
                    "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
-                   std::to_string(facts.keyframeInterval), "-bf", "2"});
+                   std::to_string(facts.keyframeInterval), "-bf", "0"});
     append(words,
            {"-c:a", "ac3", "-ar", "48000", "-ac", "2", "-b:a", fmt::format("{}k", kStereoRate)});
     append(words, {"-frames:v", std::to_string(facts.menuFrames), "-f", "dvd", "-muxrate",
@@ -49,12 +60,14 @@ std::vector<std::string> menuClipCommand(const std::string& folder, const MenuSo
     return words;
 }
 
-std::vector<std::string> backgroundCommand(const std::string& picture, PixelSize size,
+std::vector<std::string> backgroundCommand(const std::string& scene, double aspect, PixelSize size,
                                            const std::string& output) {
+    const double part = std::min(aspect / kWideAspect, kWideAspect / aspect);
     std::vector<std::string> words = kBegin;
-    append(words, {"-i", picture, "-vf",
-                   fmt::format("scale={}:{},gblur=sigma=10,eq=brightness=-0.06:saturation=0.8",
-                               size.width, size.height),
+    append(words, {"-i", scene, "-vf",
+                   fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"
+                               "eq=brightness=-0.06:saturation=0.8",
+                               part, size.width, size.height),
                    "-q:v", "2", output});
     return words;
 }

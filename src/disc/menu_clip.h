@@ -16,13 +16,14 @@ struct MenuSound {
     double from = 0;    ///< seconds
 };
 
-/// Makes the menu's film of its frames, "000.jpg" and so on in `folder`, and of its sound, which
-/// fades at the end. `rate`: of the picture, kb/s.
-std::vector<std::string> menuClipCommand(const std::string& folder, const MenuSound& sound,
-                                         Standard standard, int rate, const std::string& output);
+/// Makes the menu's film of the composer's frames, whose pixels it reads from its standard input,
+/// and of its sound, which fades at the end. `rate`: of the picture, kb/s.
+std::vector<std::string> menuClipCommand(const MenuSound& sound, Standard standard, int rate,
+                                         const std::string& output);
 
-/// Makes a quiet background of a picture: blurred and darkened.
-std::vector<std::string> backgroundCommand(const std::string& picture, PixelSize size,
+/// Makes a quiet background of a scene of a film, whose shape is `aspect`: blurred, darkened, and
+/// enlarged until nothing is seen of bars.
+std::vector<std::string> backgroundCommand(const std::string& scene, double aspect, PixelSize size,
                                            const std::string& output);
 
 /// Makes the picture that lies over the whole menu: nothing but a dot in a corner, next to

@@ -2,10 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <charconv>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <optional>
+#include <span>
 #include <sstream>
 #include <utility>
 
@@ -14,6 +15,7 @@
 #include "disc/disc_error.h"
 #include "disc/tools.h"
 #include "system/log.h"
+#include "system/pipe.h"
 
 namespace tkv::disc {
 
@@ -21,16 +23,13 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double kDrawingWeight = 0.4 * kMenuWeight;
-constexpr double kEncodingWeight = kMenuWeight - kDrawingWeight;
-
 // With less than this many bytes the disk counts as full.
 constexpr std::uintmax_t kLeastSpace = 1 << 20;
 
-// How the composer tells the part of a page's frames that it has drawn.
-constexpr std::string_view kPercentLine = "pourcentage    : ";
+// Less than a frame, but so much that the composer and the encoder seldom wait for each other.
+constexpr int kPipeBytes = 1 << 20;
 
-// Its button maps, and where one names the pictures of a subpicture.
+// The composer's button maps, and where one names the pictures of a subpicture.
 constexpr const char* kWideMap = "/menu_169.txt";
 constexpr const char* kPanScanMap = "/menu_43.txt";
 constexpr std::string_view kSubpicture = "<spu ";
@@ -69,14 +68,7 @@ MenuMaker::MenuMaker(MenuSetting setting, Workshop& workshop, Progress& progress
     const std::string name = "composer.log";
     const auto log = std::make_shared<std::ofstream>(name);
     workshop.has(name);
-    setLogSink([this, log](std::string_view text) {
-        *log << text << std::flush;
-        double percent = 0;
-        if (!text.starts_with(kPercentLine) || drawing_ == nullptr) return;
-        text.remove_prefix(kPercentLine.size());
-        if (std::from_chars(text.data(), text.data() + text.size(), percent).ec == std::errc())
-            drawing_->reach(percent / 100);
-    });
+    setLogSink([log](std::string_view text) { *log << text << std::flush; });
 }
 
 MenuMaker::~MenuMaker() {
@@ -91,7 +83,7 @@ std::string MenuMaker::make(const PageWork& work) {
     for (const Button& button : work.page->buttons)
         inputs.insert(inputs.end(), {button.name, button.text});
     for (const std::string& word :
-         menuClipCommand("", setting_.sound, setting_.standard, setting_.rate, ""))
+         menuClipCommand(setting_.sound, setting_.standard, setting_.rate, ""))
         inputs.push_back(word);
 
     std::string name = Workshop::nameOf("menu", ".mpg", inputs);
@@ -100,19 +92,22 @@ std::string MenuMaker::make(const PageWork& work) {
         return name;
     }
     const std::string path = Workshop::unfinished(name);
-    const std::string frames = path + "-frames", maps = path + "-maps", clip = path + "-clip.mpg";
-    drawFrames(work, frames);
+    const std::string maps = path + "-maps", clip = path + "-clip.mpg";
     drawMaps(work, maps);
-    // One at a time, so that no more than two menus' frames are on the disk.
-    finish();
-    finishing_ = std::async(std::launch::async, [this, &work, name, path, frames, maps, clip] {
-        encode(work, frames, clip);
-        fs::remove_all(frames);
-        addButtons(work, maps, clip, path);
-        fs::remove_all(maps);
-        fs::remove(clip);
-        workshop_.finish(name);
-    });
+    std::optional<Pipe> frames = makePipe(kPipeBytes);
+    if (!frames) throw DiscError(fmt::format("{}: too many open files.", taskOf(work)));
+    // The buttons of the menu before are added meanwhile.
+    std::future<void> before = std::exchange(
+        finishing_, std::async(std::launch::async, [this, &work, name, path, maps, clip,
+                                                    input = std::move(frames->readEnd)]() mutable {
+            encode(work, std::move(input), clip);
+            addButtons(work, maps, clip, path);
+            fs::remove_all(maps);
+            fs::remove(clip);
+            workshop_.finish(name);
+        }));
+    drawFrames(work, std::move(frames->writeEnd));
+    if (before.valid()) before.get();
     return name;
 }
 
@@ -120,23 +115,26 @@ void MenuMaker::finish() {
     if (finishing_.valid()) finishing_.get();
 }
 
-void MenuMaker::drawFrames(const PageWork& work, const std::string& folder) {
-    Progress::Task task(progress_, fmt::format("Drawing the menu {}", work.name), kDrawingWeight);
-    drawing_ = &task;
-    const bool isDrawn =
-        dvdMenuPicture(requestOf(work, work.excerpts, MenuMode::definitive, folder));
-    drawing_ = nullptr;
-    const auto frames = std::distance(fs::directory_iterator(folder), fs::directory_iterator());
-    expectDrawn(isDrawn && frames == factsOf(setting_.standard).menuFrames, work);
+// Hands each frame to the encoder as soon as it is drawn, and at last the end of them.
+void MenuMaker::drawFrames(const PageWork& work, Descriptor encoder) {
+    bool isTaken = true;
+    const MenuRequest request = requestOf(work, work.excerpts, MenuMode::definitive, "menu");
+    const bool isDrawn = drawMenuFrames(request, [&](const Bitmap& frame) {
+        const std::size_t bytes = frame.rowBytes() * static_cast<std::size_t>(frame.height());
+        isTaken = writeWhole(encoder, std::as_bytes(std::span(frame.row(0), bytes / 4)));
+        return isTaken;
+    });
+    if (!isTaken) finish();  // The encoder is gone, and says why.
+    expectDrawn(isDrawn, work);
 }
 
-void MenuMaker::encode(const PageWork& work, const std::string& frames, const std::string& clip) {
-    Progress::Task task(progress_, fmt::format("Encoding the menu {}", work.name), kEncodingWeight);
+void MenuMaker::encode(const PageWork& work, Descriptor frames, const std::string& clip) {
+    Progress::Task task(progress_, fmt::format("Making the menu {}", work.name), kMenuWeight);
     const StandardFacts facts = factsOf(setting_.standard);
-    const int written =
-        runEncoder(menuClipCommand(frames, setting_.sound, setting_.standard, setting_.rate, clip),
-                   fmt::format("{} could not be encoded", taskOf(work)),
-                   [&](double seconds) { task.reach(seconds / facts.menuSeconds()); });
+    const int written = runEncoder(
+        menuClipCommand(setting_.sound, setting_.standard, setting_.rate, clip),
+        fmt::format("{} could not be encoded", taskOf(work)),
+        [&](double seconds) { task.reach(seconds / facts.menuSeconds()); }, std::move(frames));
     if (written != facts.menuFrames) {
         throw DiscError(fmt::format("{} has {} frames instead of {}.", taskOf(work), written,
                                     facts.menuFrames));

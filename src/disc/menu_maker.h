@@ -11,6 +11,7 @@
 #include "disc/progress.h"
 #include "disc/project.h"
 #include "disc/workshop.h"
+#include "system/descriptor.h"
 
 namespace tkv::disc {
 
@@ -54,9 +55,9 @@ class MenuMaker {
   private:
     MenuRequest requestOf(const PageWork& work, const std::vector<std::string>& thumbnails,
                           MenuMode mode, const std::string& output) const;
-    void drawFrames(const PageWork& work, const std::string& folder);
+    void drawFrames(const PageWork& work, Descriptor encoder);
     void drawMaps(const PageWork& work, const std::string& folder);
-    void encode(const PageWork& work, const std::string& frames, const std::string& clip);
+    void encode(const PageWork& work, Descriptor frames, const std::string& clip);
     void addButtons(const PageWork& work, const std::string& maps, const std::string& clip,
                     const std::string& output);
     std::string dot();
@@ -64,7 +65,6 @@ class MenuMaker {
     MenuSetting setting_;
     Workshop& workshop_;
     Progress& progress_;
-    Progress::Task* drawing_ = nullptr;
     std::future<void> finishing_;  // the last menu that was drawn
 };
 

@@ -89,7 +89,7 @@ void askFfprobe(const Film& film, const std::vector<std::string>& questions,
     program.onError = [&](std::string_view line) {
         if (!line.empty()) words = line;
     };
-    const ProgramEnd end = runProgram(program);
+    const ProgramEnd end = runProgram(std::move(program));
     if (end.how == ProgramEnd::How::stopped) throw Interrupted{};
     if (end.how == ProgramEnd::How::notStarted) {
         throw DiscError("ffprobe cannot be started. Install the package ffmpeg.");

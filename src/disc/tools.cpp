@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <utility>
 
 #include "disc/disc_error.h"
 #include "system/paths.h"
@@ -74,9 +75,9 @@ std::string runTool(Program program, std::string_view task) {
         }
         if (!hasErrorLine || line.starts_with("ERR")) errors += fmt::format("{}\n", line);
     };
-    const ProgramEnd end = runProgram(program);
+    const std::string name = program.command.front();
+    const ProgramEnd end = runProgram(std::move(program));
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();
-    const std::string& name = program.command.front();
     if (end.how == ProgramEnd::How::notStarted && end.status == ENOENT) complainMissing(name);
     const std::string cause = complaint(end, name, errors, hasErrorLine);
     if (!cause.empty()) throw DiscError(fmt::format("{}: {}.", task, cause));
@@ -84,10 +85,11 @@ std::string runTool(Program program, std::string_view task) {
 }
 
 int runEncoder(const std::vector<std::string>& command, std::string_view task,
-               const std::function<void(double seconds)>& onSeconds) {
+               const std::function<void(double seconds)>& onSeconds, Descriptor input) {
     int frames = 0;
     Program program;
     program.command = command;
+    program.stream = std::move(input);
     program.onOutput = [&](std::string_view line) {
         const auto valueOf = [line](std::string_view key, auto& value) {
             if (!line.starts_with(key)) return false;

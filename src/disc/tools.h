@@ -22,9 +22,11 @@ void requirePrograms(const std::vector<std::string>& names);
 std::string runTool(Program program, std::string_view task);
 
 /// Runs ffmpeg with words that end on "-progress pipe:1", and answers the frames that it has
-/// written to its first output. `onSeconds` is told how much of it is written. Throws as runTool.
+/// written to its first output. `onSeconds` is told how much of it is written. `input`: the end of
+/// a pipe from which it reads "pipe:0"; nothing by default. Throws as runTool.
 int runEncoder(const std::vector<std::string>& command, std::string_view task,
-               const std::function<void(double seconds)>& onSeconds = {});
+               const std::function<void(double seconds)>& onSeconds = {},
+               Descriptor input = Descriptor(-1));
 
 /// Writes a text file; throws DiscError when it could not be written whole.
 void writeText(const std::string& path, std::string_view text);

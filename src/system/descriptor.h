@@ -14,7 +14,11 @@ class Descriptor {
     explicit Descriptor(int number) : number_(number) {}
     ~Descriptor() { close(); }
     Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-    Descriptor& operator=(Descriptor&&) = delete;
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        close();
+        number_ = std::exchange(other.number_, -1);
+        return *this;
+    }
 
     int number() const { return number_; }
     bool close() { return number_ < 0 || ::close(std::exchange(number_, -1)) == 0; }

@@ -15,7 +15,7 @@
 #include <string_view>
 #include <utility>
 
-#include "system/descriptor.h"
+#include "system/pipe.h"
 
 #ifdef __APPLE__
 extern char** environ;
@@ -24,25 +24,6 @@ extern char** environ;
 namespace tkv {
 
 namespace {
-
-struct Pipe {
-    Descriptor readEnd;
-    Descriptor writeEnd;
-};
-
-// Both ends are closed in every program that is started, but for those that it is given: an end
-// left open there would hide the end of the data, or that nobody reads any more.
-std::optional<Pipe> makePipe() {
-    std::array<int, 2> ends{};
-#ifdef __linux__
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
-#else
-    if (pipe(ends.data()) != 0) return std::nullopt;
-    for (const int end : ends)
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-#endif
-    return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
-}
 
 // None when there are too many open files.
 std::vector<Pipe> makePipes(std::size_t count) {
@@ -256,10 +237,13 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
     return output;
 }
 
-ProgramEnd runProgram(const Program& program) {
+ProgramEnd runProgram(Program program) {
     if (stopped) return {ProgramEnd::How::stopped, 0};
-    const Descriptor input(
-        open(program.input.empty() ? "/dev/null" : program.input.c_str(), O_RDONLY | O_CLOEXEC));
+    Descriptor input = std::move(program.stream);
+    if (input.number() < 0) {
+        input = Descriptor(open(program.input.empty() ? "/dev/null" : program.input.c_str(),
+                                O_RDONLY | O_CLOEXEC));
+    }
     if (input.number() < 0) return {ProgramEnd::How::noFile, errno};
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
     const Descriptor file(program.output.empty() ? -1 : open(program.output.c_str(), flags, 0666));
@@ -275,6 +259,8 @@ ProgramEnd runProgram(const Program& program) {
         start(program.command, environ, {input.number(), written, errors.writeEnd.number()},
               Lookup::inPath, child);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
+    // Whoever feeds the program is to see when nobody reads any more.
+    input.close();
     output.writeEnd.close();
     errors.writeEnd.close();
 

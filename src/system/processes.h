@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "system/descriptor.h"
+
 namespace tkv {
 
 /// Leads those of the standard streams that are closed to /dev/null, so that no file that is opened
@@ -37,6 +39,8 @@ struct Program {
     /// Is given each line of the standard output and of the standard error stream, as soon as it is
     /// written, without its end; carriage returns end lines too. Called in the thread that waits.
     std::function<void(std::string_view line)> onOutput, onError;
+    /// The read end of a pipe, instead of the input file.
+    Descriptor stream = Descriptor(-1);
 };
 
 /// How a program ended.
@@ -53,7 +57,7 @@ struct ProgramEnd {
 };
 
 /// Runs a program and waits until it has ended. Any number may run at once, in threads.
-ProgramEnd runProgram(const Program& program);
+ProgramEnd runProgram(Program program);
 
 /// Ends all programs that runProgram waits for, SIGTERM first, and keeps others from being started.
 /// Async-signal-safe.
