@@ -29,27 +29,58 @@ ColorKind storedInPng(ByteView file) {
     return isGrey ? ColorKind::grey : ColorKind::rgb;
 }
 
-/// Of the first picture (TIFF 6.0, "PhotometricInterpretation").
-ColorKind storedInTiff(ByteView file, ByteOrder order) {
-    constexpr std::size_t kEntry = 12, kPhotometric = 262;
-    constexpr std::size_t kWhiteIsZero = 0, kBlackIsZero = 1, kSeparated = 5;
-    const std::size_t directory = numberAt(file, 4, 4, order);
-    const std::size_t entries = numberAt(file, directory, 2, order);
-    for (std::size_t at = directory + 2; at < directory + 2 + entries * kEntry; at += kEntry) {
-        if (numberAt(file, at, 2, order) != kPhotometric) continue;
-        const std::size_t value = numberAt(file, at + 8, 2, order);
-        if (value == kWhiteIsZero || value == kBlackIsZero) return ColorKind::grey;
-        return value == kSeparated ? ColorKind::inks : ColorKind::rgb;
+/// The entries of the first picture (TIFF 6.0).
+class TiffDirectory {
+  public:
+    explicit TiffDirectory(ByteView file)
+        : file_(file),
+          order_(hasAt(file, 0, "MM") ? ByteOrder::bigEndian : ByteOrder::littleEndian),
+          begin_(numberAt(file, 4, 4, order_)),
+          entries_(numberAt(file, begin_, 2, order_)) {}
+
+    /// The first value of an entry, of 16 or 32 bits; `missing` where there is none.
+    std::size_t value(std::size_t tag, std::size_t missing) const {
+        constexpr std::size_t kEntry = 12, kShort = 3;
+        for (std::size_t i = 0; i < entries_; ++i) {
+            const std::size_t at = begin_ + 2 + i * kEntry;
+            if (at >= file_.size()) break;
+            if (numberAt(file_, at, 2, order_) != tag) continue;
+            const bool isShort = numberAt(file_, at + 2, 2, order_) == kShort;
+            const std::size_t count = numberAt(file_, at + 4, 4, order_);
+            const std::size_t bytes = isShort ? 2 : 4;
+            // More than four bytes stand elsewhere in the file.
+            const bool isElsewhere = count > 4 / bytes;
+            const std::size_t place = isElsewhere ? numberAt(file_, at + 8, 4, order_) : at + 8;
+            return numberAt(file_, place, bytes, order_);
+        }
+        return missing;
     }
-    return ColorKind::rgb;
+
+  private:
+    ByteView file_;
+    ByteOrder order_;
+    std::size_t begin_;
+    std::size_t entries_;
+};
+
+ColorKind storedInTiff(ByteView file) {
+    constexpr std::size_t kPhotometric = 262;
+    constexpr std::size_t kWhiteIsZero = 0, kBlackIsZero = 1, kRgb = 2, kSeparated = 5;
+    const std::size_t value = TiffDirectory(file).value(kPhotometric, kRgb);
+    if (value == kWhiteIsZero || value == kBlackIsZero) return ColorKind::grey;
+    return value == kSeparated ? ColorKind::inks : ColorKind::rgb;
+}
+
+/// A side as a file states it; beyond all that is decoded, whatever it states.
+int sideOf(std::size_t number) {
+    return static_cast<int>(std::min<std::size_t>(number, 1U << 30U));
 }
 
 }  // namespace
 
 ColorKind storedColors(ByteView file) {
     if (hasAt(file, 1, "PNG")) return storedInPng(file);
-    if (hasAt(file, 0, "II*")) return storedInTiff(file, ByteOrder::littleEndian);
-    if (hasAt(file, 0, {"MM\0*", 4})) return storedInTiff(file, ByteOrder::bigEndian);
+    if (hasAt(file, 0, "II*") || hasAt(file, 0, {"MM\0*", 4})) return storedInTiff(file);
     return ColorKind::rgb;
 }
 
@@ -63,6 +94,51 @@ ByteView webpChunk(ByteView file, std::string_view name) {
         at += kHead + length + length % 2;
     }
     return {};
+}
+
+TiffSizes tiffSizes(ByteView file) {
+    constexpr std::size_t kWidth = 256, kHeight = 257, kBits = 258, kSamples = 277;
+    constexpr std::size_t kStripRows = 278, kTileWidth = 322, kTileHeight = 323;
+    const TiffDirectory directory(file);
+    const std::size_t width = directory.value(kWidth, 0), height = directory.value(kHeight, 0);
+    const std::size_t across = directory.value(kTileWidth, width);
+    const std::size_t down =
+        directory.value(kTileHeight, std::min(directory.value(kStripRows, height), height));
+    const std::size_t bits = directory.value(kBits, 1) * directory.value(kSamples, 1);
+    constexpr double kMost = 1e15;
+    const double piece =
+        static_cast<double>(across) * static_cast<double>(down) * static_cast<double>(bits) / 8;
+    return {{sideOf(width), sideOf(height)}, static_cast<std::int64_t>(std::min(piece, kMost))};
+}
+
+PixelSize webpSize(ByteView file) {
+    const auto number = [&](std::size_t at, std::size_t bytes) {
+        return numberAt(file, at, bytes, ByteOrder::littleEndian);
+    };
+    constexpr std::size_t kFirst = 12, kContent = 20, kSide = 0x3FFF;
+    if (hasAt(file, kFirst, "VP8X")) {
+        return {sideOf(number(kContent + 4, 3) + 1), sideOf(number(kContent + 7, 3) + 1)};
+    }
+    if (hasAt(file, kFirst, "VP8L")) {
+        const std::size_t bits = number(kContent + 1, 4);
+        return {sideOf((bits & kSide) + 1), sideOf((bits >> 14U & kSide) + 1)};
+    }
+    if (!hasAt(file, kFirst, "VP8 ")) return {};
+    return {sideOf(number(kContent + 6, 2) & kSide), sideOf(number(kContent + 8, 2) & kSide)};
+}
+
+PixelSize heifSize(ByteView file) {
+    constexpr std::string_view kExtents = "ispe";
+    PixelSize largest{};
+    for (auto at = file.begin();; ++at) {
+        at = std::search(at, file.end(), kExtents.begin(), kExtents.end());
+        if (at == file.end()) return largest;
+        // The name is followed by a version, the width and the height.
+        const auto name = static_cast<std::size_t>(at - file.begin());
+        const PixelSize size{sideOf(numberAt(file, name + 8, 4, ByteOrder::bigEndian)),
+                             sideOf(numberAt(file, name + 12, 4, ByteOrder::bigEndian))};
+        if (pixelsOf(size) > pixelsOf(largest)) largest = size;
+    }
 }
 
 }  // namespace tkv::desktop

@@ -16,4 +16,17 @@ ColorKind storedColors(ByteView file);
 /// The content of a WebP file's first chunk of that name ("EXIF", "ICCP"); empty without one.
 ByteView webpChunk(ByteView file, std::string_view name);
 
+/// What the first picture of a TIFF file states of itself.
+struct TiffSizes {
+    PixelSize picture;
+    std::int64_t pieceBytes = 0;  ///< of a strip or tile, as it comes out of the decoder
+};
+TiffSizes tiffSizes(ByteView file);
+
+/// The size that a WebP file states; 0 x 0 where it states none.
+PixelSize webpSize(ByteView file);
+
+/// Of the pictures in a HEIF or AVIF file the size with the most pixels.
+PixelSize heifSize(ByteView file);
+
 }  // namespace tkv::desktop

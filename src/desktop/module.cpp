@@ -8,7 +8,7 @@
 #define TKV_SEEN_OUTSIDE extern "C" __attribute__((visibility("default")))
 
 TKV_SEEN_OUTSIDE const tkv::DesktopGraphics tkvDesktopGraphics{
-    tkv::desktop::rasterizeText, tkv::desktop::decodeWithPixbuf, tkv::desktop::encodeTiff,
-    tkv::desktop::encodeBmp};
+    tkv::desktop::rasterizeText, tkv::desktop::isReadByPixbuf, tkv::desktop::decodeWithPixbuf,
+    tkv::desktop::encodeTiff, tkv::desktop::encodeBmp};
 
 TKV_SEEN_OUTSIDE const tkv::DesktopTrash tkvDesktopTrash{tkv::desktop::moveToTrash};

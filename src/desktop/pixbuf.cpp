@@ -1,7 +1,6 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <memory>
@@ -12,6 +11,7 @@
 
 #include "desktop/embedded.h"
 #include "desktop/functions.h"
+#include "desktop/pixbuf_readers.h"
 #include "graphics/color_profile.h"
 #include "graphics/orientation.h"
 #include "graphics/pixels.h"
@@ -24,14 +24,25 @@ namespace {
 using Pixbuf = std::unique_ptr<GdkPixbuf, Releaser<g_object_unref>>;
 using PixbufLoader = std::unique_ptr<GdkPixbufLoader, Releaser<g_object_unref>>;
 using Buffer = std::unique_ptr<guint8, Releaser<g_free>>;
-using Text = std::unique_ptr<gchar, Releaser<g_free>>;
+
+/// These readers go over every pixel, at whatever size it is shown, which a file of next to no
+/// bytes can ask for.
+constexpr std::int64_t kMostPixels = 100'000'000;
+
+/// The bytes that a reader holds for a pixel, a byte for the colour's place in a palette among
+/// them.
+constexpr std::int64_t kPixel = 5;
+
+/// So many bytes tell a format, or no bytes do.
+constexpr std::size_t kHead = 4096;
 
 // ---- Decoding
 
 /// What the loader tells while it reads.
 struct Progress {
+    const PixbufReader& reader;
+    std::int64_t fileBytes;
     bool tooLarge = false;
-    bool comesRowByRow = false;
     bool hasPixels = false;
 };
 
@@ -50,25 +61,19 @@ class Silence {
 
 void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* progress) {
     // The whole picture is decoded here; only afterwards can it be reduced.
-    if (canHold({width, height}, {width, height})) return;
+    const PixelSize size{width, height};
+    if (pixelsOf(size) <= kMostPixels &&
+        canHold(size, progress->fileBytes + kPixel * pixelsOf(size)))
+        return;
     progress->tooLarge = true;
     // Most formats' readers stop at this, before they ask for memory.
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
-std::string nameOf(GdkPixbufLoader* loader) {
-    const Text name(gdk_pixbuf_format_get_name(gdk_pixbuf_loader_get_format(loader)));
-    return name.get();
-}
-
-/// Where a file ends too soon, memory never written to would show. Only for the formats that are
-/// read row by row: the readers of others tell of a picture when it is complete.
+/// Where a file ends too soon, memory never written to would show. The readers that do not go row
+/// by row tell of a picture when it is complete.
 void clear(GdkPixbufLoader* loader, Progress* progress) {
-    constexpr std::array<std::string_view, 8> kRowByRow{"png", "gif", "bmp", "ico",
-                                                        "ani", "tga", "pnm", "jpeg"};
-    if (std::ranges::find(kRowByRow, nameOf(loader)) == kRowByRow.end()) return;
-    progress->comesRowByRow = true;
-    gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), 0);
+    if (progress->reader.comesRowByRow) gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), 0);
 }
 
 void notePixels(GdkPixbufLoader*, int, int, int, int, Progress* progress) {
@@ -90,29 +95,33 @@ void unmultiply(GdkPixbuf* pixbuf) {
     }
 }
 
-Pixbuf load(ByteView file) {
+Pixbuf load(ByteView file, const PixbufReader& reader) {
     // The GIF reader goes over the whole picture after each piece, and moves all that is left of a
     // piece each few bytes: much smaller or larger ones take it ten times as long.
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
     const Silence silence;
-    Progress progress;
-    const PixbufLoader loader(gdk_pixbuf_loader_new());
+    Progress progress{reader, std::ssize(file)};
+    const PixbufLoader loader(
+        gdk_pixbuf_loader_new_with_type(std::string(reader.name).c_str(), nullptr));
+    if (!loader) return nullptr;
     g_signal_connect(loader.get(), "size-prepared", G_CALLBACK(refuseTooLarge), &progress);
     g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(clear), &progress);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
     bool reads = true;
     for (ByteView rest = file; reads && !progress.tooLarge && !rest.empty();) {
-        const ByteView piece = rest.first(std::min(kPiece, rest.size()));
+        // The head tells the size of most, which may be refused.
+        const bool isHead = rest.size() == file.size();
+        const ByteView piece = rest.first(std::min(isHead ? kHead : kPiece, rest.size()));
         reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
         rest = rest.subspan(piece.size());
     }
     const bool isWhole = gdk_pixbuf_loader_close(loader.get(), nullptr) && reads;
     // Not every loader that hands over a complete picture says that it has pixels.
-    progress.hasPixels |= isWhole && !progress.comesRowByRow;
+    progress.hasPixels |= isWhole && !reader.comesRowByRow;
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (pixbuf == nullptr || progress.tooLarge || !progress.hasPixels) return nullptr;
     // The TIFF reader hands on what its library made, premultiplied alpha.
-    if (gdk_pixbuf_get_has_alpha(pixbuf) && nameOf(loader.get()) == "tiff") unmultiply(pixbuf);
+    if (gdk_pixbuf_get_has_alpha(pixbuf) && reader.name == "tiff") unmultiply(pixbuf);
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
@@ -214,10 +223,23 @@ void stateResolution(Bytes& file, Resolution dots) {
     write(kPerMetre + 4, dots.down);
 }
 
+/// The bytes for a file in the memory of its reader, and for what is known of the picture.
+std::int64_t bytesFor(ByteView file, const PixbufReader& reader) {
+    // The readers that need the whole file keep it, too.
+    return std::ssize(file) +
+           (reader.bytesFor == nullptr ? 0 : std::ssize(file) + reader.bytesFor(file));
+}
+
 }  // namespace
 
+bool isReadByPixbuf(ByteView head) {
+    return pixbufReaderFor(head) != nullptr;
+}
+
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
-    const Pixbuf pixbuf = load(file);
+    const PixbufReader* const reader = pixbufReaderFor(file.first(std::min(file.size(), kHead)));
+    if (reader == nullptr || bytesFor(file, *reader) > kMostBytes) return std::nullopt;
+    const Pixbuf pixbuf = load(file, *reader);
     if (!pixbuf) return std::nullopt;
     const PixelSize full{gdk_pixbuf_get_width(pixbuf.get()), gdk_pixbuf_get_height(pixbuf.get())};
     const int orientation = orientationOf(pixbuf.get(), file);
@@ -227,6 +249,12 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     // Two pixels for one that is shown leave the drawing enough to shrink well.
     const int factor = std::max(1, std::min(full.width / 2 / std::max(1, atLeast.width),
                                             full.height / 2 / std::max(1, atLeast.height)));
+    // The reduced picture, a bitmap of it, and one that stands upright.
+    const std::int64_t bytes = 3 * 4 * pixelsOf({full.width / factor, full.height / factor});
+    if (!canHold(full, std::ssize(file) + bytes +
+                           static_cast<std::int64_t>(gdk_pixbuf_get_byte_length(pixbuf.get())))) {
+        return std::nullopt;
+    }
     const Pixbuf reduced(factor > 1
                              ? gdk_pixbuf_scale_simple(pixbuf.get(), full.width / factor,
                                                        full.height / factor, GDK_INTERP_BILINEAR)

@@ -27,7 +27,7 @@ constexpr cmsUInt32Number kGreyPixels = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) 
                                         EXTRA_SH(3) | (kBlueFirst ? 0 : SWAPFIRST_SH(1));
 
 struct KindOfProfile {
-    cmsColorSpaceSignature space;
+    std::uint32_t space;
     cmsUInt32Number pixels;
 };
 
@@ -76,12 +76,21 @@ bool hasPrimary(const Profile& profile, const Primary& primary) {
     return true;
 }
 
-/// Most profiles are sRGB's, and converting would change nothing. Their names do not tell.
+/// Of a profile for RGB. Most are sRGB's, and converting would change nothing. Their names do not
+/// tell.
 bool isSrgb(const Profile& profile) {
     return cmsIsMatrixShaper(profile.get()) && !cmsIsTag(profile.get(), cmsSigAToB0Tag) &&
-           cmsGetColorSpace(profile.get()) == cmsSigRgbData &&
            std::ranges::all_of(
                kPrimaries, [&](const Primary& primary) { return hasPrimary(profile, primary); });
+}
+
+/// The colour space that the header of a profile names: any number, as it stands there.
+std::uint32_t colorSpaceOf(std::span<const std::uint8_t> icc) {
+    constexpr std::size_t kSpace = 16;
+    std::uint32_t space = 0;
+    for (std::size_t at = kSpace; at < std::min(icc.size(), kSpace + 4); ++at)
+        space = space << 8U | icc[at];
+    return space;
 }
 
 /// How pictures of one kind are brought from one profile to sRGB.
@@ -92,8 +101,8 @@ struct Conversion {
         const Profile source(
             cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
         const auto [space, pixels] = profileFor(kind);
-        if (!source || cmsGetColorSpace(source.get()) != space) return;
-        isNone = isSrgb(source);
+        if (!source || colorSpaceOf(icc) != space) return;
+        isNone = kind == ColorKind::rgb && isSrgb(source);
         const Profile srgb(isNone ? nullptr : cmsCreate_sRGBProfile());
         if (!srgb) return;
         transform.reset(

@@ -8,12 +8,12 @@ namespace tkv {
 
 namespace {
 
-/// What the module's function answers; none without the module.
+/// What the module's function answers; none or false without the module.
 template <typename Function, typename... Args>
 auto fromModule(Function DesktopGraphics::*function, const Args&... args)
     -> decltype((std::declval<DesktopGraphics>().*function)(args...)) {
     const DesktopGraphics* const module = moduleTable<DesktopGraphics>();
-    if (module == nullptr) return std::nullopt;
+    if (module == nullptr) return {};
     return (module->*function)(args...);
 }
 
@@ -22,6 +22,10 @@ auto fromModule(Function DesktopGraphics::*function, const Args&... args)
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas) {
     return fromModule(&DesktopGraphics::rasterizeText, text, attributes, place, canvas);
+}
+
+bool isReadByPixbuf(ByteView head) {
+    return fromModule(&DesktopGraphics::isReadByPixbuf, head);
 }
 
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {

@@ -10,6 +10,7 @@ namespace tkv {
 struct DesktopGraphics {
     static constexpr const char* kSymbol = "tkvDesktopGraphics";
     decltype(&tkv::rasterizeText) rasterizeText;
+    decltype(&tkv::isReadByPixbuf) isReadByPixbuf;
     decltype(&tkv::decodeWithPixbuf) decodeWithPixbuf;
     decltype(&tkv::encodeTiff) encodeTiff;
     decltype(&tkv::encodeBmp) encodeBmp;

@@ -16,9 +16,9 @@ namespace {
 struct Format {
     /// None in a format that is only read.
     std::array<std::string_view, 2> extensions{};
-    /// Whether a file is of this format; null where GdkPixbuf, which tells its own formats apart,
-    /// reads it.
-    bool (*isIn)(ByteView file) = nullptr;
+    /// Whether a file that begins with these bytes is of this format; null where GdkPixbuf, which
+    /// tells its own formats apart, reads it.
+    bool (*isIn)(ByteView head) = nullptr;
     std::optional<Bitmap> (*decode)(ByteView file, const NeededSize& needed) = decodeWithPixbuf;
     std::optional<Bytes> (*encode)(const Bitmap& bitmap, std::optional<float> factor) = nullptr;
     bool keepsAlpha = false;
@@ -41,7 +41,7 @@ constexpr std::array kFormats{
     Format{.extensions = {"gif"}, .encode = encodeGif, .keepsAlpha = true},
     Format{.extensions = {"tif", "tiff"}, .encode = encodeTiff, .keepsAlpha = true},
     Format{.extensions = {"bmp"}, .encode = encodeBmp},
-    Format{.isIn = [](ByteView) { return true; }},
+    Format{.isIn = isReadByPixbuf},
 };
 
 /// Null when no format has that extension.
@@ -54,6 +54,14 @@ const Format* formatNamed(std::string_view extension) {
     return row == kFormats.end() ? nullptr : row;
 }
 
+/// Null when it is none that is read.
+const Format* formatOf(ByteView head) {
+    const auto* const row = std::ranges::find_if(kFormats, [&](const Format& format) {
+        return format.isIn != nullptr && format.isIn(head);
+    });
+    return row == kFormats.end() ? nullptr : row;
+}
+
 }  // namespace
 
 PixelSize everyPixel(PixelSize full) {
@@ -62,11 +70,12 @@ PixelSize everyPixel(PixelSize full) {
 
 std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& needed) {
     try {
-        const std::optional<Bytes> file = readFile(path);
-        if (!file || file->empty()) return std::nullopt;
-        for (const Format& format : kFormats) {
-            if (format.isIn != nullptr && format.isIn(*file)) return format.decode(*file, needed);
-        }
+        const Format* format = nullptr;
+        const std::optional<Bytes> file = readFile(path, kLargestFile, [&](ByteView head) {
+            format = formatOf(head);
+            return format != nullptr;
+        });
+        if (file) return format->decode(*file, needed);
     } catch (const std::bad_alloc&) {
         // A picture that memory cannot hold is one that cannot be shown.
     }

@@ -23,11 +23,14 @@ using NeededSize = std::function<PixelSize(PixelSize full)>;
 PixelSize everyPixel(PixelSize full);
 
 /// Decodes the picture in the regular file at `path` (tilde already expanded), whatever its name
-/// says: JPEG, JPEG 2000 and all that the system's GdkPixbuf loads; of several pictures the first.
+/// says: JPEG, JPEG 2000, and of what the system's GdkPixbuf loads PNG, GIF, BMP, TIFF, WebP, AVIF,
+/// HEIF, ICO, TGA and PNM; of several pictures the first.
 /// It stands upright (EXIF orientation applied) and in sRGB (an embedded profile converted); its
 /// nominal size is its full upright size in pixels, also where fewer pixels were decoded.
-/// None when the file cannot be read or decoded, or has a side above 32,768 pixels or more than
-/// 512 megapixels after reduction. A picture cut short shows what there is, where its format can.
+/// None when the file cannot be read or decoded, has a side above 32,768 pixels, would take more than
+/// a gigabyte of memory or some seconds to decode: with JPEG 2000 more samples than 32 million after
+/// reduction, with GdkPixbuf's formats more than 100 megapixels. A picture cut short shows what there
+/// is, where its format can; JPEG 2000 only with OpenJPEG 2.5.3 or later.
 std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& needed = everyPixel);
 
 /// The whole of a file that holds the bitmap in the type that `extension` (without a dot, in

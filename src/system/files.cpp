@@ -19,8 +19,6 @@ namespace tkv {
 
 namespace {
 
-constexpr std::int64_t kLargestFile = std::int64_t{1} << 31;
-
 // Without O_NONBLOCK the opening of a FIFO would wait for somebody to write to it.
 Descriptor openForReading(const std::string& path) {
     return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
@@ -120,16 +118,25 @@ bool canBeRead(const std::string& path) {
     return openForReading(path).number() >= 0;
 }
 
-std::optional<std::vector<std::uint8_t>> readFile(const std::string& path) {
+std::optional<std::vector<std::uint8_t>> readFile(const std::string& path, std::int64_t most,
+                                                  const HeadTest& isWanted) {
+    constexpr std::size_t kHead = 4096;
     const Descriptor file = openForReading(path);
     struct stat status {};
     if (file.number() < 0 || fstat(file.number(), &status) != 0) return std::nullopt;
-    if (!S_ISREG(status.st_mode) || status.st_size > kLargestFile) return std::nullopt;
-    std::vector<std::uint8_t> bytes(static_cast<std::size_t>(status.st_size));
-    const std::size_t got = transferAll(bytes.size(), [&](std::size_t done) {
-        return read(file.number(), bytes.data() + done, bytes.size() - done);
-    });
-    if (got < bytes.size()) return std::nullopt;
+    if (!S_ISREG(status.st_mode) || status.st_size > most) return std::nullopt;
+    std::vector<std::uint8_t> bytes;
+    const auto readUpTo = [&](std::size_t size) {
+        const std::size_t there = bytes.size();
+        bytes.resize(size);
+        return transferAll(size - there, [&](std::size_t done) {
+                   return read(file.number(), &bytes[there + done], size - there - done);
+               }) == size - there;
+    };
+    const auto size = static_cast<std::size_t>(status.st_size);
+    bytes.reserve(size);
+    if (!readUpTo(std::min(size, kHead)) || !isWanted(bytes) || !readUpTo(size))
+        return std::nullopt;
     return bytes;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -30,9 +31,13 @@ std::optional<FileStamp> fileStamp(const std::string& path);
 /// Whether the path can be opened for reading, as a folder may be too; never waits.
 bool canBeRead(const std::string& path);
 
-/// The whole of a regular file; none when it cannot be read, is no regular file or is larger than
-/// 2 GiB.
-std::optional<std::vector<std::uint8_t>> readFile(const std::string& path);
+/// The whole of a regular file; none when it cannot be read, is no regular file or larger than
+/// `most` bytes, or when `isWanted`, asked with its first bytes (4096, or all of a smaller one),
+/// answers false: then no more is read.
+using HeadTest = std::function<bool(std::span<const std::uint8_t> head)>;
+std::optional<std::vector<std::uint8_t>> readFile(
+    const std::string& path, std::int64_t most = std::int64_t{1} << 30U,
+    const HeadTest& isWanted = [](auto) { return true; });
 
 /// Creates or truncates the file and writes `bytes`. False when some could not be written; a
 /// regular file is then removed, so that no part is taken for the whole.

@@ -18,21 +18,24 @@ namespace tkv {
 
 using ByteView = std::span<const std::uint8_t>;
 
-bool isJpeg(ByteView file);
+/// By its first bytes, as the next ones.
+bool isJpeg(ByteView head);
 /// Decodes at the full size or the smallest half, quarter or eighth of it that `needed` allows.
 std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
 /// Written at quality round(100 * factor), with full colour resolution from 0.95 on; without a
 /// factor at quality 75. Alpha is dropped: what is transparent turns black.
 std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor = {});
 
-bool isJpeg2000(ByteView file);
+bool isJpeg2000(ByteView head);
 /// A boxed file or a bare codestream, halved once less often than `needed` allows: beside edges a
 /// reduced picture of this format overshoots, which the drawing then averages away.
 std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
 /// Lossless, boxed (JP2); with an alpha channel only when some pixel is not opaque.
 std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> factor = {});
 
-/// Any format that the system's GdkPixbuf loads; the first picture of an animation.
+bool isReadByPixbuf(ByteView head);
+/// What the system's GdkPixbuf loads of PNG, GIF, BMP, TIFF, WebP, AVIF, HEIF, ICO, TGA and PNM;
+/// the first picture of an animation.
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
 /// With alpha.
 std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> factor = {});
@@ -47,15 +50,22 @@ std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor
 /// half opacity share one transparent index.
 std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> factor = {});
 
-/// The largest pictures that are decoded: pixels a side as stored, and pixels after reduction.
+/// The largest pictures that are decoded: pixels a side as stored, and the bytes that are held at
+/// once meanwhile, those of the file, of the library and of the bitmaps.
 inline constexpr int kLargestSide = 32768;
-inline constexpr std::int64_t kMostPixels = 512'000'000;
+inline constexpr std::int64_t kMostBytes = std::int64_t{960} << 20U;
 
-/// Whether a picture of this size, decoded at `reduced`, is within those limits.
-constexpr bool canHold(PixelSize full, PixelSize reduced) {
+/// The largest picture file: with what is made of it, it must be within that.
+inline constexpr std::int64_t kLargestFile = kMostBytes / 2;
+
+constexpr std::int64_t pixelsOf(PixelSize size) {
+    return std::int64_t{size.width} * size.height;
+}
+
+/// Whether a picture of this size, for which so many bytes are held, is within those limits.
+constexpr bool canHold(PixelSize full, std::int64_t bytes) {
     return full.width >= 1 && full.height >= 1 && full.width <= kLargestSide &&
-           full.height <= kLargestSide &&
-           std::int64_t{reduced.width} * reduced.height <= kMostPixels;
+           full.height <= kLargestSide && bytes <= kMostBytes;
 }
 
 }  // namespace tkv

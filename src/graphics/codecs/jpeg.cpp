@@ -29,8 +29,11 @@ namespace {
 constexpr J_COLOR_SPACE kPixels =
     std::endian::native == std::endian::little ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
-/// Encoders write some ten scans. Each may cost a pass over the whole picture for a few bytes.
+/// Encoders write some ten scans. Each may cost a pass over the whole picture for a few bytes, so
+/// that the blocks of all scans have a limit too: some seconds' work, or six scans of the largest
+/// picture whose coefficients can be held.
 constexpr int kMostScans = 100;
+constexpr std::int64_t kMostBlocks = 48'000'000;
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr int kIccMarker = JPEG_APP0 + 2;
@@ -66,6 +69,34 @@ class Errors {
     std::jmp_buf exit_{};
 };
 
+/// Counts scans and their blocks while they are read, and makes libjpeg give up beyond the limits.
+class ScanCount {
+  public:
+    /// To be called before the header is read; the object must outlive the codec.
+    void watch(jpeg_decompress_struct& codec) {
+        *this = {};
+        manager_.progress_monitor = count;
+        codec.progress = &manager_;
+    }
+
+  private:
+    static void count(j_common_ptr common) {
+        const auto codec = reinterpret_cast<j_decompress_ptr>(common);
+        auto& self = *reinterpret_cast<ScanCount*>(common->progress);
+        if (self.last_ == codec->input_scan_number) return;
+        self.last_ = codec->input_scan_number;
+        for (const jpeg_component_info* info :
+             std::span(codec->cur_comp_info).first(static_cast<unsigned>(codec->comps_in_scan))) {
+            self.blocks_ += std::int64_t{info->width_in_blocks} * info->height_in_blocks;
+        }
+        if (self.last_ > kMostScans || self.blocks_ > kMostBlocks) common->err->error_exit(common);
+    }
+
+    jpeg_progress_mgr manager_{};  // The first member, so that libjpeg's pointer is to the whole.
+    int last_ = 0;
+    std::int64_t blocks_ = 0;
+};
+
 using Buffer = std::unique_ptr<JOCTET, Releaser<std::free>>;
 
 class Decoder {
@@ -87,18 +118,11 @@ class Decoder {
 
     Errors errors_;
     jpeg_decompress_struct codec_{};
-    jpeg_progress_mgr progress_{};
+    ScanCount scans_;
 };
-
-void refuseManyScans(j_common_ptr codec) {
-    if (reinterpret_cast<j_decompress_ptr>(codec)->input_scan_number > kMostScans) {
-        codec->err->error_exit(codec);
-    }
-}
 
 Decoder::Decoder() {
     errors_.watch(codec_);
-    progress_.progress_monitor = refuseManyScans;
 }
 
 bool Decoder::readHeader(ByteView file) {
@@ -108,7 +132,7 @@ bool Decoder::readHeader(ByteView file) {
         } else {
             jpeg_abort_decompress(&codec_);
         }
-        codec_.progress = &progress_;
+        scans_.watch(codec_);
         jpeg_mem_src(&codec_, file.data(), file.size());
         jpeg_save_markers(&codec_, kExifMarker, 0xFFFF);
         jpeg_save_markers(&codec_, kIccMarker, 0xFFFF);
@@ -131,12 +155,16 @@ PixelSize reducedSize(PixelSize full, int divisor) {
     return {(full.width + divisor - 1) / divisor, (full.height + divisor - 1) / divisor};
 }
 
-/// Of a progressive file all DCT coefficients of the full size are kept until its last scan, at
-/// whatever size it is shown.
-bool canHoldCoefficients(const jpeg_decompress_struct& codec) {
-    return !codec.progressive_mode ||
-           std::int64_t{codec.image_width} * codec.image_height * codec.num_components <=
-               kMostPixels;
+/// The DCT coefficients, of two bytes: of a file with several scans all of them are kept until the
+/// last one, at whatever size the picture is shown.
+std::int64_t coefficientBytes(jpeg_decompress_struct& codec) {
+    if (!jpeg_has_multiple_scans(&codec)) return 0;
+    std::int64_t blocks = 0;
+    for (const jpeg_component_info& info :
+         std::span(codec.comp_info, static_cast<unsigned>(codec.num_components))) {
+        blocks += std::int64_t{info.width_in_blocks} * info.height_in_blocks;
+    }
+    return blocks * DCTSIZE2 * 2;
 }
 
 /// 8, 4, 2 or 1: at these each pixel is the mean of a square. At the sizes between the library cuts
@@ -153,6 +181,8 @@ int largestDivisor(PixelSize full, PixelSize needed) {
 
 std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     file = wholeJpegSegments(file);
+    const Bytes lighter = withoutSurplusMetadata(file);
+    if (!lighter.empty()) file = lighter;
     // A file cut off before its first scan has nothing to show.
     if (!readHeader(file) || codec_.src->bytes_in_buffer == 0) return std::nullopt;
 
@@ -162,7 +192,9 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     PixelSize atLeast = needed(swapsSides(turn) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(turn)) std::swap(atLeast.width, atLeast.height);
     const int divisor = largestDivisor(full, atLeast);
-    if (!canHold(full, reducedSize(full, divisor)) || !canHoldCoefficients(codec_)) {
+    // The file again without some scans, the coefficients, a bitmap and one that stands upright.
+    if (!canHold(full, 2 * std::ssize(file) + coefficientBytes(codec_) +
+                           2 * 4 * pixelsOf(reducedSize(full, divisor)))) {
         return std::nullopt;
     }
 
@@ -317,8 +349,8 @@ std::optional<Bytes> Encoder::encode(const Bitmap& bitmap, std::optional<float> 
 
 }  // namespace
 
-bool isJpeg(ByteView file) {
-    return file.size() >= 3 && file[0] == 0xFF && file[1] == 0xD8 && file[2] == 0xFF;
+bool isJpeg(ByteView head) {
+    return head.size() >= 2 && head[0] == 0xFF && head[1] == 0xD8;
 }
 
 std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed) {

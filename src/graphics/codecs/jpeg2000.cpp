@@ -11,6 +11,7 @@
 
 #include "graphics/codecs/codecs.h"
 #include "graphics/codecs/jpeg2000_boxes.h"
+#include "graphics/codecs/jpeg2000_limits.h"
 #include "graphics/codecs/jpeg2000_stream.h"
 #include "graphics/color_profile.h"
 #include "graphics/pixels.h"
@@ -26,6 +27,12 @@ constexpr std::array<std::uint8_t, 4> kBareStart{0xFF, 0x4F, 0xFF, 0x51};
 
 /// Four inks and an alpha channel; a file may state thousands, to no use but to fill memory.
 constexpr unsigned kMostComponents = 5;
+
+/// A picture that its bytes cannot code is refused before memory is taken for it: solid colours
+/// come to a byte for some thousand samples. So is one of so many samples, after reduction, that a
+/// few bytes for each block could keep the decoder at work for long.
+constexpr std::int64_t kSamplesFreely = 16'000'000, kSamplesPerByte = 4096;
+constexpr std::int64_t kMostSamples = 32'000'000;
 
 using Codec = std::unique_ptr<opj_codec_t, Releaser<opj_destroy_codec>>;
 using Image = std::unique_ptr<opj_image_t, Releaser<opj_image_destroy>>;
@@ -151,14 +158,16 @@ PixelRect extentAfter(const opj_image_comp_t& component, PixelSize full, unsigne
     return {edge(0, component.x0), edge(0, component.y0), full.width / step, full.height / step};
 }
 
-unsigned mostHalvings(opj_codec_t* codec) {
-    const std::unique_ptr<opj_codestream_info_v2_t, DestroyInfo> info(opj_get_cstr_info(codec));
-    if (!info || info->m_default_tile_info.tccp_info == nullptr) return 0;
+using Info = std::unique_ptr<opj_codestream_info_v2_t, DestroyInfo>;
+
+std::span<const opj_tccp_info_t> codingOf(const Info& info) {
+    return {info->m_default_tile_info.tccp_info, info->nbcomps};
+}
+
+unsigned mostHalvings(const Info& info) {
     unsigned most = 32;
-    for (const opj_tccp_info_t& component :
-         std::span(info->m_default_tile_info.tccp_info, info->nbcomps)) {
+    for (const opj_tccp_info_t& component : codingOf(info))
         most = std::min(most, component.numresolutions - 1);
-    }
     return most;
 }
 
@@ -224,8 +233,9 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     opj_dparameters_t parameters;
     opj_set_default_decoder_parameters(&parameters);
     opj_image_t* header = nullptr;
+    if (tileBytes(file) > kMostBytes / 2) return std::nullopt;
     if (!codec || !stream || !opj_setup_decoder(codec.get(), &parameters) ||
-        !opj_decoder_set_strict_mode(codec.get(), OPJ_FALSE)) {
+        !opj_decoder_set_strict_mode(codec.get(), canBeLenient() ? OPJ_FALSE : OPJ_TRUE)) {
         return std::nullopt;
     }
     const bool hasHeader = opj_read_header(stream.get(), codec.get(), &header);
@@ -233,20 +243,28 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     const unsigned indexed = paletteColors(file);
     if (!hasHeader || std::max(image->numcomps, indexed) > kMostComponents) return std::nullopt;
     const PixelSize full = sizeAfter(*image, 0);
-    if (!canHold(full, {1, 1})) return std::nullopt;
+    const Info info(opj_get_cstr_info(codec.get()));
+    if (!info || info->m_default_tile_info.tccp_info == nullptr) return std::nullopt;
+    const std::int64_t overhead = std::ssize(file) + tileBytes(file) + structureBytes(*info, full);
+    if (!canHold(full, overhead)) return std::nullopt;
 
     const PixelSize atLeast = needed(full);
     // The mean of two places in a palette is no place between them.
-    unsigned halvings = indexed > 0 ? 0 : mostHalvings(codec.get());
+    unsigned halvings = indexed > 0 ? 0 : mostHalvings(info);
     for (; halvings > 0; --halvings) {
         const PixelSize reduced = sizeAfter(*image, halvings);
         if (reduced.width >= atLeast.width && reduced.height >= atLeast.height) break;
     }
-    if (halvings > 0) --halvings;
-    // The library keeps every component apart, four bytes a sample.
-    const PixelSize reduced = sizeAfter(*image, halvings);
-    const int components = static_cast<int>(image->numcomps + indexed);
-    if (!canHold(full, {reduced.width, reduced.height * components}) ||
+    const std::int64_t components = image->numcomps + indexed;
+    const auto samples = [&](unsigned times) {
+        return components * pixelsOf(sizeAfter(*image, times));
+    };
+    if (samples(0) > kSamplesFreely + kSamplesPerByte * std::ssize(file)) return std::nullopt;
+    if (halvings > 0 && samples(halvings - 1) <= kMostSamples) --halvings;
+    // The library keeps every component apart, four bytes a sample, of a picture and of a tile.
+    const std::int64_t bytes =
+        overhead + 8 * samples(halvings) + 4 * pixelsOf(sizeAfter(*image, halvings));
+    if (samples(halvings) > kMostSamples || !canHold(full, bytes) ||
         !opj_set_decoded_resolution_factor(codec.get(), halvings) ||
         !opj_decode(codec.get(), stream.get(), image.get())) {
         return std::nullopt;
@@ -329,8 +347,8 @@ std::optional<Bytes> encode(const Bitmap& bitmap) {
 
 }  // namespace
 
-bool isJpeg2000(ByteView file) {
-    return startsWith(file, kBoxedStart) || startsWith(file, kBareStart);
+bool isJpeg2000(ByteView head) {
+    return startsWith(head, kBoxedStart) || startsWith(head, kBareStart);
 }
 
 std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed) {

@@ -219,6 +219,25 @@ ByteView wholeJpegSegments(ByteView file) {
     return file;
 }
 
+Bytes withoutSurplusMetadata(ByteView file) {
+    constexpr unsigned kExif = 0xE1, kProfile = 0xE2;
+    constexpr int kMost = 1000;
+    Bytes lighter;
+    int count = 0;
+    std::size_t from = 0;
+    std::optional<Segment> segment;
+    for (std::size_t at = 0; (segment = nextSegment(file, at)); at = segment->end) {
+        if (segment->marker == kStartOfScan) break;
+        if ((segment->marker != kExif && segment->marker != kProfile) || ++count <= kMost) continue;
+        lighter.insert(lighter.end(), file.begin() + static_cast<std::ptrdiff_t>(from),
+                       file.begin() + static_cast<std::ptrdiff_t>(segment->begin));
+        from = segment->end;
+    }
+    if (from == 0) return {};
+    lighter.insert(lighter.end(), file.begin() + static_cast<std::ptrdiff_t>(from), file.end());
+    return lighter;
+}
+
 Bytes withoutSparedScans(ByteView file, const std::vector<JpegComponent>& components) {
     constexpr double kLevelsNobodySees = 2;
     const auto scans = scansOf(file, components);

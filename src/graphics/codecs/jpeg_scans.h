@@ -14,6 +14,11 @@ namespace tkv {
 /// and give up the scans before it.
 ByteView wholeJpegSegments(ByteView file);
 
+/// The file without the APP1 and APP2 segments beyond the thousandth, which libjpeg would keep in a
+/// list that it walks for each; empty when it has no more. Encoders write some hundred of them at
+/// most, for a depth map or another picture.
+Bytes withoutSurplusMetadata(ByteView file);
+
 /// How a component of a progressive file is decoded.
 struct JpegComponent {
     unsigned id = 0;

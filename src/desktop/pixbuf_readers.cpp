@@ -1,0 +1,93 @@
+#include "desktop/pixbuf_readers.h"
+
+// For the patterns by which GdkPixbuf tells formats apart.
+#define GDK_PIXBUF_ENABLE_BACKEND
+#include <gdk-pixbuf/gdk-pixbuf.h>
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "desktop/embedded.h"
+#include "graphics/releaser.h"
+
+namespace tkv::desktop {
+
+namespace {
+
+std::int64_t bytesForTiff(ByteView file) {
+    const TiffSizes sizes = tiffSizes(file);
+    return 4 * pixelsOf(sizes.picture) + sizes.pieceBytes;
+}
+
+// Planes of brightness and colour, of 16 bits in the worst case, and two pictures made of them.
+template <PixelSize statedSize(ByteView)>
+std::int64_t bytesForPlanes(ByteView file) {
+    return 16 * pixelsOf(statedSize(file));
+}
+
+constexpr std::array<PixbufReader, 10> kReaders{{
+    {.name = "png", .comesRowByRow = true},
+    {.name = "gif", .comesRowByRow = true},
+    {.name = "bmp", .comesRowByRow = true},
+    {.name = "tiff", .bytesFor = bytesForTiff},
+    {.name = "webp", .bytesFor = bytesForPlanes<webpSize>},
+    {.name = "avif", .bytesFor = bytesForPlanes<heifSize>},
+    {.name = "heif/avif", .bytesFor = bytesForPlanes<heifSize>},
+    {.name = "ico", .comesRowByRow = true},
+    {.name = "tga", .comesRowByRow = true},
+    {.name = "pnm", .comesRowByRow = true},
+}};
+
+// A pattern's mask says of each of its bytes what it must be. One that begins with '*' stands
+// anywhere.
+bool matches(ByteView bytes, std::string_view prefix, std::string_view mask) {
+    if (bytes.size() < prefix.size()) return false;
+    for (std::size_t i = 0; i < prefix.size(); ++i) {
+        const bool isSame = bytes[i] == static_cast<std::uint8_t>(prefix[i]);
+        const char wanted = i < mask.size() ? mask[i] : ' ';
+        if ((wanted == ' ' && !isSame) || (wanted == '!' && isSame) ||
+            (wanted == 'z' && bytes[i] != 0) || (wanted == 'n' && bytes[i] == 0)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+bool isIn(ByteView head, const GdkPixbufModulePattern& pattern) {
+    const std::string_view mask = pattern.mask != nullptr ? pattern.mask : "";
+    const std::string_view prefix = pattern.prefix;
+    if (!mask.starts_with('*')) return matches(head, prefix, mask);
+    for (std::size_t at = 0; at + prefix.size() <= head.size() + 1; ++at) {
+        if (matches(head.subspan(at), prefix.substr(1), mask.substr(1))) return true;
+    }
+    return false;
+}
+
+int relevance(ByteView head, const GdkPixbufFormat& format) {
+    int most = 0;
+    for (const GdkPixbufModulePattern* pattern = format.signature;
+         pattern != nullptr && pattern->prefix != nullptr; ++pattern) {
+        if (pattern->relevance > most && isIn(head, *pattern)) most = pattern->relevance;
+    }
+    return most;
+}
+
+}  // namespace
+
+const PixbufReader* pixbufReaderFor(ByteView head) {
+    const std::unique_ptr<GSList, Releaser<g_slist_free>> formats(gdk_pixbuf_get_formats());
+    std::string_view best;
+    int most = 0;
+    for (const GSList* item = formats.get(); item != nullptr; item = item->next) {
+        const auto& format = *static_cast<const GdkPixbufFormat*>(item->data);
+        const int found = relevance(head, format);
+        if (found <= most) continue;
+        most = found;
+        best = format.name;
+    }
+    const auto* const row = std::ranges::find(kReaders, best, &PixbufReader::name);
+    return row == kReaders.end() ? nullptr : row;
+}
+
+}  // namespace tkv::desktop
