@@ -24,6 +24,13 @@ lint_packages=(clang-format clang-tidy libbenchmark-dev)
 # What the benchmarks need besides: their framework, and the programs the tool is timed against.
 bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)
 
+# What fuzzing needs besides: the compiler that has a fuzzer, and the makers of its first inputs.
+fuzz_packages=(
+    clang-14 libclang-rt-14-dev llvm-14
+    imagemagick libimage-exiftool-perl libopenjp2-tools
+    libavif-gdk-pixbuf librsvg2-common webp-pixbuf-loader
+)
+
 # Installs those of the named packages that are missing.
 install_packages() {
     local missing=() package as_root=()

@@ -1,0 +1,90 @@
+#include "fuzzing.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+
+#include "graphics/pixels.h"
+#include "system/files.h"
+#include "system/log.h"
+
+namespace tkv::fuzz {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+class Scratch {
+  public:
+    Scratch() {
+        std::string pattern = fs::temp_directory_path() / "tkv-fuzz-XXXXXX";
+        require(mkdtemp(pattern.data()) != nullptr, "there is no temporary folder");
+        path_ = fs::canonical(pattern);
+        for (const char* const name : {"HOME", "XDG_DATA_HOME"})
+            setenv(name, path_.c_str(), 1);
+        setLogSink([](std::string_view) {});
+    }
+    ~Scratch() {
+        std::error_code error;
+        fs::remove_all(path_, error);
+    }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+
+    const std::string& path() const { return path_; }
+
+  private:
+    std::string path_;
+};
+
+}  // namespace
+
+void require(bool holds, std::string_view what) {
+    if (holds) return;
+    std::fprintf(stderr, "Does not hold: %.*s\n", static_cast<int>(what.size()), what.data());
+    std::abort();
+}
+
+const std::string& scratchFolder() {
+    static const Scratch scratch;
+    return scratch.path();
+}
+
+std::string scratchFile(std::string_view name, const std::uint8_t* data, std::size_t size) {
+    const std::string path = scratchFolder() + "/" + std::string(name);
+    require(writeFile(path, {data, size}), "the scratch folder can be written to");
+    return path;
+}
+
+void requireSound(const Bitmap& bitmap) {
+    require(bitmap.width() > 0 && bitmap.height() > 0, "a bitmap has pixels");
+    require(bitmap.nominalSize().width > 0 && bitmap.nominalSize().height > 0,
+            "a bitmap has a nominal size");
+    bool isSound = true;
+    for (int y = 0; y < bitmap.height(); ++y) {
+        for (const std::uint32_t* at = bitmap.row(y); at != bitmap.row(y) + bitmap.width(); ++at)
+            isSound = isSound && std::max({redOf(*at), greenOf(*at), blueOf(*at)}) <= alphaOf(*at);
+    }
+    require(isSound, "no colour is above its alpha");
+}
+
+double Input::between(double least, double most) {
+    const int high = byte();
+    return least + (most - least) * (high * 256 + byte()) / 65535;
+}
+
+std::string Input::word() {
+    const std::uint8_t* const zero = std::find(data_, end_, std::uint8_t{0});
+    std::string text(data_, zero);
+    data_ = zero == end_ ? end_ : zero + 1;
+    return text;
+}
+
+std::string Input::rest() {
+    std::string text(data_, end_);
+    data_ = end_;
+    return text;
+}
+
+}  // namespace tkv::fuzz

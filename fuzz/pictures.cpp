@@ -1,0 +1,33 @@
+#include <cmath>
+
+#include "fuzzing.h"
+#include "graphics/codecs/codecs.h"
+#include "graphics/drawing.h"
+
+// Any bytes as a picture file, whole and reduced, drawn as a page would.
+
+using namespace tkv;
+using namespace tkv::fuzz;
+
+namespace {
+
+void look(const std::optional<Bitmap>& picture) {
+    if (!picture) return;
+    requireSound(*picture);
+    require(canHold(picture->size(), picture->size()), "a decoded picture is within the limits");
+    const PixelRect& extent = picture->extent();
+    require(extent.width > 0 && extent.height > 0 && std::isfinite(extent.left + extent.top),
+            "a picture lies somewhere on its pixels");
+    Bitmap page = Bitmap::create({48, 36}).value();
+    drawPicture(page, *picture, {}, {4, 4, 40, 28}, Compositing::sourceOver, 0.5);
+    requireSound(page);
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string path = scratchFile("picture", data, size);
+    look(decodePicture(path, [](PixelSize) { return PixelSize{40, 28}; }));
+    look(decodePicture(path));
+    return 0;
+}

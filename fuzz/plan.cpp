@@ -1,0 +1,170 @@
+#include "disc/plan.h"
+
+#include <pugixml.hpp>
+#include <set>
+
+#include "disc/author_file.h"
+#include "disc/disc_error.h"
+#include "fuzzing.h"
+
+// Any films and wishes as a disc: every button leads to something that is there, every place can be
+// reached and left, and the disc's file can be written.
+
+using namespace tkv;
+using namespace tkv::disc;
+using namespace tkv::fuzz;
+
+namespace {
+
+constexpr FrameRate kRates[] = {{25, 1}, {24000, 1001}, {30000, 1001}, {50, 1}, {24, 1},
+                                {1, 1},  {999, 1},      {60, 1},       {12, 1}};
+
+Film filmOf(Input& input) {
+    Film film;
+    film.path = "/films/" + input.word() + ".mp4";
+    film.seconds = input.flag() ? input.between(0, 300) : input.between(0, 20000);
+    film.bytes = static_cast<std::int64_t>(input.between(0, 9e9));
+    film.frames = static_cast<int>(film.seconds * 25);
+    film.video.frameRate = kRates[input.below(std::size(kRates))];
+    film.video.fields = static_cast<Fields>(input.below(3));
+    film.video.aspect = input.between(0.1, 10);
+    film.video.size = film.video.shown = {720, input.flag() ? 576 : 480};
+    film.audio.resize(input.below(10));
+    for (AudioTrack& track : film.audio)
+        track.channels = 1 + static_cast<int>(input.below(8));
+    if (input.flag()) {  // It may stand on a disc as it is.
+        film.video.codec = "mpeg2video";
+        film.video.pixelFormat = "yuv420p";
+        film.keyframeInterval = 12;
+        for (double at = 0; at < film.seconds && film.keyframes.size() < 1000; at += 0.48)
+            film.keyframes.push_back(at);
+    }
+    for (std::size_t i = input.below(120); i > 0; --i)
+        film.marks.push_back({input.between(-1, 1.2) * film.seconds, ""});
+    return film;
+}
+
+Project projectOf(Input& input, const std::vector<Film>& films) {
+    Project project;
+    project.labels = labelsOf("en");
+    if (input.flag()) project.standard = input.flag() ? Standard::pal : Standard::ntsc;
+    project.size = input.flag() ? DiscSize::dvd9 : DiscSize::dvd5;
+    project.chapters.source = static_cast<ChapterRule::Source>(input.below(3));
+    project.chapters.seconds = input.between(2, 4000);
+    project.evenVolume = input.flag();
+    project.playsFirstFilm = input.flag();
+    project.hasMenu = input.below(8) != 0;
+    if (input.flag()) project.title = input.word();
+    for (const Film& film : films) {
+        FilmRequest& request = project.films.emplace_back();
+        request.path = film.path;
+        if (input.flag()) request.excerpt = input.between(0, 30000);
+        if (!input.flag()) continue;
+        request.chapters.emplace();
+        for (std::size_t i = input.below(120); i > 0; --i)
+            request.chapters->push_back({input.between(0, 20000), input.word()});
+    }
+    return project;
+}
+
+/// Walks a disc from its first page by every button.
+class Walk {
+  public:
+    explicit Walk(const DiscPlan& plan) : plan_(plan) {
+        if (!plan.pages.empty()) visit({0, 0}, plan.pages[0]);
+    }
+
+    void requireAllSeen() const {
+        if (plan_.pages.empty()) return;
+        std::size_t pages = plan_.pages.size();
+        for (const TitleSet& set : plan_.sets)
+            pages += set.pages.size();
+        require(pages_.size() == pages, "every page is reached");
+        // The last one of an only film's pages may be reached by its label alone.
+        require(films_.size() == plan_.sets.size(), "every film is reached");
+    }
+
+  private:
+    /// 0 for the pages of the films, or else a film's number from 1; and the page.
+    using Place = std::pair<std::size_t, std::size_t>;
+
+    void visit(const Place& place, const MenuPage& page) {
+        if (!pages_.insert(place).second) return;
+        require(!page.buttons.empty() && page.buttons.size() * 2 <= 36, "a menu has 36 places");
+        require(page.excerpts.size() <= page.buttons.size(), "thumbnails have buttons");
+        bool leadsOn = false;
+        for (const Button& button : page.buttons) {
+            leadsOn = true;
+            std::visit([this](const auto& action) { follow(action); }, button.action);
+        }
+        require(leadsOn, "a page can be left");
+    }
+
+    void follow(const PlayFilm& to) {
+        require(to.film < plan_.sets.size(), "a button plays a film that is there");
+        require(to.chapter < plan_.sets[to.film].chapters.size(), "a button plays a chapter");
+        films_.insert(to.film);
+    }
+    void follow(const PlayAll&) { require(!plan_.sets.empty(), "there is a film to play"); }
+    void follow(const ShowFilms& to) {
+        require(to.page < plan_.pages.size(), "a button shows a page that is there");
+        visit({0, to.page}, plan_.pages[to.page]);
+    }
+    void follow(const ShowChapters& to) {
+        require(to.film < plan_.sets.size(), "a button shows chapters of a film");
+        const TitleSet& set = plan_.sets[to.film];
+        require(to.page < set.pages.size(), "a button shows chapters that are there");
+        visit({to.film + 1, to.page}, set.pages[to.page]);
+    }
+
+    const DiscPlan& plan_;
+    std::set<Place> pages_;
+    std::set<std::size_t> films_;
+};
+
+void checkSets(const DiscPlan& plan) {
+    for (const TitleSet& set : plan.sets) {
+        require(!set.chapters.empty() && set.chapters.front() == 0, "a film has a first chapter");
+        require(set.chapters.size() <= kMostChapters, "a film has 99 chapters at most");
+        for (std::size_t i = 1; i < set.chapters.size(); ++i)
+            require(set.chapters[i] - set.chapters[i - 1] >= 1.9, "chapters are apart");
+        require(set.isCopied == (set.videoRate == 0), "what is not copied has a rate");
+        if (plan.pages.empty()) continue;
+        require(set.page < plan.pages.size() && set.button < plan.pages[set.page].excerpts.size(),
+                "a film knows its button");
+    }
+}
+
+void checkAuthorFile(const DiscPlan& plan) {
+    DiscPieces pieces;
+    pieces.pages.resize(plan.pages.size(), "m.mpg");
+    pieces.films.resize(plan.sets.size(), "f.mpg");
+    pieces.soundLanguages.resize(plan.sets.size(), {"en"});
+    pieces.language = "en";
+    for (const TitleSet& set : plan.sets)
+        pieces.chapterPages.emplace_back(set.pages.size(), "c.mpg");
+    const std::string text = authorFile(plan, pieces, "/disc");
+    require(bool{pugi::xml_document().load_string(text.c_str())}, "the disc's file is XML");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    std::vector<Film> films(1 + input.below(101));
+    for (Film& film : films)
+        film = filmOf(input);
+    const Project project = projectOf(input, films);
+    DiscPlan plan;
+    try {
+        plan = planDisc(project, films);
+    } catch (const DiscError&) {
+        return 0;
+    }
+    require(plan.sets.size() == films.size(), "every film is on the disc");
+    require(plan.bytes > 0 && plan.bytes <= capacityOf(project.size), "the disc is not too small");
+    checkSets(plan);
+    checkAuthorFile(plan);
+    Walk(plan).requireAllSeen();
+    return 0;
+}

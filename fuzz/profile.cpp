@@ -1,0 +1,29 @@
+#include "graphics/color_profile.h"
+
+#include "fuzzing.h"
+
+// Any bytes as a colour profile, for each kind of pixels.
+
+using namespace tkv;
+using namespace tkv::fuzz;
+
+namespace {
+
+constexpr std::uint32_t kPixels[] = {0xFF000000, 0xFFFFFFFF, 0xFF3264C8, 0x80402010,
+                                     0x00000000, 0xFF808080, 0x01010100, 0xFFFF0000};
+constexpr int kCount = std::size(kPixels);
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    for (const ColorKind kind : {ColorKind::rgb, ColorKind::grey, ColorKind::inks}) {
+        Bitmap bitmap = Bitmap::create({kCount, 1}).value();
+        for (int i = 0; i < kCount; ++i)
+            bitmap.row(0)[i] = kPixels[i];
+        const bool isConverted = convertToSrgb(bitmap, {data, size}, kind);
+        if (isConverted) requireSound(bitmap);
+        for (int i = 0; i < kCount && !isConverted; ++i)
+            require(bitmap.row(0)[i] == kPixels[i], "what is not converted stays");
+    }
+    return 0;
+}
