@@ -70,8 +70,8 @@ for target in "${targets[@]}"; do cat "$build/logs/${target% *}.row"; done
 mapfile -t found < <(find "$build/crashes" -type f -newer "$build/began" | sort)
 for input in "${found[@]}"; do
     run=$(basename "$input")
-    run=${run%%-*}
+    program=$(awk -v run="${run%%-*}" '$1 == run { print $2 }' "$build/fuzz/targets")
     echo "Crash: $input"
-    echo "  run again: $build/bin/$(awk -v run=$run '$1 == run { print $2 }' "$build/fuzz/targets") $input"
+    echo "  run again: ASAN_OPTIONS=$ASAN_OPTIONS $build/bin/$program ${limits[*]} $input"
 done
 ! awk '{ crashes += $NF } END { exit crashes == 0 }' "$build"/logs/*.row

@@ -6,7 +6,7 @@ source scripts/packages.sh
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${lint_packages[@]}"
 
-find src tests bench examples -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
+find src tests fuzz bench examples -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
 cmake --preset lint >/dev/null
 log=build/lint/clang-tidy.log
 run-clang-tidy -quiet -p build/lint >$log 2>&1 || {

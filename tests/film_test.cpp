@@ -191,6 +191,20 @@ TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
     EXPECT_EQ(film.audio.size(), 1U);
 }
 
+TEST(Probe, BelievesNoTimeBeyondAHundredHours) {
+    const Film told = filmFromAnswer("a", R"({"streams": [{"codec_type": "video",
+        "codec_name": "h264", "width": 9, "height": 9}], "format": {"duration": "1e300"},
+        "chapters": [{"start_time": "1e18"}, {"start_time": "5"}]})");
+    EXPECT_EQ(told.seconds, kLongestFilm);
+    EXPECT_EQ(told.marks, (std::vector<Chapter>{{5, ""}}));
+    Film film = told;
+    FrameCounter counter(film);
+    for (const char* line : {"video,0,0,0.04,K_", "video,0,9e18,0.04,K_"})
+        counter.take(line);
+    counter.finish(film);
+    EXPECT_EQ(film.seconds, kLongestFilm);
+}
+
 TEST(Probe, TellsWhyAFilmIsNotReadyForADisc) {
     Film ready;
     ready.video = video({25, 1}, Fields::topFirst);

@@ -16,6 +16,10 @@ namespace tkv::disc {
 /// Sound tracks of a disc's film. Those that a film has beyond are left out.
 inline constexpr std::size_t kMostTracks = 8;
 
+/// Seconds. A film that says it is longer counts as this long, which no disc holds; what is damaged
+/// may name any time at all.
+inline constexpr double kLongestFilm = 100 * 3600;
+
 enum class Fields { progressive, topFirst, bottomFirst };
 
 struct AudioTrack {

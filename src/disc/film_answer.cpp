@@ -180,6 +180,7 @@ Film filmFromAnswer(const std::string& path, std::string_view json) {
     film.title = tagOf(format, "title", "TITLE");
     film.seconds = numberOf(format, "duration");
     if (film.seconds <= 0) film.seconds = std::max(0.0, numberOf(*stream, "duration"));
+    film.seconds = std::min(film.seconds, kLongestFilm);
 
     for (const Json& each : streams) {
         const AudioTrack track = audioTrackOf(each);
@@ -191,8 +192,9 @@ Film filmFromAnswer(const std::string& path, std::string_view json) {
         std::max(0.0, numberOf(*stream, "start_time") - numberOf(format, "start_time"));
     const double start = numberOf(format, "start_time") + film.video.start;
     for (const Json& chapter : member(answer, "chapters")) {
-        film.marks.push_back({std::max(0.0, numberOf(chapter, "start_time") - start),
-                              tagOf(chapter, "title", "TITLE")});
+        const double seconds = std::max(0.0, numberOf(chapter, "start_time") - start);
+        if (seconds < kLongestFilm)
+            film.marks.push_back({seconds, tagOf(chapter, "title", "TITLE")});
     }
     return film;
 }

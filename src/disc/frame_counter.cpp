@@ -111,7 +111,8 @@ void FrameCounter::finish(Film& film) {
     film.frames = frames_;
     // Where they differ by a frame or two, some at the ends have lost their times.
     const double counted = frames_ * frameSeconds_;
-    film.seconds = std::abs(seconds_ - counted) < 2 * frameSeconds_ ? counted : seconds_;
+    const bool isCounted = std::abs(seconds_ - counted) < 2 * frameSeconds_;
+    film.seconds = std::min(isCounted ? counted : seconds_, kLongestFilm);
     film.keyframeInterval = std::max(interval_, frames_ - lastKeyframe_);
     film.keyframes = std::move(keyframes_);
     const auto streamOf = [&](const AudioTrack& track) {
