@@ -3,6 +3,7 @@
 #include "fuzzing.h"
 #include "graphics/codecs/codecs.h"
 #include "graphics/drawing.h"
+#include "system/module.h"
 
 // Any bytes as a picture file, whole and reduced, drawn as a page would.
 
@@ -29,5 +30,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string path = scratchFile("picture", data, size);
     look(decodePicture(path, [](PixelSize) { return PixelSize{40, 28}; }));
     look(decodePicture(path));
+    require(!wasModuleMissed(), "the formats of the desktop module are tried");
     return 0;
 }

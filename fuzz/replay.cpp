@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 int main(int argc, char** argv) {
     std::vector<std::string> files;
-    for (const std::string path : std::vector<std::string>(argv + 1, argv + argc)) {
+    for (const std::string& path : std::vector<std::string>(argv + 1, argv + argc)) {
         if (fs::is_regular_file(path)) files.push_back(path);
         if (!fs::is_directory(path)) continue;
         for (const auto& entry : fs::directory_iterator(path)) {
