@@ -52,7 +52,7 @@ const std::string& scratchFolder() {
 }
 
 std::string scratchFile(std::string_view name, const std::uint8_t* data, std::size_t size) {
-    const std::string path = scratchFolder() + "/" + std::string(name);
+    std::string path = scratchFolder() + "/" + std::string(name);
     require(writeFile(path, {data, size}), "the scratch folder can be written to");
     return path;
 }

@@ -7,13 +7,14 @@ using namespace tkv;
 using namespace tkv::fuzz;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string& folder = scratchFolder();
+    const std::string folder = scratchFolder() + "/";
     std::vector<std::string> words;
     // Paths that may be opened, if only to see whether they are there, stay away from devices.
     for (Input input(data, size); !input.isAtEnd();) {
         std::string word = input.word();
         const bool isPath = word.find('/') != std::string::npos || word.starts_with('~');
-        words.push_back(isPath ? folder + "/" + word : std::move(word));
+        if (isPath) word.insert(0, folder);
+        words.push_back(std::move(word));
     }
     int calls = 0;
     const auto compose = [&](const MenuRequest& request) {
