@@ -8,7 +8,12 @@
 #define TKV_SEEN_OUTSIDE extern "C" __attribute__((visibility("default")))
 
 TKV_SEEN_OUTSIDE const tkv::DesktopGraphics tkvDesktopGraphics{
-    tkv::desktop::rasterizeText, tkv::desktop::isReadByPixbuf, tkv::desktop::decodeWithPixbuf,
-    tkv::desktop::encodeTiff, tkv::desktop::encodeBmp};
+    {TKV_MODULE_VERSION, sizeof(tkv::DesktopGraphics)},
+    tkv::desktop::rasterizeText,
+    tkv::desktop::isReadByPixbuf,
+    tkv::desktop::decodeWithPixbuf,
+    tkv::desktop::encodeTiff,
+    tkv::desktop::encodeBmp};
 
-TKV_SEEN_OUTSIDE const tkv::DesktopTrash tkvDesktopTrash{tkv::desktop::moveToTrash};
+TKV_SEEN_OUTSIDE const tkv::DesktopTrash tkvDesktopTrash{
+    {TKV_MODULE_VERSION, sizeof(tkv::DesktopTrash)}, tkv::desktop::moveToTrash};

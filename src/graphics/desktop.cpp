@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include "system/module.h"
-
 namespace tkv {
 
 namespace {

@@ -2,6 +2,7 @@
 
 #include "graphics/codecs/codecs.h"
 #include "graphics/text.h"
+#include "system/module.h"
 
 namespace tkv {
 
@@ -9,6 +10,7 @@ namespace tkv {
 /// forward to it, and answer none where the module is not installed.
 struct DesktopGraphics {
     static constexpr const char* kSymbol = "tkvDesktopGraphics";
+    TableStamp stamp;
     decltype(&tkv::rasterizeText) rasterizeText;
     decltype(&tkv::isReadByPixbuf) isReadByPixbuf;
     decltype(&tkv::decodeWithPixbuf) decodeWithPixbuf;

@@ -10,17 +10,20 @@ namespace {
 bool wasMissed = false;
 }
 
-const void* moduleSymbol(const char* symbol) {
+const void* moduleTable(const char* symbol, std::size_t bytes) {
     // Looked for as any library is: in the folder that the program was linked with, unless the
     // environment names others.
     static void* const library = dlopen(TKV_DESKTOP_MODULE, RTLD_LAZY | RTLD_LOCAL);
     const void* const found = library == nullptr ? nullptr : dlsym(library, symbol);
-    if (found == nullptr && !wasMissed) {
-        const char* const reason = dlerror();
+    const auto* const stamp = static_cast<const TableStamp*>(found);
+    if (stamp != nullptr && *stamp == TableStamp{TKV_MODULE_VERSION, bytes}) return found;
+    if (!wasMissed) {
+        const char* const reason =
+            stamp == nullptr ? dlerror() : TKV_DESKTOP_MODULE ": built for another version";
         logLine("desktop module      :-( {}", reason == nullptr ? symbol : reason);
         wasMissed = true;
     }
-    return found;
+    return nullptr;
 }
 
 bool wasModuleMissed() {

@@ -1,7 +1,5 @@
 #include "system/trash.h"
 
-#include "system/module.h"
-
 namespace tkv {
 
 bool moveToTrash(const std::string& path) {

@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "system/module.h"
+
 namespace tkv {
 
 /// Moves one file or folder to the desktop's Trash; false when that was not possible, as where the
@@ -12,6 +14,7 @@ bool moveToTrash(const std::string& path);
 /// What the desktop module has for this.
 struct DesktopTrash {
     static constexpr const char* kSymbol = "tkvDesktopTrash";
+    TableStamp stamp;
     decltype(&tkv::moveToTrash) moveToTrash;
 };
 
