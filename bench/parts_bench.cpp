@@ -50,7 +50,8 @@ Rect all(PixelSize size) {
 }
 
 void scale(Bitmap& target, const Bitmap& picture) {
-    drawPicture(target, picture, {}, all(target.size()), Compositing::sourceOver, 1.0);
+    if (!drawPicture(target, picture, {}, all(target.size()), Compositing::sourceOver, 1.0))
+        abort();
 }
 
 /// A painted picture blown up to the size of a photograph, with the grain of one.
@@ -192,7 +193,7 @@ void encodePage(benchmark::State& state) {
 void encodeOneColour(benchmark::State& state) {
     const PixelSize raster{kPageWidth, kPalRasterHeight};
     Bitmap picture = must(Bitmap::create(raster));
-    fillRect(picture, all(raster), withAlpha(kOrange, 0.3F));
+    if (!fillRect(picture, all(raster), withAlpha(kOrange, 0.3F))) abort();
     for (auto _ : state)
         benchmark::DoNotOptimize(encodePng(picture));
 }

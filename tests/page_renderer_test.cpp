@@ -33,4 +33,21 @@ TEST(PageRenderer, PreparesALayerOnceAsLongAsTheBudgetLasts) {
     EXPECT_EQ(preparations(std::size_t{7} * 400, 210), 7 + 4 * 30);
 }
 
+TEST(PageRenderer, AnswersNoneForAPageInError) {
+    // cairo draws on no side above 32,767 pixels.
+    const std::string bar = fmt::format("{:█>2000}", "");
+    const Layer text = TextLayer{bar, {}, {30, {}, {}, kWhite}, Point{}};
+    EXPECT_FALSE(PageRenderer().render({{40000, 30}, {FillLayer{{0, 0, 9, 9}, kBlack}}}));
+    EXPECT_FALSE(PageRenderer().render({{40000, 30}, {text}}));
+    EXPECT_FALSE(prepareLayer(text, {40000, 30})->isWhole);
+
+    // Without memory for a moment only one page fails.
+    bool isWhole = false;
+    PageRenderer renderer(1000, [&](const Layer&, PixelSize) {
+        return PlacedBitmap{Bitmap::create({10, 10}).value(), 0, 0, std::exchange(isWhole, true)};
+    });
+    EXPECT_FALSE(renderer.render({{20, 20}, {text}}));
+    EXPECT_TRUE(renderer.render({{20, 20}, {text}}));
+}
+
 }  // namespace tkv::test::rendering

@@ -1,5 +1,7 @@
 #include "pictures.h"
 
+#include <gtest/gtest.h>
+
 #include "graphics/drawing.h"
 
 namespace tkv::test {
@@ -53,8 +55,8 @@ Bytes progressive(const Bytes& jpeg, const std::string& script) {
 
 Bitmap drawn(const Bitmap& picture, PixelSize size, const Rect& from) {
     Bitmap shown = Bitmap::create(size).value();
-    drawPicture(shown, picture, from, {0, 0, 1.0 * size.width, 1.0 * size.height},
-                Compositing::sourceOver, 1.0);
+    EXPECT_TRUE(drawPicture(shown, picture, from, {0, 0, 1.0 * size.width, 1.0 * size.height},
+                            Compositing::sourceOver, 1.0));
     return shown;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 #include <utility>
 #include <variant>
 
@@ -37,8 +38,9 @@ PixelArea visibleArea(const Rect& rect, PixelSize canvas) {
 /// Decodes the picture at the size in which it is shown and scales what is seen of it.
 std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize canvas) {
     const PixelArea area = visibleArea(layer.destination, canvas);
+    if (area.size.width < 1 || area.size.height < 1) return std::nullopt;
     std::optional<Bitmap> scaled = Bitmap::create(area.size);
-    if (!scaled) return std::nullopt;
+    if (!scaled) throw std::bad_alloc();
     std::optional<Bitmap> picture = decodePicture(layer.file, [&](PixelSize) {
         return PixelSize{static_cast<int>(std::ceil(layer.scaledTo.width)),
                          static_cast<int>(std::ceil(layer.scaledTo.height))};
@@ -48,8 +50,9 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
     const double bottom = canvas.height - area.top - area.size.height;
     const Rect destination{layer.destination.x - area.left, layer.destination.y - bottom,
                            layer.destination.width, layer.destination.height};
-    drawPicture(*scaled, *picture, layer.source, destination, Compositing::sourceOver, 1.0);
-    return PlacedBitmap{*std::move(scaled), area.left, area.top};
+    const bool isWhole =
+        drawPicture(*scaled, *picture, layer.source, destination, Compositing::sourceOver, 1.0);
+    return PlacedBitmap{*std::move(scaled), area.left, area.top, isWhole};
 }
 
 std::string inCase(const std::string& text, LetterCase letterCase) {
@@ -89,6 +92,7 @@ PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canv
     if (const auto known = cache_.find(key); known != cache_.end()) return known->second;
     std::optional<PlacedBitmap> made = prepare_(layer, canvas);
     Prepared result = made ? std::make_shared<PlacedBitmap>(*std::move(made)) : nullptr;
+    if (result && !result->isWhole) return result;  // Another page may have more luck.
     const std::size_t cost = result ? bytesOf(*result) : 0;
     if (cost <= budgetLeft_) {
         budgetLeft_ -= cost;
@@ -102,9 +106,9 @@ std::optional<Bitmap> PageRenderer::render(const Page& page) {
     if (!canvas) return std::nullopt;
     for (const Layer& layer : page.layers) {
         if (const auto* fill = std::get_if<FillLayer>(&layer)) {
-            fillRect(*canvas, fill->area, fill->color);
+            if (!fillRect(*canvas, fill->area, fill->color)) return std::nullopt;
         } else if (const Prepared placed = prepared(layer, page.canvas)) {
-            blend(*canvas, *placed, opacityOf(layer));
+            if (!placed->isWhole || !blend(*canvas, *placed, opacityOf(layer))) return std::nullopt;
         }
     }
     if (wasModuleMissed()) return std::nullopt;

@@ -14,7 +14,7 @@
 namespace tkv {
 
 /// Makes a picture or a text ready to be blended on a canvas: decodes and scales the one, lays out
-/// and rasterises the other. None when nothing of it shows.
+/// and rasterises the other. None when nothing of it shows. Throws std::bad_alloc.
 std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas);
 using LayerMaker = std::function<std::optional<PlacedBitmap>(const Layer&, PixelSize canvas)>;
 
@@ -31,7 +31,8 @@ class PageRenderer {
         : budgetLeft_(budget), prepare_(std::move(prepare)) {}
 
     /// The page drawn on a new bitmap of its canvas' size; none when there is no memory for it, or
-    /// parts of it cannot be drawn because the desktop module is missing.
+    /// parts of it cannot be drawn because the drawing library fails or the desktop module is
+    /// missing.
     std::optional<Bitmap> render(const Page& page);
 
   private:

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
+#include <new>
 #include <span>
 #include <string>
 #include <utility>
@@ -190,7 +191,7 @@ std::vector<PlacedLine> placeLines(PangoLayout* layout, const Frame& frame, cons
     return placed;
 }
 
-void drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& lines,
+bool drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& lines,
                const Color& color) {
     const CairoSurface surface = surfaceOn(target);
     const CairoContext context(cairo_create(surface.get()));
@@ -199,6 +200,7 @@ void drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
         cairo_move_to(context.get(), line.x - box.left, line.baseline - box.top);
         pango_cairo_show_layout_line(context.get(), line.line);
     }
+    return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
 }
 
 }  // namespace
@@ -225,10 +227,10 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     const Box box = ink.grownBy(margin).cutTo(canvasBox.grownBy(margin));
     if (box.isEmpty()) return std::nullopt;
     std::optional<Bitmap> bitmap = Bitmap::create({box.right - box.left, box.bottom - box.top});
-    if (!bitmap) return std::nullopt;
-    drawLines(*bitmap, box, lines, attributes.color);
+    if (!bitmap) throw std::bad_alloc();
+    const bool isWhole = drawLines(*bitmap, box, lines, attributes.color);
     addShadow(*bitmap, attributes.shadow);
-    return PlacedBitmap{*std::move(bitmap), box.left, box.top};
+    return PlacedBitmap{*std::move(bitmap), box.left, box.top, isWhole};
 }
 
 }  // namespace tkv::desktop

@@ -28,6 +28,18 @@ CairoContext contextOn(Bitmap& bitmap) {
     return CairoContext(cairo_create(surfaceOn(bitmap).get()));
 }
 
+/// Contexts and surfaces keep the first error that they met, and do nothing from then on; that of
+/// a surface shows in the context that draws on it or with it.
+bool isDrawn(cairo_t* context) {
+    return cairo_status(context) == CAIRO_STATUS_SUCCESS;
+}
+
+void sampleSource(cairo_t* context, cairo_extend_t beyond, cairo_filter_t filter) {
+    if (!isDrawn(context)) return;  // cairo would make a source for this question, and lose it.
+    cairo_pattern_set_extend(cairo_get_source(context), beyond);
+    cairo_pattern_set_filter(cairo_get_source(context), filter);
+}
+
 bool isEmpty(const PixelRect& rect) {
     return !(rect.width > 0 && rect.height > 0);
 }
@@ -72,8 +84,7 @@ void setSource(cairo_t* context, const Bitmap& picture, const PixelRect& from,
     const CairoSurface pixels = surfaceOn(picture);
     cairo_set_source_surface(context, pixels.get(), -from.left, -from.top);
     // Padding keeps the filter from mixing transparency into the picture's edges.
-    cairo_pattern_set_extend(cairo_get_source(context), CAIRO_EXTEND_PAD);
-    cairo_pattern_set_filter(cairo_get_source(context), CAIRO_FILTER_BILINEAR);
+    sampleSource(context, CAIRO_EXTEND_PAD, CAIRO_FILTER_BILINEAR);
 }
 
 }  // namespace
@@ -89,24 +100,25 @@ CairoSurface surfaceOn(const Bitmap& bitmap) {
     return surfaceOn(const_cast<Bitmap&>(bitmap));
 }
 
-void fillRect(Bitmap& target, const Rect& area, const Color& color) {
+bool fillRect(Bitmap& target, const Rect& area, const Color& color) {
     const CairoContext context = contextOn(target);
     cairo_set_operator(context.get(), CAIRO_OPERATOR_SOURCE);
     cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, color.alpha);
     addRectangle(context.get(), pixelsOf(target, area));
     cairo_fill(context.get());
+    return isDrawn(context.get());
 }
 
-void drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const Rect& to,
+bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const Rect& to,
                  Compositing compositing, double opacity) {
     const PixelRect source = from == Rect{} ? picture.extent() : pixelsOf(picture, from);
     const PixelRect destination = pixelsOf(target, to);
-    if (isEmpty(source) || isEmpty(destination)) return;
+    if (isEmpty(source) || isEmpty(destination)) return true;
     const PixelRect whole = scaled(picture.extent(), source, destination);
     const PixelRect canvas{0, 0, static_cast<double>(target.width()),
                            static_cast<double>(target.height())};
     const PixelRect seen = common(common(destination, whole), canvas);
-    if (isEmpty(seen)) return;
+    if (isEmpty(seen)) return true;
 
     std::optional<Bitmap> made;  // Outlives the context that paints it.
     const CairoContext context = contextOn(target);
@@ -123,20 +135,22 @@ void drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const 
         const PixelRect area = touched(seen);
         const PixelSize size{static_cast<int>(area.width), static_cast<int>(area.height)};
         made = resampled(picture, scaled(area, destination, source), size);
-        if (!made) return;
+        if (!made) return false;
         setSource(cr, *made, made->extent(), area);
     }
     cairo_set_operator(cr, compositing == Compositing::sourceOver ? CAIRO_OPERATOR_OVER
                                                                   : CAIRO_OPERATOR_DEST_OVER);
     cairo_paint_with_alpha(cr, opacity);
+    return isDrawn(cr);
 }
 
-void blend(Bitmap& target, const PlacedBitmap& placed, double opacity) {
+bool blend(Bitmap& target, const PlacedBitmap& placed, double opacity) {
     const CairoContext context = contextOn(target);
     const CairoSurface pixels = surfaceOn(placed.pixels);
     cairo_set_source_surface(context.get(), pixels.get(), placed.left, placed.top);
-    cairo_pattern_set_filter(cairo_get_source(context.get()), CAIRO_FILTER_NEAREST);
+    sampleSource(context.get(), CAIRO_EXTEND_NONE, CAIRO_FILTER_NEAREST);
     cairo_paint_with_alpha(context.get(), opacity);
+    return isDrawn(context.get());
 }
 
 }  // namespace tkv

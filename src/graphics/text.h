@@ -31,7 +31,7 @@ using TextPlace = std::variant<Point, Rect>;
 
 /// Lays a text out for a canvas, shapes it, and draws it with its shadow. `text`: any bytes; what
 /// is not UTF-8 shows as U+FFFD, and what linesToDraw drops does not show. None when nothing of it
-/// would show on the canvas.
+/// would show on the canvas. Throws std::bad_alloc.
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
 

@@ -98,8 +98,7 @@ std::optional<std::array<int, 2>> imgSizes(const std::string& path) {
 
 bool imgColorFile(const Color& colour, const std::string& path, int width, int height) {
     std::optional<Bitmap> swatch = Bitmap::create({100, 100});
-    if (!swatch) return false;
-    fillRect(*swatch, {0, 0, 100, 100}, colour);
+    if (!swatch || !fillRect(*swatch, {0, 0, 100, 100}, colour)) return false;
     return imgExport(imgRescaleStretch(&*swatch, width, height, kUnitsPerInch, false), path, 1.0F);
 }
 

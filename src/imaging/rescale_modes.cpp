@@ -93,12 +93,12 @@ Rect nominalRect(const Bitmap& bitmap) {
 }
 
 /// Draws the picture's part `from` into `to`; the ground `blackFill` is laid first unless alpha is
-/// kept.
-void drawOn(Bitmap& canvas, const Bitmap& image, const Rect& blackFill, const Rect& from,
+/// kept. False when the drawing failed.
+bool drawOn(Bitmap& canvas, const Bitmap& image, const Rect& blackFill, const Rect& from,
             const Rect& to, bool keepAlpha) {
-    if (!keepAlpha) fillRect(canvas, blackFill, kBlack);
-    drawPicture(canvas, image, from, to,
-                keepAlpha ? Compositing::destinationOver : Compositing::sourceOver, 1.0);
+    if (!keepAlpha && !fillRect(canvas, blackFill, kBlack)) return false;
+    return drawPicture(canvas, image, from, to,
+                       keepAlpha ? Compositing::destinationOver : Compositing::sourceOver, 1.0);
 }
 
 }  // namespace
@@ -129,7 +129,8 @@ std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH
                 dstW, dstH, srcOffX, srcOffY, srcRegW, srcRegH);
     const Rect from{-static_cast<double>(srcOffX), -static_cast<double>(srcOffY),
                     static_cast<double>(srcRegW), static_cast<double>(srcRegH)};
-    drawOn(*canvas, *image, boxRect(dstW, dstH), from, boxRect(dstW, dstH), keepAlpha);
+    if (!drawOn(*canvas, *image, boxRect(dstW, dstH), from, boxRect(dstW, dstH), keepAlpha))
+        return std::nullopt;
     return canvas;
 }
 
@@ -156,7 +157,7 @@ std::optional<Bitmap> imgRescaleFitPad(const Bitmap* image, int dstW, int dstH, 
     // The size is in pixels while the offset is in drawing units: kept as it stands.
     const Rect to{static_cast<double>(truncated(offX)), static_cast<double>(truncated(offY)),
                   static_cast<double>(fit.scaledW), static_cast<double>(fit.scaledH)};
-    drawOn(*canvas, *image, boxRect(dstW, dstH), from, to, keepAlpha);
+    if (!drawOn(*canvas, *image, boxRect(dstW, dstH), from, to, keepAlpha)) return std::nullopt;
     return canvas;
 }
 
@@ -166,7 +167,8 @@ std::optional<Bitmap> imgRescaleStretch(const Bitmap* image, int dstW, int dstH,
     const double dotsPerInch = usableResolution(resolution);
     std::optional<Bitmap> canvas = newCanvas({dstW, dstH}, dotsPerInch, Logging::off);
     if (!canvas) return std::nullopt;
-    drawOn(*canvas, *image, boxRect(dstW, dstH), Rect{}, nominalRect(*canvas), keepAlpha);
+    if (!drawOn(*canvas, *image, boxRect(dstW, dstH), Rect{}, nominalRect(*canvas), keepAlpha))
+        return std::nullopt;
     return canvas;
 }
 
@@ -177,8 +179,9 @@ std::optional<Bitmap> imgRescaleFit(const Bitmap* image, int dstW, int dstH, dou
     const Fit fit = fitToBox(*image, dstW, dstH, inside);
     std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, dotsPerInch, Logging::off);
     if (!canvas) return std::nullopt;
-    drawOn(*canvas, *image, boxRect(dstW, dstH), boxRect(fit.srcW, fit.srcH), nominalRect(*canvas),
-           keepAlpha);
+    if (!drawOn(*canvas, *image, boxRect(dstW, dstH), boxRect(fit.srcW, fit.srcH),
+                nominalRect(*canvas), keepAlpha))
+        return std::nullopt;
     return canvas;
 }
 
@@ -193,7 +196,8 @@ std::optional<Bitmap> imgRescaleCover(const Bitmap* image, int dstW, int dstH, d
     const Rect ground = boxRect(dstW + 4, dstH + 4);
     const Rect from{0, 0, double{product(fit.scaledW, fit.f)} * dotsPerInch / kUnitsPerInch,
                     double{product(fit.scaledH, fit.f)} * dotsPerInch / kUnitsPerInch};
-    drawOn(*canvas, *image, ground, from, boxRect(fit.scaledW, fit.scaledH), keepAlpha);
+    if (!drawOn(*canvas, *image, ground, from, boxRect(fit.scaledW, fit.scaledH), keepAlpha))
+        return std::nullopt;
     return canvas;
 }
 
