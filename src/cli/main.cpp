@@ -1,6 +1,8 @@
+#include <fmt/format.h>
+
 #include <csignal>
 #include <exception>
-#include <string_view>
+#include <new>
 
 #include "cli/front_end.h"
 #include "composer/dvd_menu_picture.h"
@@ -26,11 +28,10 @@ int main(int argc, char** argv) {
     try {
         // A caller may pass not even the program's name.
         return tkv::runFrontEnd({argv + (argc > 0 ? 1 : 0), argv + argc}, tkv::dvdMenuPicture);
+    } catch (const std::bad_alloc&) {
+        tkv::writeStandardError("tkvDvdMenuImg: there is not enough memory, exit\n");
     } catch (const std::exception& error) {
-        // Each piece as it stands: when memory has run out there is none to join them in.
-        for (const std::string_view piece : {"tkvDvdMenuImg: ", error.what(), ", exit\n"}) {
-            tkv::writeStandardError(piece);
-        }
-        return 1;
+        tkv::writeStandardError(fmt::format("tkvDvdMenuImg: {}, exit\n", error.what()));
     }
+    return 1;
 }

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <exception>
 #include <filesystem>
+#include <new>
 #include <optional>
 
 #include "disc/command_line.h"
@@ -47,6 +48,9 @@ int main(int argc, char** argv) {
         // As the signal would have ended it, for a shell that wants to know.
         std::signal(endedBy, SIG_DFL);
         std::raise(endedBy);
+    } catch (const std::bad_alloc&) {
+        // As it stands: there may be none to make another text of it.
+        tkv::writeStandardError("tkvDvdDisc: there is not enough memory.\n");
     } catch (const std::filesystem::filesystem_error& error) {
         complain(fmt::format("{}: {}.", error.path1().string(), error.code().message()));
     } catch (const std::exception& error) {
