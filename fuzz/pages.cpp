@@ -30,7 +30,7 @@ void makePictures() {
         const fs::path path = pathOf("in/" + std::string(name));
         fs::create_directories(path.parent_path());
         Bitmap bitmap = Bitmap::create({32, 18}).value();
-        fillRect(bitmap, {0, 0, 24, 18}, kOrange);
+        require(fillRect(bitmap, {0, 0, 24, 18}, kOrange), "a bitmap can be filled");
         const auto bytes = encodePicture(bitmap, path.extension().string().substr(1), 0.9F);
         require(bytes && writeFile(path, *bytes), "there are pictures");
     }

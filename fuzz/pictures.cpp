@@ -15,12 +15,14 @@ namespace {
 void look(const std::optional<Bitmap>& picture) {
     if (!picture) return;
     requireSound(*picture);
-    require(canHold(picture->size(), picture->size()), "a decoded picture is within the limits");
+    require(canHold(picture->size(), 4 * pixelsOf(picture->size())),
+            "a decoded picture is within the limits");
     const PixelRect& extent = picture->extent();
     require(extent.width > 0 && extent.height > 0 && std::isfinite(extent.left + extent.top),
             "a picture lies somewhere on its pixels");
     Bitmap page = Bitmap::create({48, 36}).value();
-    drawPicture(page, *picture, {}, {4, 4, 40, 28}, Compositing::sourceOver, 0.5);
+    require(drawPicture(page, *picture, {}, {4, 4, 40, 28}, Compositing::sourceOver, 0.5),
+            "it can be drawn");
     requireSound(page);
 }
 

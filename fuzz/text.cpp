@@ -50,7 +50,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
                 placed->pixels.height() <= kCanvas.height + reach,
             "a text is no larger than its canvas and its shadow");
     Bitmap canvas = Bitmap::create(kCanvas).value();
-    blend(canvas, *placed, 0.7);
+    require(blend(canvas, *placed, 0.7), "a text can be drawn");
     requireSound(canvas);
     return 0;
 }
