@@ -26,7 +26,7 @@ std::int64_t bytesForPlanes(ByteView file) {
     return 16 * pixelsOf(statedSize(file));
 }
 
-constexpr std::array<PixbufReader, 10> kReaders{{
+constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "png", .comesRowByRow = true},
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
@@ -34,7 +34,6 @@ constexpr std::array<PixbufReader, 10> kReaders{{
     {.name = "webp", .bytesFor = bytesForPlanes<webpSize>},
     {.name = "avif", .bytesFor = bytesForPlanes<heifSize>},
     {.name = "heif/avif", .bytesFor = bytesForPlanes<heifSize>},
-    {.name = "ico", .comesRowByRow = true},
     {.name = "tga", .comesRowByRow = true},
     {.name = "pnm", .comesRowByRow = true},
 }};

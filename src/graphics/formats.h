@@ -24,7 +24,7 @@ PixelSize everyPixel(PixelSize full);
 
 /// Decodes the picture in the regular file at `path` (tilde already expanded), whatever its name
 /// says: JPEG, JPEG 2000, and of what the system's GdkPixbuf loads PNG, GIF, BMP, TIFF, WebP, AVIF,
-/// HEIF, ICO, TGA and PNM; of several pictures the first.
+/// HEIF, TGA and PNM; of several pictures the first.
 /// It stands upright (EXIF orientation applied) and in sRGB (an embedded profile converted); its
 /// nominal size is its full upright size in pixels, also where fewer pixels were decoded.
 /// None when the file cannot be read or decoded, has a side above 32,768 pixels, would take more than

@@ -34,7 +34,7 @@ std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
 std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> factor = {});
 
 bool isReadByPixbuf(ByteView head);
-/// What the system's GdkPixbuf loads of PNG, GIF, BMP, TIFF, WebP, AVIF, HEIF, ICO, TGA and PNM;
+/// What the system's GdkPixbuf loads of PNG, GIF, BMP, TIFF, WebP, AVIF, HEIF, TGA and PNM;
 /// the first picture of an animation.
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
 /// With alpha.
