@@ -1,12 +1,15 @@
 #include "utils/tool_runner.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 
+#include <chrono>
 #include <csignal>
 #include <fstream>
 
 #include "support.h"
+#include "system/descriptor.h"
 #include "system/log.h"
 #include "system/resources.h"
 #include "utils/version_probe.h"
@@ -62,15 +65,18 @@ TEST_F(Tools, AnswerWhatTheLastCommandPrints) {
         {{noProgram, "|", "/usr/bin/wc", "-c"}, "0\n"},
         {{"/usr/bin/yes", "|", wrongFormat, "|", "/usr/bin/wc", "-c"}, "0\n"},
         {{"/usr/bin/yes", "|", noProgram}, std::nullopt},
+        {{"/bin/sh", "-c", "ulimit -c 0; kill -XFSZ $$; echo ignored"}, std::nullopt},
     };
     // Where the signal stays ignored, `yes` complains about the broken pipe.
     const auto handler = std::signal(SIGPIPE, SIG_IGN);
+    const auto sizeHandler = std::signal(SIGXFSZ, SIG_IGN);
     for (const auto& c : cases) {
         SCOPED_TRACE(testing::PrintToString(c.words));
         EXPECT_EQ(errorsOf([&] { EXPECT_EQ(taskArrayPipes(c.words), c.answer); }),
                   kBegin + c.errors);
     }
     std::signal(SIGPIPE, handler);
+    std::signal(SIGXFSZ, sizeHandler);
     const std::string big = folder.write("big", std::string(8 << 20, 'x'));
     EXPECT_TRUE(taskArrayPipes({"/bin/cat", big, "|", "/bin/cat"}) == readText(big));
 }
@@ -119,6 +125,20 @@ TEST_F(Tools, TellTheVersionOfSpumux) {
         if (withDvdauthor) folder.write("tools/dvdauthor", "");
         EXPECT_FLOAT_EQ(versionSpumux(isRequired, folder.path()), version) << spumux;
     }
+    // One that prints for ever is cut within a character; one that hangs is granted no time here.
+    executable("tools/spumux", "#!/bin/sh\necho 'version  0.7.2'; exec yes é");
+    EXPECT_FLOAT_EQ(versionSpumux(true, folder.path()), 0.0702F);
+    executable("tools/spumux", "#!/bin/sh\nwhile :; do :; done");
+    EXPECT_FLOAT_EQ(versionSpumux(true, folder.path(), std::chrono::milliseconds(0)), 0.0F);
+    while (waitpid(-1, nullptr, 0) > 0) {  // for ever, were they not killed
+    }
+    const Descriptor before(dup(STDIN_FILENO)), zeros(open("/dev/zero", O_RDONLY));
+    dup2(zeros.number(), STDIN_FILENO);
+    executable("tools/spumux", "#!/bin/sh\necho version 0.5 $(readlink /proc/$$/fd/0)");
+    EXPECT_TRUE(verboseErrorsOf([&] {
+                    versionSpumux(true, folder.path());
+                }).find("0.5 /dev/null\n") != std::string::npos);
+    dup2(before.number(), STDIN_FILENO);
     EXPECT_EQ(linesOfText("a\vb\fc\r\nd\n\n \u0085e\u2028f\u2029g"),
               (Strings{"a", "b", "c", "d", " ", "e", "f", "g"}));
     executable("tools/spumux", "#!/bin/sh\necho version 0.7.2");

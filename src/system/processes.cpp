@@ -2,20 +2,17 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <atomic>
 #include <cerrno>
 #include <csignal>
-#include <optional>
 #include <string_view>
 #include <utility>
 
-#include "system/pipe.h"
+#include "system/program_start.h"
 
 #ifdef __APPLE__
 extern char** environ;
@@ -24,87 +21,6 @@ extern char** environ;
 namespace tkv {
 
 namespace {
-
-// None when there are too many open files.
-std::vector<Pipe> makePipes(std::size_t count) {
-    std::vector<Pipe> pipes;
-    while (pipes.size() < count) {
-        std::optional<Pipe> made = makePipe();
-        if (!made) return {};
-        pipes.push_back(std::move(*made));
-    }
-    return pipes;
-}
-
-// An argv or envp array of the words, which must outlive it. posix_spawn does not change them.
-std::vector<char*> argvOf(const std::vector<std::string>& words) {
-    std::vector<char*> pointers;
-    pointers.reserve(words.size() + 1);
-    for (const std::string& word : words)
-        pointers.push_back(const_cast<char*>(word.c_str()));
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-// What a program gets as its streams; -1 leaves one as this process has it.
-struct Streams {
-    int input = -1;
-    int output = -1;
-    int errors = -1;
-};
-
-enum class Lookup { asItStands, inPath };
-
-// Starts the command; the answer is 0, or errno of why that was not possible.
-int start(const std::vector<std::string>& command, char* const* environment, const Streams& streams,
-          Lookup lookup, pid_t& child) {
-    const std::vector<char*> argv = argvOf(command);
-
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    for (const auto& [descriptor, stream] : {std::pair(streams.input, STDIN_FILENO),
-                                             {streams.output, STDOUT_FILENO},
-                                             {streams.errors, STDERR_FILENO}}) {
-        if (descriptor >= 0) posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
-    }
-
-    // Whatever this process blocks or ignores, a program whose reader is gone is to end.
-    posix_spawnattr_t attributes;
-    posix_spawnattr_init(&attributes);
-    sigset_t signals;
-    sigemptyset(&signals);
-    posix_spawnattr_setsigmask(&attributes, &signals);
-    sigaddset(&signals, SIGPIPE);
-    posix_spawnattr_setsigdefault(&attributes, &signals);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
-
-    const auto spawn = lookup == Lookup::inPath ? posix_spawnp : posix_spawn;
-    const int error = spawn(&child, argv[0], &actions, &attributes, argv.data(), environment);
-    posix_spawnattr_destroy(&attributes);
-    posix_spawn_file_actions_destroy(&actions);
-    return error;
-}
-
-// Programs that were started and have not been seen to end.
-std::vector<pid_t> children;
-
-// Takes leave of those that have ended; waits for none.
-void reap() {
-    std::erase_if(children, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; });
-}
-
-std::string readToEnd(int descriptor) {
-    std::string bytes;
-    std::array<char, 65536> buffer;
-    std::size_t got = 0;
-    do {
-        got = transferAll(buffer.size(), [&](std::size_t done) {
-            return read(descriptor, buffer.data() + done, buffer.size() - done);
-        });
-        bytes.append(buffer.data(), got);
-    } while (got == buffer.size());
-    return bytes;
-}
 
 std::atomic<bool> stopped = false;
 
@@ -213,30 +129,6 @@ std::map<std::string, std::string> environmentVariables() {
     return variables;
 }
 
-std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
-                        const std::vector<std::string>& environment) {
-    std::vector<Pipe> pipes = makePipes(commands.size());
-    if (pipes.empty()) return {};
-    const std::vector<char*> envp = argvOf(environment);
-
-    for (std::size_t i = 0; i < commands.size(); ++i) {
-        Streams streams;
-        if (i > 0) streams.input = pipes[i - 1].readEnd.number();
-        streams.output = pipes[i].writeEnd.number();
-        if (i + 1 == commands.size()) streams.errors = streams.output;
-        pid_t child = 0;
-        if (start(commands[i], envp.data(), streams, Lookup::asItStands, child) == 0) {
-            children.push_back(child);
-        }
-        pipes[i].writeEnd.close();
-        if (i > 0) pipes[i - 1].readEnd.close();
-    }
-
-    std::string output = readToEnd(pipes.back().readEnd.number());
-    reap();
-    return output;
-}
-
 ProgramEnd runProgram(Program program) {
     if (stopped) return {ProgramEnd::How::stopped, 0};
     Descriptor input = std::move(program.stream);
@@ -256,8 +148,8 @@ ProgramEnd runProgram(Program program) {
     const int written = file.number() >= 0 ? file.number() : output.writeEnd.number();
     pid_t child = 0;
     const int error =
-        start(program.command, environ, {input.number(), written, errors.writeEnd.number()},
-              Lookup::inPath, child);
+        startProgram(program.command, environ, {input.number(), written, errors.writeEnd.number()},
+                     Lookup::inPath, child);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
     // Whoever feeds the program is to see when nobody reads any more.
     input.close();

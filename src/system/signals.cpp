@@ -6,7 +6,8 @@
 namespace tkv {
 
 void handleEndingSignals(void (*handler)(int signal), int flags) {
-    std::signal(SIGPIPE, SIG_IGN);
+    for (const int signal : {SIGPIPE, SIGXFSZ})
+        std::signal(signal, SIG_IGN);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);

@@ -56,7 +56,8 @@ bool arePresent(const std::vector<Words>& commands) {
 
 }  // namespace
 
-std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words) {
+std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words,
+                                          const PipelineLimits* limits) {
     logLine("taskArrayPipes      - begin");
     if (words.empty() || !fileExists(words[0])) return std::nullopt;
     verboseLine("taskArrayPipes      - 1");
@@ -71,7 +72,7 @@ std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words)
     Words environment;
     for (const auto& [name, value] : variables)
         environment.push_back(fmt::format("{}={}", name, value));
-    std::string output = runPipeline(*commands, environment);
+    std::string output = runPipeline(*commands, environment, limits);
     // There is no need to try ASCII next: every ASCII text is UTF-8 as well.
     if (!isUtf8(output)) return std::nullopt;
     if (std::find(kNoAnswers.begin(), kNoAnswers.end(), output) != kNoAnswers.end()) {

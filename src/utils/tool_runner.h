@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "system/pipeline.h"
+
 namespace tkv {
 
 /// Runs the command or pipeline that the words make and answers what its last command printed to
@@ -15,7 +17,9 @@ namespace tkv {
 ///
 /// None, with nothing started, for no words, an empty command or a program that is not there; none
 /// also when all that was printed is nothing, a blank, a line feed or both, or is not UTF-8.
-std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words);
+/// `limits`: as runPipeline takes them; without, it waits as long and reads as much as it has to.
+std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words,
+                                          const PipelineLimits* limits = nullptr);
 
 /// The host application's temporary folder.
 std::string tmpFolder();

@@ -14,6 +14,8 @@
 
 namespace tkv {
 
+static constexpr std::size_t kLongestAnswer = std::size_t{1} << 20;
+
 float floatFromString(const std::string& text) {
     float value = 0.0F;
     std::size_t start = 0;
@@ -55,12 +57,14 @@ std::vector<std::string> linesOfText(const std::optional<std::string>& text) {
     return lines;
 }
 
-float versionSpumux(bool requireSpumux, const std::string& resources) {
+float versionSpumux(bool requireSpumux, const std::string& resources,
+                    std::chrono::milliseconds patience) {
     if (resources.empty()) return 0.0F;
     const std::string tools = joinPath(resources, "tools");
     const std::string spumux = joinPath(tools, "spumux");
     if (!fileExists(requireSpumux ? spumux : joinPath(tools, "dvdauthor"))) return 0.0F;
-    const auto output = taskArrayPipes({spumux, "-h"});
+    const PipelineLimits limits{kLongestAnswer, patience};
+    const auto output = taskArrayPipes({spumux, "-h"}, &limits);
     verboseLine("versionSpumux       : {}", describe(output));
     if (!output) return 0.0F;
     float version = 0.0F;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <optional>
 #include <string>
 #include <vector>
@@ -18,6 +19,9 @@ std::vector<std::string> linesOfText(const std::optional<std::string>& text);
 /// The version of the `spumux` program among the resources, minor and patch number only: 0.7.2
 /// gives 0.0702. 0 when it tells none, and when the program that must be there is not: `spumux`
 /// with `requireSpumux`, `dvdauthor` without.
-float versionSpumux(bool requireSpumux, const std::string& resources = resourceFolder());
+/// It reads nothing, its answer counts up to one mebibyte, and after `patience` it is killed, where
+/// what it has printed by then counts.
+float versionSpumux(bool requireSpumux, const std::string& resources = resourceFolder(),
+                    std::chrono::milliseconds patience = std::chrono::seconds(10));
 
 }  // namespace tkv
