@@ -1,3 +1,5 @@
+#include <unistd.h>
+
 #include <algorithm>
 #include <regex>
 
@@ -120,6 +122,24 @@ TEST_F(Overlay, ButtonsFollowTheThumbnailsAndTheMultiplexerTakesThem) {
         EXPECT_TRUE(map.starts_with(head("PAL") + first)) << map;
         EXPECT_TRUE(map.ends_with(last + labels + kTail)) << map;
     }
+}
+
+TEST_F(Overlay, LeavesNoMapThatIsNotWhole) {
+    const std::string lines = run(fmt::format("cd {}; ulimit -f 0; {} -mode 2 -isPal 1 -o m.png",
+                                              folder.path(), quoted(toolPath())));
+    EXPECT_NE(lines.find("overlay Select      ? 0\n"), std::string::npos) << lines;
+    EXPECT_EQ(namesIn(folder.path()), Strings{});
+    // What was there before and may not be opened stays.
+    const std::string secret = folder.write("menu_43.txt", "x");
+    fs::permissions(secret, fs::perms::none);
+    if (geteuid() == 0) {
+        constexpr uid_t kNobody = 65534;
+        ASSERT_EQ(chown(folder.path().c_str(), kNobody, kNobody), 0);
+        ASSERT_EQ(seteuid(kNobody), 0);
+    }
+    errorsOf([&] { EXPECT_TRUE(dvdMenuPicture(request)); });
+    ASSERT_EQ(seteuid(getuid()), 0);
+    EXPECT_EQ(fs::file_size(secret), 1);
 }
 
 }  // namespace tkv::test::overlays

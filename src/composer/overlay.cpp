@@ -4,6 +4,7 @@
 
 #include "composer/page_geometry.h"
 #include "imaging/export.h"
+#include "system/files.h"
 #include "system/log.h"
 #include "system/paths.h"
 #include "system/verbose.h"
@@ -43,6 +44,14 @@ bool writeColor(const std::string& path, float opacity, bool isPal) {
     return imgColorPNG(kOrange, path, raster.width, raster.height, opacity);
 }
 
+/// Writes a map where the earlier one has been removed. If it cannot be written whole it goes, but
+/// what could not be removed stays.
+void writeMap(const std::string& map, const std::string& text) {
+    const std::string path = expandTilde(map);
+    const bool isNew = !fileStamp(path);
+    if (!ecritureFichier(path, text, true) && isNew) removePartOfFile(path);
+}
+
 }  // namespace
 
 std::string formatAttribute(float spumuxVersion, bool isPal) {
@@ -65,11 +74,11 @@ void writeOverlayFiles(const std::string& output, const ButtonMap& buttons, bool
         logLine("mid : {}", buttons.wide);
         logLine("end : {}", kTail);
     }
-    ecritureFichier(wideMap, fmt::format("{}{}{}", head, buttons.wide, kTail), true);
+    writeMap(wideMap, fmt::format("{}{}{}", head, buttons.wide, kTail));
 
     const std::string panScanMap = base + "_43.txt";
     rmCocoa(panScanMap);
-    ecritureFichier(panScanMap, fmt::format("{}{}{}", head, buttons.panScan, kTail), true);
+    writeMap(panScanMap, fmt::format("{}{}{}", head, buttons.panScan, kTail));
 }
 
 }  // namespace tkv

@@ -13,7 +13,7 @@ std::string formatAttribute(float spumuxVersion, bool isPal);
 /// Writes what the subpicture multiplexer needs for the buttons of a menu: "overlayHighlight.png"
 /// and "overlaySelect.png" in the folder of `output`, and in place of any earlier ones the button
 /// maps named like `output` without its extension, with "_169.txt" and "_43.txt" behind.
-/// What cannot be written is only logged.
+/// What cannot be written whole is only logged, if at all, and not left behind.
 void writeOverlayFiles(const std::string& output, const ButtonMap& buttons, bool isPal);
 
 }  // namespace tkv

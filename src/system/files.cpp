@@ -56,14 +56,6 @@ ssize_t copyRange(const Descriptor& from, const Descriptor& to, std::size_t size
     return static_cast<ssize_t>(writeAll(to, buffer.data(), static_cast<std::size_t>(got)));
 }
 
-// For what is there in part only, which would be taken for the whole: a regular file, be it behind
-// links.
-void removeFile(const std::string& path) {
-    std::error_code error;
-    const std::filesystem::path file = std::filesystem::canonical(path, error);
-    if (std::filesystem::is_regular_file(file, error)) std::filesystem::remove(file, error);
-}
-
 bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
@@ -149,8 +141,14 @@ bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
     const std::size_t written = writeAll(file, bytes.data(), bytes.size());
     // A full disk or quota may show only when the file is closed.
     const bool isWhole = file.close() && written == bytes.size();
-    if (!isWhole) removeFile(path);
+    if (!isWhole) removePartOfFile(path);
     return isWhole;
+}
+
+void removePartOfFile(const std::string& path) {
+    std::error_code error;
+    const std::filesystem::path file = std::filesystem::canonical(path, error);
+    if (std::filesystem::is_regular_file(file, error)) std::filesystem::remove(file, error);
 }
 
 bool createFile(const std::string& path) {
@@ -192,7 +190,7 @@ bool copyFile(const std::string& from, const std::string& to) {
     const std::size_t copied =
         transferAll(size, [&](std::size_t done) { return copyRange(source, target, size - done); });
     const bool isWhole = target.close() && copied == size;
-    if (!isWhole) removeFile(to);
+    if (!isWhole) removePartOfFile(to);
     return isWhole;
 }
 

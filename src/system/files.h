@@ -43,6 +43,10 @@ std::optional<std::vector<std::uint8_t>> readFile(
 /// regular file is then removed, so that no part is taken for the whole.
 bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
 
+/// Removes the regular file at `path`, be it behind links, if one is there: for what was written in
+/// part only, which would be taken for the whole.
+void removePartOfFile(const std::string& path);
+
 /// Makes an empty file, unless one is there already that may be read and written. False when the
 /// path cannot be opened for both.
 bool createFile(const std::string& path);
