@@ -58,7 +58,9 @@ void makeImage(const std::string& folder, const std::string& label, const std::s
              {},
              {}},
             "The disc image could not be written");
-    if (static_cast<std::int64_t>(fs::file_size(image)) < bytes)
+    std::error_code error;
+    const auto size = fs::file_size(image, error);
+    if (error || static_cast<std::int64_t>(size) < bytes)
         throw DiscError("The disc image could not be written: it is shorter than the disc.");
 }
 

@@ -167,7 +167,8 @@ void MenuMaker::addButtons(const PageWork& work, const std::string& maps, const 
         const std::string said = runTool({{"spumux", "-s", stream, map}, from, to, {}, {}}, task);
         if (said.find(" 1 subtitles added") == std::string::npos ||
             fs::file_size(to) <= fs::file_size(from)) {
-            throw DiscError(fmt::format("{}: {}.", task, lastWords(said)));
+            const std::string why = lastWords(said);
+            throw DiscError(fmt::format("{}: {}.", task, why.empty() ? "spumux adds none" : why));
         }
     };
     multiplex("0", maps + kWideMap, clip, wide);

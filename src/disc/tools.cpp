@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <charconv>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
@@ -48,6 +49,7 @@ std::string complaint(const ProgramEnd& end, const std::string& program, const s
         case ProgramEnd::How::noFile:
             return std::strerror(end.status);
         case ProgramEnd::How::killed:
+            if (end.status == SIGXFSZ) return std::strerror(EFBIG);
             return fmt::format("{} was ended by signal {}", program, end.status);
         default:
             break;
