@@ -31,6 +31,10 @@ fuzz_packages=(
     libavif-gdk-pixbuf librsvg2-common webp-pixbuf-loader
 )
 
+# What the faults need besides: a network share that can be taken away, and what reads the table of
+# mounts and of processes.
+fault_packages=(bindfs mount perl-base procps util-linux)
+
 # Installs those of the named packages that are missing.
 install_packages() {
     local missing=() package as_root=()
