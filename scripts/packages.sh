@@ -19,7 +19,7 @@ test_packages=(
 )
 
 # What the checks need besides, to read the benchmarks too.
-lint_packages=(clang-format clang-tidy libbenchmark-dev)
+lint_packages=(clang-format clang-tidy cppcheck libbenchmark-dev)
 
 # What the benchmarks need besides: their framework, and the programs the tool is timed against.
 bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)

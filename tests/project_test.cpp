@@ -294,7 +294,7 @@ TEST(ProjectFile, ShowsWhatTheFilmsSay) {
     readProjectFile(folder.write("x.toml", text), read);
     EXPECT_EQ(read, expected);
     // Whoever takes the marks of comments away gets settings.
-    for (std::size_t at; (at = text.find("\n#chap")) != std::string::npos;)
+    for (std::size_t at = 0; (at = text.find("\n#chap")) != std::string::npos;)
         text.erase(at + 1, 1);
     EXPECT_EQ(readBack(text, folder).films[0].chapters,
               (std::vector<Chapter>{{0, "Departure"}, {754, ""}}));

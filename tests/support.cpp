@@ -111,7 +111,7 @@ Bitmap painted(PixelSize size, const Rgba& color) {
 std::string run(const std::string& command) {
     FILE* const pipe = popen(("export LC_ALL=C.UTF-8; exec 2>&1; " + command).c_str(), "r");
     std::string output;
-    for (int byte; (byte = std::fgetc(pipe)) != EOF;)
+    for (int byte = 0; (byte = std::fgetc(pipe)) != EOF;)
         output += static_cast<char>(byte);
     EXPECT_EQ(pclose(pipe), 0) << command << "\n" << output;
     return output;

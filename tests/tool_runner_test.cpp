@@ -75,8 +75,8 @@ TEST_F(Tools, AnswerWhatTheLastCommandPrints) {
         EXPECT_EQ(errorsOf([&] { EXPECT_EQ(taskArrayPipes(c.words), c.answer); }),
                   kBegin + c.errors);
     }
-    std::signal(SIGPIPE, handler);
-    std::signal(SIGXFSZ, sizeHandler);
+    static_cast<void>(std::signal(SIGPIPE, handler));
+    static_cast<void>(std::signal(SIGXFSZ, sizeHandler));
     const std::string big = folder.write("big", std::string(8 << 20, 'x'));
     EXPECT_TRUE(taskArrayPipes({"/bin/cat", big, "|", "/bin/cat"}) == readText(big));
 }

@@ -159,7 +159,7 @@ TEST(Files, AreWrittenWholeOrNotAtAll) {
         for (const char* name : {"copy", "new"})
             EXPECT_EQ(fs::exists(folder.file(name)), isEnough) << name;
     }
-    std::signal(SIGXFSZ, handler);
+    static_cast<void>(std::signal(SIGXFSZ, handler));
     setrlimit(RLIMIT_FSIZE, &limit);
 }
 

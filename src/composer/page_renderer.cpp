@@ -17,8 +17,8 @@ namespace {
 /// The whole pixels that a rectangle touches on its canvas, as left, top and size from the top
 /// left.
 struct PixelArea {
-    int left;
-    int top;
+    int left = 0;
+    int top = 0;
     PixelSize size;
 };
 

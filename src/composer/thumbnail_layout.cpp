@@ -102,6 +102,7 @@ PictureLayer ThumbnailLayout::picture(const std::string& file, std::size_t index
 
 const ThumbnailLayout& thumbnailLayout(bool isMainMenu, std::size_t thumbnails) {
     const bool isBig = isMainMenu && thumbnails >= 1 && thumbnails <= kBigLayouts.size();
+    // cppcheck-suppress returnTempReference  ; both are constants of one type
     return isBig ? kBigLayouts[thumbnails - 1] : kGridLayout;
 }
 

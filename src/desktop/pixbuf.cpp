@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdlib>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -161,8 +160,7 @@ void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf, ByteView file) {
 int orientationOf(GdkPixbuf* pixbuf, ByteView file) {
     if (const ByteView exif = webpChunk(file, "EXIF"); !exif.empty()) return exifOrientation(exif);
     const gchar* text = gdk_pixbuf_get_option(pixbuf, "orientation");
-    const int orientation = text == nullptr ? 1 : std::atoi(text);
-    return orientation >= 1 && orientation <= 8 ? orientation : 1;
+    return text != nullptr && *text >= '1' && *text <= '8' ? *text - '0' : 1;
 }
 
 // ---- Encoding

@@ -139,10 +139,10 @@ class Line {
             app_.parse(words);
         } catch (const CLI::CallForHelp&) {
             const std::string text = CLI::detail::find_and_replace(app_.help(), "\n\n\n", "\n\n");
-            std::fputs(text.c_str(), stdout);
+            fmt::print("{}", text);
             return false;
         } catch (const CLI::CallForVersion& version) {
-            std::puts(version.what());
+            fmt::print("{}\n", version.what());
             return false;
         }
         return true;
@@ -240,6 +240,7 @@ Options optionsOf(const Line& line) {
         words.begin(), words.end(), [](const std::string& word) { return !isProjectFile(word); });
     const std::vector<std::string> files(firstFile, words.end());
     words.erase(firstFile, words.end());
+    // cppcheck-suppress invalidContainer  ; a copy, not a pair of iterators
     if (files.size() > 1)
         refuse("'{}' and '{}' are two project files; give one of them", files[0], files[1]);
 

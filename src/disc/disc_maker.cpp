@@ -334,8 +334,8 @@ void writeProjectFile(const Options& options) {
 void makeDisc(const Options& options) {
     requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
     if (options.makesImage) requirePrograms({"genisoimage"});
-    // The jacket's date is in the language of the menus.
-    setenv("LC_ALL", options.project.labels.language.c_str(), 1);
+    // The jacket's date is in the language of the menus. There is no other thread yet.
+    setenv("LC_ALL", options.project.labels.language.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
     // A folder is made only for films that are there.
     DiscMaker(options, probedFilms(options.project)).run();
     if (options.cleans) fs::remove_all(options.output + "/work");

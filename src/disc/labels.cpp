@@ -99,7 +99,7 @@ std::string withNumber(std::string_view label, int number) {
 
 std::string userLanguage() {
     for (const char* variable : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        const char* value = std::getenv(variable);
+        const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): see makeDisc
         if (value != nullptr && *value != '\0') return value;
     }
     return {};

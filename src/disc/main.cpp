@@ -46,8 +46,8 @@ int main(int argc, char** argv) {
         return 0;
     } catch (const tkv::disc::Interrupted&) {
         // As the signal would have ended it, for a shell that wants to know.
-        std::signal(endedBy, SIG_DFL);
-        std::raise(endedBy);
+        static_cast<void>(std::signal(endedBy, SIG_DFL));
+        static_cast<void>(std::raise(endedBy));
     } catch (const std::bad_alloc&) {
         // As it stands: there may be none to make another text of it.
         tkv::writeStandardError("tkvDvdDisc: there is not enough memory.\n");

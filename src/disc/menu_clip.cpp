@@ -18,7 +18,9 @@ constexpr double kFadeSeconds = 2;
 // How ffmpeg names a bitmap's pixels.
 constexpr const char* kPixelFormat = std::endian::native == std::endian::little ? "bgr0" : "0rgb";
 
-const std::vector<std::string> kBegin{"ffmpeg", "-nostdin", "-y", "-v", "error", "-nostats"};
+std::vector<std::string> commandBegin() {
+    return {"ffmpeg", "-nostdin", "-y", "-v", "error", "-nostats"};
+}
 
 void append(std::vector<std::string>& words, const std::vector<std::string>& more) {
     words.insert(words.end(), more.begin(), more.end());
@@ -32,7 +34,7 @@ std::vector<std::string> menuClipCommand(const MenuSound& sound, Standard standa
     const std::string frameRate =
         fmt::format("{}/{}", facts.frameRate.numerator, facts.frameRate.denominator);
     const double seconds = facts.menuSeconds();
-    std::vector<std::string> words = kBegin;
+    std::vector<std::string> words = commandBegin();
     append(words, {"-progress", "pipe:1", "-f", "rawvideo", "-pixel_format", kPixelFormat});
     append(words, {"-video_size", fmt::format("{}x{}", kPageWidth, kPageHeight), "-framerate",
                    frameRate, "-i", "pipe:0"});
@@ -63,7 +65,7 @@ std::vector<std::string> menuClipCommand(const MenuSound& sound, Standard standa
 std::vector<std::string> backgroundCommand(const std::string& scene, double aspect, PixelSize size,
                                            const std::string& output) {
     const double part = std::min(aspect / kWideAspect, kWideAspect / aspect);
-    std::vector<std::string> words = kBegin;
+    std::vector<std::string> words = commandBegin();
     append(words, {"-i", scene, "-vf",
                    fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"
                                "eq=brightness=-0.06:saturation=0.8",
@@ -73,7 +75,7 @@ std::vector<std::string> backgroundCommand(const std::string& scene, double aspe
 }
 
 std::vector<std::string> dotCommand(Standard standard, const std::string& output) {
-    std::vector<std::string> words = kBegin;
+    std::vector<std::string> words = commandBegin();
     append(words,
            {"-f", "lavfi", "-i", "color=black@0.07:s=2x2,format=rgba", "-frames:v", "1", "-vf",
             fmt::format("pad={}:{}:color=black@0", kRasterWidth, factsOf(standard).rasterHeight),

@@ -5,7 +5,6 @@
 #include <sys/file.h>
 #include <unistd.h>
 
-#include <cstring>
 #include <filesystem>
 #include <system_error>
 
@@ -38,7 +37,8 @@ int lockedMarker(const std::string& folder) {
     }
     const int descriptor = open(marker.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666);
     if (descriptor < 0)
-        throw DiscError(fmt::format("{} cannot be written to: {}.", folder, std::strerror(errno)));
+        throw DiscError(fmt::format("{} cannot be written to: {}.", folder,
+                                    std::generic_category().message(errno)));
     if (flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
         close(descriptor);
         throw DiscError(fmt::format("Another run is making a disc in {}.", folder));

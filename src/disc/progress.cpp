@@ -21,7 +21,7 @@ constexpr auto kTerminalInterval = 200ms;
 constexpr auto kPlainInterval = 30s;
 
 void write(std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
 }
 
 int terminalWidth() {

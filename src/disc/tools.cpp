@@ -7,9 +7,9 @@
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "disc/disc_error.h"
@@ -31,7 +31,7 @@ std::string_view packageOf(std::string_view program) {
 }
 
 bool isInPath(const std::string& program) {
-    const char* const path = std::getenv("PATH");
+    const char* const path = std::getenv("PATH");  // NOLINT(concurrency-mt-unsafe): see makeDisc
     std::istringstream folders(path != nullptr ? path : "/usr/bin:/bin");
     for (std::string folder; std::getline(folders, folder, ':');) {
         if (access(joinPath(folder.empty() ? "." : folder, program).c_str(), X_OK) == 0)
@@ -47,7 +47,7 @@ std::string complaint(const ProgramEnd& end, const std::string& program, const s
     switch (end.how) {
         case ProgramEnd::How::notStarted:
         case ProgramEnd::How::noFile:
-            return std::strerror(end.status);
+            return std::generic_category().message(end.status);
         case ProgramEnd::How::killed:
             if (end.status == SIGXFSZ) return std::strerror(EFBIG);
             return fmt::format("{} was ended by signal {}", program, end.status);
@@ -112,7 +112,8 @@ void writeText(const std::string& path, std::string_view text) {
     std::ofstream file(path);
     file << text << std::flush;
     if (!file)
-        throw DiscError(fmt::format("{} cannot be written: {}.", path, std::strerror(errno)));
+        throw DiscError(
+            fmt::format("{} cannot be written: {}.", path, std::generic_category().message(errno)));
 }
 
 std::string lastWords(std::string_view lines) {

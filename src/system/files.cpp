@@ -50,7 +50,7 @@ ssize_t copyRange(const Descriptor& from, const Descriptor& to, std::size_t size
     const ssize_t copied = copy_file_range(from.number(), nullptr, to.number(), nullptr, size, 0);
     if (copied >= 0) return copied;
 #endif
-    std::array<std::uint8_t, 65536> buffer;
+    std::array<std::uint8_t, 65536> buffer{};
     const ssize_t got = read(from.number(), buffer.data(), std::min(size, buffer.size()));
     if (got <= 0) return got;
     return static_cast<ssize_t>(writeAll(to, buffer.data(), static_cast<std::size_t>(got)));

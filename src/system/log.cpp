@@ -39,7 +39,7 @@ void setLogSink(LogSink sink) {
 
 void writeStandardError(std::string_view text) {
     if (logSink()) return logSink()(text);
-    std::fwrite(text.data(), 1, text.size(), stderr);
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
 }
 
 void writeLog(std::string_view text) {

@@ -19,6 +19,7 @@ const void* moduleTable(const char* symbol, std::size_t bytes) {
     if (stamp != nullptr && *stamp == TableStamp{TKV_MODULE_VERSION, bytes}) return found;
     if (!wasMissed) {
         const char* const reason =
+            // Each thread has a message of its own. NOLINTNEXTLINE(concurrency-mt-unsafe)
             stamp == nullptr ? dlerror() : TKV_DESKTOP_MODULE ": built for another version";
         logLine("desktop module      :-( {}", reason == nullptr ? symbol : reason);
         wasMissed = true;

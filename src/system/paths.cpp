@@ -18,6 +18,9 @@ std::string_view trimmed(std::string_view path) {
 
 }  // namespace
 
+// The environment changes only before there are other threads, and one thread asks for accounts.
+// NOLINTBEGIN(concurrency-mt-unsafe)
+
 std::string homeFolder() {
     if (const char* home = std::getenv("HOME"); home != nullptr && *home != '\0') return home;
     const passwd* entry = getpwuid(getuid());
@@ -52,6 +55,8 @@ std::string expandTilde(std::string_view path) {
     }
     return joinPath(home, path.substr(nameEnd));
 }
+
+// NOLINTEND(concurrency-mt-unsafe)
 
 std::string joinPath(std::string_view folder, std::string_view name) {
     if (folder.empty()) return std::string(name);

@@ -45,7 +45,7 @@ bool isReadableBy(steady_clock::time_point end, int descriptor) {
 std::string readAnswer(int descriptor, const PipelineLimits* limits, bool& isCut) {
     const auto end = steady_clock::now() + (limits != nullptr ? limits->time : milliseconds(0));
     std::string bytes;
-    std::array<char, 65536> buffer;
+    std::array<char, 65536> buffer{};
     while (limits == nullptr || (bytes.size() < limits->bytes && isReadableBy(end, descriptor))) {
         std::size_t room = buffer.size();
         if (limits != nullptr) room = std::min(room, limits->bytes - bytes.size());

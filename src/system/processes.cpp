@@ -60,7 +60,7 @@ class LineReader {
 
     // Reads what is there; at the stream's end hands on the last line and closes it.
     void read() {
-        std::array<char, 4096> buffer;
+        std::array<char, 4096> buffer{};
         const ssize_t got = ::read(number(), buffer.data(), buffer.size());
         if (got < 0 && errno == EINTR) return;
         for (ssize_t i = 0; i < got; ++i) {

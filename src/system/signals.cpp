@@ -7,7 +7,7 @@ namespace tkv {
 
 void handleEndingSignals(void (*handler)(int signal), int flags) {
     for (const int signal : {SIGPIPE, SIGXFSZ})
-        std::signal(signal, SIG_IGN);
+        static_cast<void>(std::signal(signal, SIG_IGN));
     for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
         struct sigaction action {};
         sigaction(signal, nullptr, &action);

@@ -22,11 +22,11 @@ SignalsHeld::SignalsHeld() {
     sigemptyset(&signals);
     for (const int signal : {SIGTERM, SIGINT, SIGHUP})
         sigaddset(&signals, signal);
-    sigprocmask(SIG_BLOCK, &signals, &before_);
+    pthread_sigmask(SIG_BLOCK, &signals, &before_);
 }
 
 SignalsHeld::~SignalsHeld() {
-    sigprocmask(SIG_SETMASK, &before_, nullptr);
+    pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
 UnfinishedFile::UnfinishedFile(const std::string& path) {

@@ -22,7 +22,7 @@ namespace {
 icu::Locale dateLocale() {
     std::string name;
     for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
-        const char* value = std::getenv(variable);
+        const char* value = std::getenv(variable);  // NOLINT(concurrency-mt-unsafe): see makeDisc
         if (value == nullptr || *value == '\0') continue;
         name = value;
         break;
