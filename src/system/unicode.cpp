@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <memory>
+#include <new>
 
 namespace tkv {
 
@@ -51,6 +52,8 @@ icu::UnicodeString decoded(std::string_view text) {
 }
 
 std::string encoded(const icu::UnicodeString& text) {
+    // ICU's strings throw nothing: they are empty where there was no memory for them.
+    if (text.isBogus()) throw std::bad_alloc();
     std::string bytes;
     text.toUTF8String(bytes);
     return bytes;

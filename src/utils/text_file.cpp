@@ -13,21 +13,23 @@ namespace tkv {
 bool ecritureFichier(const std::optional<std::string>& path, const std::optional<std::string>& text,
                      bool withBOM) {
     if (!path || path->empty() || !text || text->empty()) return false;
-    const std::string target = expandTilde(*path);
+    const std::optional<std::string> target = expandTilde(*path);
+    // Nothing is allocated once there is a file, which would be left empty.
+    const std::string bytes = validUtf8(*text);
     std::optional<UnfinishedFile> unfinished;
-    if (!fileExists(target)) {
+    if (!fileExists(*target)) {
         verboseLine("a creer…");
         const SignalsHeld held;
         // A file that may not be read is not there for `fileExists`, but cannot be opened here.
-        if (!createFile(target)) {
+        if (!createFile(*target)) {
             writeStandardError("Impossible to create destination file !\n");
             return false;
         }
-        unfinished.emplace(target);
+        unfinished.emplace(*target);
         if (withBOM) fixBOM(target);
     }
-    if (!appendToFile(target, validUtf8(*text))) return false;
-    verboseLine("ecrit               :-) {}", target);
+    if (!appendToFile(*target, bytes)) return false;
+    verboseLine("ecrit               :-) {}", *target);
     return true;
 }
 
