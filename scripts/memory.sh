@@ -70,6 +70,7 @@ residents() {
             open my $status, "<", "/proc/$pid/status";
             print map { /^VmRSS:\s*(\d+)/ ? "$1 " : () } <$status>;
         }
+        print "\n";
         waitpid $pid, 0;
         exit $? >> 8;' "$@"
 }
