@@ -154,7 +154,7 @@ TEST(DecodePicture, RefusesWhatWouldTakeTooMuch) {
     const auto pnm = [](PixelSize size) {
         return fmt::format("P6 {} {} 255\n{}", size.width, size.height, std::string(99999, 'a'));
     };
-    for (const PixelSize size : {PixelSize{640, 480}, {11000, 10000}}) {
+    for (const PixelSize size : {PixelSize{640, 480}, {9000, 9000}}) {
         for (const std::string& file : {bmp(size), tga(size), pnm(size)}) {
             EXPECT_EQ(decodePicture(folder.write("a.png", file)).has_value(), size.width == 640)
                 << file.substr(0, 2);

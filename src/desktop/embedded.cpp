@@ -71,6 +71,21 @@ ColorKind storedInTiff(ByteView file) {
     return value == kSeparated ? ColorKind::inks : ColorKind::rgb;
 }
 
+/// Visits a WebP file's chunks, by their type and where their content is, until `visit` answers
+/// false.
+template <typename Visit>
+void forEachWebpChunk(ByteView file, const Visit& visit) {
+    constexpr std::size_t kHead = 8;
+    if (!hasAt(file, 0, "RIFF") || !hasAt(file, 8, "WEBP")) return;
+    for (std::size_t at = 12; at + kHead <= file.size();) {
+        const std::string_view type(reinterpret_cast<const char*>(&file[at]), 4);
+        const std::size_t length =
+            std::min(numberAt(file, at + 4, 4, ByteOrder::littleEndian), file.size() - at - kHead);
+        if (!visit(type, at + kHead, length)) return;
+        at += kHead + length + length % 2;
+    }
+}
+
 /// A side as a file states it; beyond all that is decoded, whatever it states.
 int sideOf(std::size_t number) {
     return static_cast<int>(std::min<std::size_t>(number, 1U << 30U));
@@ -85,15 +100,28 @@ ColorKind storedColors(ByteView file) {
 }
 
 ByteView webpChunk(ByteView file, std::string_view name) {
+    ByteView content;
+    forEachWebpChunk(file, [&](std::string_view type, std::size_t begin, std::size_t length) {
+        if (type == name) content = file.subspan(begin, length);
+        return type != name;
+    });
+    return content;
+}
+
+Bytes firstOfWebp(ByteView file) {
     constexpr std::size_t kHead = 8;
-    if (!hasAt(file, 0, "RIFF") || !hasAt(file, 8, "WEBP")) return {};
-    for (std::size_t at = 12; at + kHead <= file.size();) {
-        const std::size_t length =
-            std::min(numberAt(file, at + 4, 4, ByteOrder::littleEndian), file.size() - at - kHead);
-        if (hasAt(file, at, name)) return file.subspan(at + kHead, length);
-        at += kHead + length + length % 2;
-    }
-    return {};
+    std::size_t end = 0;
+    int pictures = 0;
+    forEachWebpChunk(file, [&](std::string_view type, std::size_t begin, std::size_t length) {
+        if (type == "ANMF" && ++pictures == 1)
+            end = std::min(begin + length + length % 2, file.size());
+        return pictures < 2;
+    });
+    if (pictures < 2) return {};
+    Bytes first(file.begin(), file.begin() + static_cast<std::ptrdiff_t>(end));
+    for (std::size_t i = 0; i < 4; ++i)
+        first[4 + i] = static_cast<std::uint8_t>((end - kHead) >> (8 * i));
+    return first;
 }
 
 TiffSizes tiffSizes(ByteView file) {

@@ -16,6 +16,10 @@ ColorKind storedColors(ByteView file);
 /// The content of a WebP file's first chunk of that name ("EXIF", "ICCP"); empty without one.
 ByteView webpChunk(ByteView file, std::string_view name);
 
+/// A WebP animation up to its first picture, a whole file again: the reader would hold all of them
+/// at once. Empty where there is only one.
+Bytes firstOfWebp(ByteView file);
+
 /// What the first picture of a TIFF file states of itself.
 struct TiffSizes {
     PixelSize picture;

@@ -26,7 +26,7 @@ using Buffer = std::unique_ptr<guint8, Releaser<g_free>>;
 
 /// These readers go over every pixel, at whatever size it is shown, which a file of next to no
 /// bytes can ask for.
-constexpr std::int64_t kMostPixels = 100'000'000;
+constexpr std::int64_t kMostPixels = 80'000'000;
 
 /// The bytes that a reader holds for a pixel, a byte for the colour's place in a palette among
 /// them.
@@ -237,7 +237,8 @@ bool isReadByPixbuf(ByteView head) {
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
     const PixbufReader* const reader = pixbufReaderFor(file.first(std::min(file.size(), kHead)));
     if (reader == nullptr || bytesFor(file, *reader) > kMostBytes) return std::nullopt;
-    const Pixbuf pixbuf = load(file, *reader);
+    const Bytes first = firstOfWebp(file);
+    const Pixbuf pixbuf = load(first.empty() ? file : ByteView(first), *reader);
     if (!pixbuf) return std::nullopt;
     const PixelSize full{gdk_pixbuf_get_width(pixbuf.get()), gdk_pixbuf_get_height(pixbuf.get())};
     const int orientation = orientationOf(pixbuf.get(), file);

@@ -1,0 +1,140 @@
+#!/usr/bin/env python3
+"""Writes picture files that ask for much more than they are worth into the current folder.
+
+Each is small, or empty, and valid as far as it goes: what it states, a decoder that believes it
+would hold or do. The names end in .jpg, which the tool asks of thumbnails whatever they are.
+"""
+
+import os
+import random
+import struct
+import zlib
+
+
+def write(name, content):
+    with open(name + ".jpg", "wb") as file:
+        file.write(content)
+
+
+# ---- JPEG (ITU-T T.81)
+
+def segment(marker, content):
+    return bytes([0xFF, marker]) + struct.pack(">H", len(content) + 2) + content
+
+
+START = b"\xff\xd8"
+END = b"\xff\xd9"
+# All steps 1; one code of one bit for "no bits follow", one of two bits for a long end of band.
+TABLES = (segment(0xDB, bytes([0] + [1] * 64)) +
+          segment(0xC4, bytes([0x00, 1] + [0] * 15 + [0])) +
+          segment(0xC4, bytes([0x10, 1, 1] + [0] * 14 + [0x00, 0xE0])))
+BASELINE, PROGRESSIVE = 0xC0, 0xC2
+
+
+def frame(marker, side, components):
+    listed = b"".join(bytes([i + 1, 0x11, 0]) for i in range(components))
+    return TABLES + segment(marker, struct.pack(">BHHB", 8, side, side, components) + listed)
+
+
+def scan(components, first, last, bits, coded=b""):
+    listed = b"".join(bytes([i + 1, 0]) for i in components)
+    return segment(0xDA, bytes([len(components)]) + listed + bytes([first, last, bits])) + coded
+
+
+def jpegs():
+    every, zeros = [0, 1, 2], b"\0" * 9
+    dc, refinement = scan(every, 0, 0, 1, zeros), scan(every, 0, 0, 0x10, zeros)
+    colored = frame(PROGRESSIVE, 3000, 3) + dc
+    write("3000-scans", START + colored + refinement * 3000 + END)
+    # Not JPEG for those who look at three bytes, but for the library.
+    write("3000-scans-odd-start", START + b"x" + colored + refinement * 3000 + END)
+    write("70000-scans", START + colored + refinement * 70000 + END)
+    grey = frame(PROGRESSIVE, 22000, 1) + scan([0], 0, 0, 1)
+    write("97-scans-of-484-megapixels", START + grey + scan([0], 1, 63, 0) * 97 + END)
+    write("6-scans-of-441-megapixels", START + frame(PROGRESSIVE, 21000, 1) +
+          scan([0], 0, 0, 1, b"\0" * 900000) + scan([0], 0, 0, 0x10, b"\0" * 900000) * 5 + END)
+    write("components-apart", START + frame(BASELINE, 22000, 3) +
+          b"".join(scan([i % 3], 0, 63, 0) for i in range(98)) + END)
+    write("961-megapixels", START + frame(BASELINE, 31000, 3) +
+          scan(every, 0, 63, 0, b"\0" * 9_000_000) + END)
+    small = frame(BASELINE, 64, 1) + scan([0], 0, 63, 0, b"\0" * 99)
+    write("100000-metadata", START + segment(0xE1, b"abcd") * 100_000 + small + END)
+    write("2500000-metadata", START + segment(0xE1, b"") * 2_500_000 + small + END)
+
+
+# ---- JPEG 2000 (ITU-T T.800)
+
+def jpeg2000(name, side, tile=None, components=3, block=4, precinct=None, coded=b"\0" * 2000):
+    levels = 5
+    sizes = struct.pack(">HIIIIIIIIH", 0, side, side, 0, 0, tile or side, tile or side, 0, 0,
+                        components) + bytes([7, 1, 1]) * components
+    coding = bytes([0 if precinct is None else 1, 0, 0, 1, 0, levels, block, block, 0, 1])
+    coding += b"" if precinct is None else bytes([precinct] * (levels + 1))
+    steps = bytes([0x40] + [0x48] * (3 * levels + 1))
+    write(name, b"\xff\x4f" + segment(0x51, sizes) + segment(0x52, coding) + segment(0x5C, steps) +
+          segment(0x90, struct.pack(">HIBB", 0, 0, 0, 1)) + b"\xff\x93" + coded + END)
+
+
+def jpegs2000():
+    jpeg2000("jp2-484-megapixels", 22000, coded=b"")
+    jpeg2000("jp2-blocks-of-4", 12000, block=0)
+    jpeg2000("jp2-precincts-of-2", 12000, precinct=0x11)
+    jpeg2000("jp2-64516-tiles", 16000, tile=63)
+    jpeg2000("jp2-tiles-and-components", 16000, tile=63, components=16000)
+
+
+# ---- What GdkPixbuf reads
+
+def png(name, side, bits, color, interlaced, pixel_bytes):
+    def chunk(kind, content):
+        check = struct.pack(">I", zlib.crc32(kind + content))
+        return struct.pack(">I", len(content)) + kind + content + check
+
+    packer = zlib.compressobj(9)
+    packed = [packer.compress(b"\2" * (1 << 20))
+              for _ in range(side * side * pixel_bytes // (1 << 20) + 40)]
+    header = struct.pack(">IIBBBBB", side, side, bits, color, 0, 0, interlaced)
+    write(name, b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
+          chunk(b"IDAT", b"".join(packed) + packer.flush()) + chunk(b"IEND", b""))
+
+
+def tiff(name, side, bits, samples):
+    tags = {256: side, 257: side, 258: bits, 259: 1, 262: 2, 273: 2000, 277: samples, 278: side,
+            279: 2000}
+    entries = b"".join(struct.pack("<HHII", tag, 4, 1, value) for tag, value in tags.items())
+    head = b"II*\0" + struct.pack("<IH", 8, len(tags)) + entries + b"\0\0\0\0"
+    write(name, head.ljust(4000, b"\0"))
+
+
+def others():
+    huge = 22000
+    png("png-484-megapixels", huge, 1, 0, 0, 1)
+    png("png-80-megapixels-interlaced", 8940, 16, 6, 1, 8)
+    write("bmp-484-megapixels", b"BM" + struct.pack("<IHHI", 0, 0, 0, 54) + struct.pack(
+        "<IiiHHIIiiII", 40, huge, huge, 1, 24, 0, 0, 0, 0, 0, 0) + b"\1" * 4000)
+    gif_head = struct.pack("<HHBBB", huge, huge, 0x80, 0, 0) + b"\0\0\0\xff\xff\xff"
+    gif_frame = b"\x2c" + struct.pack("<HHHHB", 0, 0, huge, huge, 0) + b"\2\2\x4c\1\0"
+    write("gif-484-megapixels", b"GIF89a" + gif_head + gif_frame + b";")
+    tga = bytes([0, 0, 10]) + b"\0" * 9
+    runs = b"\xff\1\2\3\xff"
+    write("tga-484-megapixels", tga + struct.pack("<HHBB", huge, huge, 32, 0x28) + runs * 2000)
+    write("tga-80-megapixels", tga + struct.pack("<HHBB", 8940, 8940, 32, 0x28) +
+          runs * (8940 * 8940 // 128))
+    tiff("tiff-484-megapixels", huge, 8, 4)
+    tiff("tiff-one-strip", huge, 16, 4)
+    write("svg-filter", b'<svg xmlns="http://www.w3.org/2000/svg" width="30000" height="30000">'
+          b'<filter id="a" x="0" y="0" width="1" height="1"><feGaussianBlur stdDeviation="500"/>'
+          b'</filter><rect width="30000" height="30000" filter="url(#a)"/></svg>')
+    nested = b"".join(b'<g id="g%d">' % i + b'<use href="#g%d"/>' % (i - 1) * 10 + b"</g>"
+                      for i in range(1, 6))
+    write("svg-nested", b'<svg xmlns="http://www.w3.org/2000/svg" width="3000" height="3000"><defs>'
+          b'<g id="g0"><circle r="900" fill-opacity=".1"/></g>' + nested +
+          b'</defs><use href="#g5"/></svg>')
+    write("noise", random.Random(1).randbytes(10_000_000))
+    write("2-gigabytes-of-nothing", b"")
+    os.truncate("2-gigabytes-of-nothing.jpg", (1 << 31) - 4096)
+
+
+jpegs()
+jpegs2000()
+others()
