@@ -43,7 +43,7 @@ bool hasFewColors(const Bitmap& bitmap) {
     std::set<std::uint32_t> colors;
     for (int y = 0; y < bitmap.height(); ++y)
         colors.insert(bitmap.row(y), bitmap.row(y) + bitmap.width());
-    return colors.size() <= 256 && alphaOf(*colors.begin()) == 255;
+    return !colors.empty() && colors.size() <= 256 && alphaOf(*colors.begin()) == 255;
 }
 
 /// What is transparent turns black where a format keeps no alpha.

@@ -99,9 +99,12 @@ def png(name, side, bits, color, interlaced, pixel_bytes):
 
 
 def tiff(name, side, bits, samples):
-    tags = {256: side, 257: side, 258: bits, 259: 1, 262: 2, 273: 2000, 277: samples, 278: side,
-            279: 2000}
-    entries = b"".join(struct.pack("<HHII", tag, 4, 1, value) for tag, value in tags.items())
+    short, long = 3, 4
+    # Compressed, so that so few bytes may stand for so many.
+    tags = [(256, long, side), (257, long, side), (258, short, bits), (259, short, 5),
+            (262, short, 2), (273, long, 2000), (277, short, samples), (278, long, side),
+            (279, long, 2000)]
+    entries = b"".join(struct.pack("<HHII", tag, kind, 1, value) for tag, kind, value in tags)
     head = b"II*\0" + struct.pack("<IH", 8, len(tags)) + entries + b"\0\0\0\0"
     write(name, head.ljust(4000, b"\0"))
 

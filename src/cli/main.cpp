@@ -16,8 +16,8 @@ namespace {
 /// Ends the run as the signal would have, but leaves no half-written file behind.
 void endBySignal(int signal) {
     tkv::removeUnfinishedFile();
-    static_cast<void>(
-        std::raise(signal));  // Its default is back, and takes effect once this returns.
+    // Its default is back, and takes effect once this returns.
+    static_cast<void>(std::raise(signal));
 }
 
 }  // namespace

@@ -27,10 +27,10 @@ PixelSize everyPixel(PixelSize full);
 /// HEIF, TGA and PNM; of several pictures the first.
 /// It stands upright (EXIF orientation applied) and in sRGB (an embedded profile converted); its
 /// nominal size is its full upright size in pixels, also where fewer pixels were decoded.
-/// None when the file cannot be read or decoded, has a side above 32,768 pixels, would take more than
-/// a gigabyte of memory or some seconds to decode: with JPEG 2000 more samples than 32 million after
-/// reduction, with GdkPixbuf's formats more than 80 megapixels. A picture cut short shows what there
-/// is, where its format can; JPEG 2000 only with OpenJPEG 2.5.3 or later.
+/// None when the file cannot be read or decoded, has a side above 32,768 pixels, would take more
+/// than a gigabyte of memory or some seconds to decode: with JPEG 2000 more samples than 32 million
+/// after reduction, with GdkPixbuf's formats more than 80 megapixels. A picture cut short shows
+/// what there is, where its format can; JPEG 2000 only with OpenJPEG 2.5.3 or later.
 std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& needed = everyPixel);
 
 /// The whole of a file that holds the bitmap in the type that `extension` (without a dot, in
