@@ -1,5 +1,7 @@
 #include "fuzzing.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -22,7 +24,7 @@ class Scratch {
         require(mkdtemp(pattern.data()) != nullptr, "there is no temporary folder");
         path_ = fs::canonical(pattern);
         for (const char* const name : {"HOME", "XDG_DATA_HOME"})
-            setenv(name, path_.c_str(), 1);
+            setenv(name, path_.c_str(), 1);  // NOLINT(concurrency-mt-unsafe): there is one thread
         setLogSink([](std::string_view) {});
     }
     ~Scratch() {
@@ -42,7 +44,7 @@ class Scratch {
 
 void require(bool holds, std::string_view what) {
     if (holds) return;
-    std::fprintf(stderr, "Does not hold: %.*s\n", static_cast<int>(what.size()), what.data());
+    fmt::print(stderr, "Does not hold: {}\n", what);
     std::abort();
 }
 

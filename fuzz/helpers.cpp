@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "fuzzing.h"
 #include "system/description.h"
 #include "system/paths.h"
@@ -65,7 +67,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     checkNumbers(text, multiple);
     checkLines(text);
     checkPaths(text);
-    std::remove(file.c_str());
+    std::filesystem::remove(file);
     require(ecritureFichier(file, text, true) == !text.empty(), "a text is written");
     return 0;
 }

@@ -36,8 +36,8 @@ Film filmOf(Input& input) {
         film.video.codec = "mpeg2video";
         film.video.pixelFormat = "yuv420p";
         film.keyframeInterval = 12;
-        for (double at = 0; at < film.seconds && film.keyframes.size() < 1000; at += 0.48)
-            film.keyframes.push_back(at);
+        for (int i = 0; i * 0.48 < film.seconds && i < 1000; ++i)
+            film.keyframes.push_back(i * 0.48);
     }
     for (std::size_t i = input.below(120); i > 0; --i)
         film.marks.push_back({input.between(-1, 1.2) * film.seconds, ""});

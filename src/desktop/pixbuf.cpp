@@ -40,7 +40,7 @@ constexpr std::size_t kHead = 4096;
 /// What the loader tells while it reads.
 struct Progress {
     const PixbufReader& reader;
-    std::int64_t fileBytes;
+    std::int64_t fileBytes = 0;
     bool tooLarge = false;
     bool hasPixels = false;
 };
@@ -249,7 +249,8 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     const int factor = std::max(1, std::min(full.width / 2 / std::max(1, atLeast.width),
                                             full.height / 2 / std::max(1, atLeast.height)));
     // The reduced picture, a bitmap of it, and one that stands upright.
-    const std::int64_t bytes = 3 * 4 * pixelsOf({full.width / factor, full.height / factor});
+    const std::int64_t bytes =
+        std::int64_t{12} * pixelsOf({full.width / factor, full.height / factor});
     if (!canHold(full, std::ssize(file) + bytes +
                            static_cast<std::int64_t>(gdk_pixbuf_get_byte_length(pixbuf.get())))) {
         return std::nullopt;

@@ -49,7 +49,7 @@ std::string complaint(const ProgramEnd& end, const std::string& program, const s
         case ProgramEnd::How::noFile:
             return std::generic_category().message(end.status);
         case ProgramEnd::How::killed:
-            if (end.status == SIGXFSZ) return std::strerror(EFBIG);
+            if (end.status == SIGXFSZ) return std::generic_category().message(EFBIG);
             return fmt::format("{} was ended by signal {}", program, end.status);
         default:
             break;

@@ -194,7 +194,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     const int divisor = largestDivisor(full, atLeast);
     // The file again without some scans, the coefficients, a bitmap and one that stands upright.
     if (!canHold(full, 2 * std::ssize(file) + coefficientBytes(codec_) +
-                           2 * 4 * pixelsOf(reducedSize(full, divisor)))) {
+                           std::int64_t{8} * pixelsOf(reducedSize(full, divisor)))) {
         return std::nullopt;
     }
 
