@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     std::ranges::sort(files);
     for (const std::string& file : files) {
         fmt::print("{}\n", file);
-        std::fflush(stdout);
+        static_cast<void>(std::fflush(stdout));
         const auto bytes = tkv::readFile(file);
         if (!bytes) return 1;
         // An allocation of its own, behind whose end nobody may read.

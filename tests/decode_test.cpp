@@ -188,8 +188,7 @@ TEST(DecodePicture, RefusesWhatIsNoPicture) {
                                  17),
         text(encodeBmp(quarters({64, 32}))).replace(18, 8, "\x40\x9C\0\0\x40\x9C\0\0", 8),
         // Formats whose readers nothing bounds.
-        "<svg xmlns='http://www.w3.org/2000/svg' width='9' height='9'><rect width='9' height='9'/>"
-        "</svg>",
+        "<svg xmlns='http://www.w3.org/2000/svg'><rect width='9' height='9'/></svg>",
         "#define a_width 8\n#define a_height 1\nstatic char a_bits[] = { 0xFF };\n"};
     const TempFolder folder;
     for (const std::string& row : rows) {
