@@ -13,7 +13,7 @@
 
 namespace tkv::test::plan {
 
-using namespace disc;
+using namespace tkv::disc;
 
 Film filmOf(double seconds, std::size_t chapters = 0) {
     Film film;

@@ -1,7 +1,5 @@
 #include "desktop/pixbuf_readers.h"
 
-// For the patterns by which GdkPixbuf tells formats apart.
-#define GDK_PIXBUF_ENABLE_BACKEND
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>

@@ -33,7 +33,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr PixelSize kPage{kPageWidth, kPageHeight};
+constexpr PixelSize kPageSize{kPageWidth, kPageHeight};
 
 // A page as a wide display shows it, in square pixels.
 constexpr PixelSize kWidePage{960, 540};
@@ -259,7 +259,7 @@ class DiscMaker {
             Workshop::nameOf("background", ".jpg", {stampOf(path)}), [&](const std::string& made) {
                 const std::string cut = made + ".png";
                 if (!imgRescale(path, cut, kWidePage.width, kWidePage.height, 0, kFillAndCrop, 1) ||
-                    !imgRescale(cut, made, kPage.width, kPage.height, 0, kStretch,
+                    !imgRescale(cut, made, kPageSize.width, kPageSize.height, 0, kStretch,
                                 kPictureQuality)) {
                     throw DiscError(fmt::format("{} is no picture that can be read.", path));
                 }
@@ -268,12 +268,12 @@ class DiscMaker {
 
     std::string blurredBackground() {
         const std::string scene =
-            findScene(films_.front(), excerptOfFirstFilm(), kPage, workshop_).picture;
+            findScene(films_.front(), excerptOfFirstFilm(), kPageSize, workshop_).picture;
         const double aspect = films_.front().video.aspect;
         return workshop_.result(
-            Workshop::nameOf("background", ".jpg", backgroundCommand(scene, aspect, kPage, "")),
+            Workshop::nameOf("background", ".jpg", backgroundCommand(scene, aspect, kPageSize, "")),
             [&](const std::string& path) {
-                runTool({backgroundCommand(scene, aspect, kPage, path), "", "", {}, {}},
+                runTool({backgroundCommand(scene, aspect, kPageSize, path), "", "", {}, {}},
                         "The menus' background could not be made");
             });
     }

@@ -14,7 +14,7 @@ namespace {
 
 using Words = std::vector<std::string>;
 
-constexpr int kSurroundRate = 448, kStereoRate = 192;  // kb/s
+constexpr int kSurroundRate = 448;  // kb/s
 constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
 

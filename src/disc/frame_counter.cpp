@@ -14,8 +14,8 @@ constexpr double kBackwardJump = 2;
 // ffmpeg takes a longer gap of a transport or program stream for a join, a shorter for a pause.
 constexpr double kForwardJump = 10;
 
-// What may be missing of a sound track, in seconds.
-constexpr double kSilence = 1;
+// The longest pause within a sound track, and what may be missing at its end, in seconds.
+constexpr double kLongestPause = 1;
 
 template <typename Number>
 std::optional<Number> numberOf(std::string_view text) {
@@ -63,7 +63,7 @@ void FrameCounter::takeTime(Stream& stream, std::optional<double> time) {
     if (!time) return;
     const double step = *time - stream.time.value_or(*time);
     // A longer step is a pause or, as one back is, a join of recordings.
-    if (step > 0 && step <= kSilence) stream.seconds += step;
+    if (step > 0 && step <= kLongestPause) stream.seconds += step;
     stream.time = time;
 }
 
@@ -122,7 +122,7 @@ void FrameCounter::finish(Film& film) {
     std::erase_if(film.audio, [&](const AudioTrack& track) { return !streamOf(track).isSeen; });
     for (AudioTrack& track : film.audio) {
         const Stream stream = streamOf(track);
-        track.isWhole = stream.seconds > film.seconds - kSilence;
+        track.isWhole = stream.seconds > film.seconds - kLongestPause;
     }
 }
 

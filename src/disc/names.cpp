@@ -15,7 +15,6 @@ namespace tkv::disc {
 namespace {
 
 constexpr std::size_t kMaxVolumeLabel = 32;
-constexpr double kTooLong = 100 * 3600;  // seconds
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 
 bool isAsciiDigit(char c) {
@@ -126,7 +125,7 @@ std::optional<double> secondsOf(std::string_view text) {
     if (isClock && match[1].matched && minutes >= 60) return {};
     if (isClock && match[2].matched && seconds >= 60) return {};
     const double sum = 3600 * numberIn(match.str(1)) + 60 * minutes + seconds;
-    return sum < kTooLong ? std::optional(sum) : std::nullopt;
+    return sum < kLongestFilm ? std::optional(sum) : std::nullopt;
 }
 
 std::string timeText(double seconds) {

@@ -23,7 +23,7 @@ std::string captionOf(const FilmRequest& request, const Film& film);
 /// underscores, at most 32 of them, "DVD" when nothing is left.
 std::string volumeLabel(std::string_view text);
 
-/// Seconds of "1:02:03.5", "62:03", "90", "5m", "1h30m" or "90s", below 100 hours; none for
+/// Seconds of "1:02:03.5", "62:03", "90", "5m", "1h30m" or "90s", below kLongestFilm; none for
 /// anything else.
 std::optional<double> secondsOf(std::string_view text);
 

@@ -16,7 +16,6 @@ namespace tkv::disc {
 
 namespace {
 
-constexpr double kTooLong = 100 * 3600;  // seconds
 constexpr const char* kFilmTables = "[[film]], one such line above the settings of each film";
 constexpr std::array<std::string_view, 4> kFilmKeys{"path", "caption", "excerpt", "chapters"};
 
@@ -31,7 +30,7 @@ std::optional<Chapter> chapterOf(const std::string& text) {
 std::optional<double> timeOf(const toml::node& node) {
     if (const auto text = node.value_exact<std::string>()) return secondsOf(*text);
     const auto seconds = node.is_number() ? node.value<double>() : std::nullopt;
-    return seconds && *seconds >= 0 && *seconds < kTooLong ? seconds : std::nullopt;
+    return seconds && *seconds >= 0 && *seconds < kLongestFilm ? seconds : std::nullopt;
 }
 
 // Reads the tables of one file.

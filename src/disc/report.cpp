@@ -12,7 +12,7 @@ namespace tkv::disc {
 
 namespace {
 
-double secondsOf(const DiscPlan& plan) {
+double playingTime(const DiscPlan& plan) {
     double seconds = 0;
     for (const TitleSet& set : plan.sets)
         seconds += set.seconds;
@@ -71,7 +71,7 @@ std::vector<std::string> planLines(const Project& project, const std::vector<Fil
         menus += set.pages.size();
     std::vector<std::string> lines{fmt::format(
         "{}, {}, {}, {}, about {} of {}", standardName(plan.standard),
-        counted(films.size(), "film"), timeText(std::round(secondsOf(plan))),
+        counted(films.size(), "film"), timeText(std::round(playingTime(plan))),
         counted(menus, "menu page"), gigabytes(plan.bytes), gigabytes(capacityOf(project.size)))};
     for (std::size_t i = 0; i < films.size(); ++i)
         lines.push_back(filmLine(films[i], plan.sets[i], plan.standard));
@@ -102,7 +102,7 @@ std::vector<std::string> previewLines(const Options& options, std::size_t menus)
 }
 
 std::string jacketLine(const Project& project, const DiscPlan& plan) {
-    const double minutes = std::max(1.0, std::round(secondsOf(plan) / 60));
+    const double minutes = std::max(1.0, std::round(playingTime(plan) / 60));
     return withNumber(project.labels.minutes, static_cast<int>(minutes));
 }
 

@@ -21,7 +21,7 @@ using Profile = std::unique_ptr<void, Releaser<cmsCloseProfile>>;
 using Transform = std::unique_ptr<void, Releaser<cmsDeleteTransform>>;
 
 constexpr bool kBlueFirst = std::endian::native == std::endian::little;
-constexpr cmsUInt32Number kPixels = kBlueFirst ? TYPE_BGRA_8 : TYPE_ARGB_8;
+constexpr cmsUInt32Number kPixelType = kBlueFirst ? TYPE_BGRA_8 : TYPE_ARGB_8;
 // A grey pixel has the same value in its three colours: blue, at one end of the word, will do.
 constexpr cmsUInt32Number kGreyPixels = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | BYTES_SH(1) |
                                         EXTRA_SH(3) | (kBlueFirst ? 0 : SWAPFIRST_SH(1));
@@ -40,7 +40,7 @@ constexpr KindOfProfile profileFor(ColorKind kind) {
         case ColorKind::rgb:
             break;
     }
-    return {cmsSigRgbData, kPixels};
+    return {cmsSigRgbData, kPixelType};
 }
 
 /// A primary's profile tags, and where sRGB has it (IEC 61966-2-1, adapted to D50).
@@ -106,7 +106,7 @@ struct Conversion {
         const Profile srgb(isNone ? nullptr : cmsCreate_sRGBProfile());
         if (!srgb) return;
         transform.reset(
-            cmsCreateTransform(source.get(), pixels, srgb.get(), kPixels, INTENT_PERCEPTUAL, 0));
+            cmsCreateTransform(source.get(), pixels, srgb.get(), kPixelType, INTENT_PERCEPTUAL, 0));
     }
 
     bool isFor(std::span<const std::uint8_t> icc, ColorKind pictures) const {

@@ -21,8 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// The host application's own folder, at the root of the disk.
-constexpr std::string_view kHostFolder = "/TKVauthoring";
 constexpr std::array<std::string_view, 3> kGuardedFolders = {"/", "/Volumes", "/Users"};
 constexpr std::array<std::string_view, 4> kWildcards = {"*", "/*", "/Volumes/*",
                                                         "/Volumes/Users/*"};

@@ -14,8 +14,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::string_view kHostFolder = "/TKVauthoring";
-
 bool isAtOrAbove(const std::string& folder, const std::string& path) {
     return path == folder || path.starts_with(folder + "/");
 }

@@ -2,11 +2,15 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 // What must not be removed, wherever the spelling of its path hides it.
 
 namespace tkv {
+
+/// The host application's own folder, at the root of the disk: what begins with it may be removed.
+inline constexpr std::string_view kHostFolder = "/TKVauthoring";
 
 /// Where the folders are that must stay; absolute paths, as they are written and as they resolve.
 struct GuardedPlaces {
@@ -27,7 +31,7 @@ enum class ItemKind {
 /// Whether the item at `location` (as itemLocation answers it) must stay, as far as its place
 /// tells: whatever is no file or folder; what lies directly in one of the roots; a folder that lies
 /// directly in a holder, or that is or holds a holder, a home or a mount point. The host
-/// application's own folder may lie in a root: a location that begins with "/TKVauthoring".
+/// application's folder may lie in a root: a location that begins with kHostFolder.
 /// Looks at its arguments alone.
 bool isGuardedPlace(const std::string& location, ItemKind kind, const GuardedPlaces& places);
 

@@ -26,7 +26,7 @@ namespace tkv {
 namespace {
 
 /// The order in which a pixel word's bytes stand in memory.
-constexpr J_COLOR_SPACE kPixels =
+constexpr J_COLOR_SPACE kColorSpace =
     std::endian::native == std::endian::little ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
 /// Encoders write some ten scans. Each may cost a pass over the whole picture for a few bytes, so
@@ -202,7 +202,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     const auto setUp = [&] {
         codec_.scale_num = 1;
         codec_.scale_denom = static_cast<unsigned>(divisor);
-        codec_.out_color_space = inks ? JCS_CMYK : kPixels;
+        codec_.out_color_space = inks ? JCS_CMYK : kColorSpace;
     };
     setUp();
     const Bytes shorter = withoutSparedScans(file);
@@ -287,12 +287,12 @@ bool Decoder::applyProfile(Bitmap& bitmap, ColorKind kind) {
     return profile != nullptr && convertToSrgb(bitmap, {profile, length}, kind);
 }
 
-class Encoder {
+class JpegEncoder {
   public:
-    Encoder() = default;
-    ~Encoder() { jpeg_destroy_compress(&codec_); }
-    Encoder(const Encoder&) = delete;
-    Encoder& operator=(const Encoder&) = delete;
+    JpegEncoder() = default;
+    ~JpegEncoder() { jpeg_destroy_compress(&codec_); }
+    JpegEncoder(const JpegEncoder&) = delete;
+    JpegEncoder& operator=(const JpegEncoder&) = delete;
 
     std::optional<Bytes> encode(const Bitmap& bitmap, std::optional<float> factor);
 
@@ -303,11 +303,11 @@ class Encoder {
     jpeg_compress_struct codec_{};
 };
 
-void Encoder::setUp(const Bitmap& bitmap, std::optional<float> factor) {
+void JpegEncoder::setUp(const Bitmap& bitmap, std::optional<float> factor) {
     codec_.image_width = static_cast<JDIMENSION>(bitmap.width());
     codec_.image_height = static_cast<JDIMENSION>(bitmap.height());
     codec_.input_components = 4;
-    codec_.in_color_space = kPixels;
+    codec_.in_color_space = kColorSpace;
     jpeg_set_defaults(&codec_);
     const Resolution dots = dotsPerInch(bitmap);
     codec_.density_unit = 1;
@@ -320,7 +320,7 @@ void Encoder::setUp(const Bitmap& bitmap, std::optional<float> factor) {
     }
 }
 
-std::optional<Bytes> Encoder::encode(const Bitmap& bitmap, std::optional<float> factor) {
+std::optional<Bytes> JpegEncoder::encode(const Bitmap& bitmap, std::optional<float> factor) {
     unsigned char* data = nullptr;
     unsigned long length = 0;
     errors_.watch(codec_);
@@ -358,7 +358,7 @@ std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed) {
 }
 
 std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor) {
-    return Encoder().encode(bitmap, factor);
+    return JpegEncoder().encode(bitmap, factor);
 }
 
 }  // namespace tkv

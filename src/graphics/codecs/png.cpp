@@ -33,15 +33,15 @@ void append(png_structp png, png_bytep data, png_size_t length) {
     if (!isAppended) png_error(png, "no memory");
 }
 
-class Encoder {
+class PngEncoder {
   public:
-    Encoder()
+    PngEncoder()
         : png_(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, leave,
                                        [](png_structp, png_const_charp) {})),
           info_(png_ == nullptr ? nullptr : png_create_info_struct(png_)) {}
-    ~Encoder() { png_destroy_write_struct(&png_, &info_); }
-    Encoder(const Encoder&) = delete;
-    Encoder& operator=(const Encoder&) = delete;
+    ~PngEncoder() { png_destroy_write_struct(&png_, &info_); }
+    PngEncoder(const PngEncoder&) = delete;
+    PngEncoder& operator=(const PngEncoder&) = delete;
 
     bool encode(const Bitmap& bitmap, Bytes& file);
     bool encode(PixelSize size, std::uint32_t straight, Bytes& file);
@@ -72,7 +72,7 @@ std::uint8_t* store(std::uint32_t straight, std::uint8_t* to) {
     return to;
 }
 
-void Encoder::writeHeader(PixelSize size, Resolution dots) {
+void PngEncoder::writeHeader(PixelSize size, Resolution dots) {
     png_set_IHDR(png_, info_, static_cast<png_uint_32>(size.width),
                  static_cast<png_uint_32>(size.height), 8, PNG_COLOR_TYPE_RGBA, PNG_INTERLACE_NONE,
                  PNG_COMPRESSION_TYPE_DEFAULT, PNG_FILTER_TYPE_DEFAULT);
@@ -84,7 +84,7 @@ void Encoder::writeHeader(PixelSize size, Resolution dots) {
     png_write_info(png_, info_);
 }
 
-void Encoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
+void PngEncoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
     // Trying every filter on every row would take longer than the compression itself.
     png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     for (int y = 0; y < bitmap.height(); ++y) {
@@ -101,7 +101,7 @@ std::vector<std::uint8_t> emptyRow(PixelSize size) {
     return std::vector<std::uint8_t>(std::size_t{4} * static_cast<std::size_t>(size.width));
 }
 
-bool Encoder::encode(const Bitmap& bitmap, Bytes& file) {
+bool PngEncoder::encode(const Bitmap& bitmap, Bytes& file) {
     if (info_ == nullptr) return false;
     std::vector<std::uint8_t> row = emptyRow(bitmap.size());
     png_set_write_fn(png_, &file, append, nullptr);
@@ -112,7 +112,7 @@ bool Encoder::encode(const Bitmap& bitmap, Bytes& file) {
     });
 }
 
-bool Encoder::encode(PixelSize size, std::uint32_t straight, Bytes& file) {
+bool PngEncoder::encode(PixelSize size, std::uint32_t straight, Bytes& file) {
     if (info_ == nullptr) return false;
     std::vector<std::uint8_t> row = emptyRow(size);
     for (std::uint8_t* to = row.data(); to != row.data() + row.size();)
@@ -133,13 +133,13 @@ bool Encoder::encode(PixelSize size, std::uint32_t straight, Bytes& file) {
 
 std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> /*factor*/) {
     Bytes file;
-    if (!Encoder().encode(bitmap, file)) return std::nullopt;
+    if (!PngEncoder().encode(bitmap, file)) return std::nullopt;
     return file;
 }
 
 std::optional<Bytes> encodePlainPng(PixelSize size, std::uint32_t straight) {
     Bytes file;
-    if (!Encoder().encode(size, straight, file)) return std::nullopt;
+    if (!PngEncoder().encode(size, straight, file)) return std::nullopt;
     return file;
 }
 
