@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "disc/budget.h"
 #include "disc/film_filters.h"
 #include "disc/probe.h"
 
