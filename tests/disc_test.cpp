@@ -43,9 +43,19 @@ class Films : public testing::Test {
     }
 
     /// Runs the program in the films' folder; its output, and its status in the last line.
-    static std::string makeDisc(const std::string& words) {
-        return run(fmt::format("cd {}; {} {}; echo status $?", folder_->path(),
+    /// `before`: what the shell is told first.
+    static std::string makeDisc(const std::string& words, const std::string& before = "") {
+        return run(fmt::format("cd {}; {}{} {}; echo status $?", folder_->path(), before,
                                quoted(discProgramPath()), words));
+    }
+
+    /// Words for the shell, so that a program of this name does something else.
+    static std::string faked(const std::string& name, const std::string& script) {
+        const std::string path =
+            folder_->write(fmt::format("fake-{}/{}", std::hash<std::string>()(script), name),
+                           "#!/bin/sh\n" + script);
+        fs::permissions(path, fs::perms::owner_all);
+        return fmt::format("PATH={}:$PATH ", fs::path(path).parent_path().string());
     }
 
     static std::string file(const std::string& name) { return folder_->file(name); }
@@ -163,15 +173,17 @@ TEST_F(Films, BecomeADiscThatLeads) {
 }
 
 TEST_F(Films, AreNotMadeTwice) {
-    const auto disc = [&](const std::string& words) {
-        return makeDisc("--no-image -o again ready.vob chap*.mp4 " + words);
+    const auto disc = [&](const std::string& words, const std::string& before = "") {
+        return makeDisc("--no-image -o again ready.vob chap*.mp4 " + words, before);
     };
     ASSERT_TRUE(disc("").ends_with("status 0\n"));
     const std::string film = run("cd " + folder_->path() + "; ls --full-time again/work/film-*");
-    const std::string said = disc("--title Other");
+    const std::string said = disc("--title Other", faked("ffprobe", "exit 1"));
     EXPECT_EQ(run("cd " + folder_->path() + "; ls --full-time again/work/film-*"), film);
     EXPECT_NE(said.find("Making the menu films-1"), std::string::npos) << said;
     EXPECT_EQ(said.find("Making the menu film-2"), std::string::npos) << said;
+    // What was kept and is damaged is made anew.
+    run("cd " + folder_->path() + "; for kept in again/work/*.json; do echo '{' >$kept; done");
     EXPECT_TRUE(disc("--clean --title Other").ends_with("status 0\n"));
     EXPECT_EQ(namesIn(file("again")), (Strings{".tkvDvdDisc", "disc", "jacket.jpg", "menus"}));
 }
@@ -203,14 +215,6 @@ TEST_F(Films, EndWithAReason) {
     folder_->write("text.mp4", "no film");
     run(fmt::format("cd {}; head -c 60000 chap*.mp4 >cut.mp4; cp ready.vob goes.vob",
                     folder_->path()));
-    // A program of this name that does something else first.
-    const auto faked = [&](const std::string& name, const std::string& script) {
-        const std::string path =
-            folder_->write(fmt::format("fake-{}/{}", std::hash<std::string>()(script), name),
-                           "#!/bin/sh\n" + script);
-        fs::permissions(path, fs::perms::owner_all);
-        return fmt::format("PATH={}:$PATH ", fs::path(path).parent_path().string());
-    };
     const struct {
         std::string before, words, reason;
     } cases[] = {
@@ -238,8 +242,7 @@ TEST_F(Films, EndWithAReason) {
          "genisoimage was ended by signal 9"},
     };
     for (const auto& [before, words, reason] : cases) {
-        const std::string said = run(fmt::format("cd {}; {}{} {}; echo status $?", folder_->path(),
-                                                 before, quoted(discProgramPath()), words));
+        const std::string said = makeDisc(words, before);
         EXPECT_TRUE(said.ends_with("status 1\n")) << words;
         const std::size_t last = said.rfind("tkvDvdDisc: ");
         ASSERT_NE(last, std::string::npos) << said;

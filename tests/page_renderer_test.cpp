@@ -1,5 +1,7 @@
 #include "composer/page_renderer.h"
 
+#include <cstring>
+
 #include "support.h"
 
 namespace tkv::test::rendering {
@@ -27,10 +29,39 @@ int preparations(std::size_t budget, int passes) {
 TEST(PageRenderer, PreparesALayerOnceAsLongAsTheBudgetLasts) {
     EXPECT_EQ(preparations(PageRenderer::kDefaultBudget, 210), 11);
     EXPECT_EQ(preparations(std::size_t{11} * 400, 210), 11);
-    EXPECT_EQ(preparations(0, 210), 630) << "nothing can be kept";
+    EXPECT_EQ(preparations(0, 210), 2 * 210 + 2) << "nothing can be kept but what lies below all";
     // The text and the first frames of both loops, three of them of each, are kept: of the second
     // loop frames 3 to 6 are made again in each round.
     EXPECT_EQ(preparations(std::size_t{7} * 400, 210), 7 + 4 * 30);
+}
+
+/// A page of rectangles that overlap; each letter stands for one.
+Page pageOf(std::string_view letters, PixelSize canvas = {30, 20}) {
+    Page page{canvas, {}};
+    for (const char letter : letters) {
+        const int at = letter - 'a';
+        const auto tone = static_cast<float>(at) / 26;
+        const double left = at;
+        page.layers.emplace_back(FillLayer{{left, left, 12, 12}, {tone, 1 - tone, 0.5F, 1}});
+    }
+    return page;
+}
+
+TEST(PageRenderer, DrawsEachPageAsIfItWereTheFirst) {
+    PageRenderer renderer;
+    std::vector<Page> pages;
+    for (const char* letters : {"abc", "abd", "abe", "abe", "ab", "b", "bce", "bcf", "xcf", "xcg",
+                                "ycg", "", "ycg", "ycgh", "ycgi"})
+        pages.push_back(pageOf(letters));
+    for (const char* letters : {"ycgi", "ycgj"})
+        pages.push_back(pageOf(letters, {20, 30}));
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        const Bitmap drawn = renderer.render(pages[i]).value();
+        const Bitmap alone = PageRenderer().render(pages[i]).value();
+        ASSERT_EQ(drawn.size(), alone.size());
+        const std::size_t bytes = alone.rowBytes() * static_cast<std::size_t>(alone.height());
+        EXPECT_EQ(std::memcmp(drawn.row(0), alone.row(0), bytes), 0) << "page " << i;
+    }
 }
 
 TEST(PageRenderer, AnswersNoneForAPageInError) {

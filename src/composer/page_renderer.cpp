@@ -72,6 +72,13 @@ double opacityOf(const Layer& layer) {
     return picture != nullptr ? double{picture->opacity} : 1.0;
 }
 
+/// How many layers the pages have in common, counted from the lowest.
+std::size_t sharedLayers(const Page& a, const Page& b) {
+    if (a.canvas != b.canvas) return 0;
+    const auto end = std::ranges::mismatch(a.layers, b.layers).in1;
+    return static_cast<std::size_t>(end - a.layers.begin());
+}
+
 std::size_t bytesOf(const PlacedBitmap& placed) {
     return placed.pixels.rowBytes() * static_cast<std::size_t>(placed.pixels.height());
 }
@@ -101,17 +108,28 @@ PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canv
     return result;
 }
 
+bool PageRenderer::draw(const Layer& layer, Bitmap& canvas) {
+    if (const auto* fill = std::get_if<FillLayer>(&layer))
+        return fillRect(canvas, fill->area, fill->color);
+    const Prepared placed = prepared(layer, canvas.size());
+    return !placed || (placed->isWhole && blend(canvas, *placed, opacityOf(layer)));
+}
+
 std::optional<Bitmap> PageRenderer::render(const Page& page) {
-    std::optional<Bitmap> canvas = Bitmap::create(page.canvas);
+    const std::size_t shared = sharedLayers(before_, page);
+    const bool isOnGround = ground_ && groundLayers_ == shared;
+    if (!isOnGround) ground_.reset();
+    std::optional<Bitmap> canvas = isOnGround ? ground_->copy() : Bitmap::create(page.canvas);
     if (!canvas) return std::nullopt;
-    for (const Layer& layer : page.layers) {
-        if (const auto* fill = std::get_if<FillLayer>(&layer)) {
-            if (!fillRect(*canvas, fill->area, fill->color)) return std::nullopt;
-        } else if (const Prepared placed = prepared(layer, page.canvas)) {
-            if (!placed->isWhole || !blend(*canvas, *placed, opacityOf(layer))) return std::nullopt;
+    for (std::size_t i = isOnGround ? shared : 0; i < page.layers.size(); ++i) {
+        if (!draw(page.layers[i], *canvas)) return std::nullopt;
+        if (i + 1 == shared) {
+            ground_ = canvas->copy();
+            groundLayers_ = shared;
         }
     }
     if (wasModuleMissed()) return std::nullopt;
+    before_ = page;
     return canvas;
 }
 

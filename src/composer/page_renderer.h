@@ -19,7 +19,8 @@ std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas);
 using LayerMaker = std::function<std::optional<PlacedBitmap>(const Layer&, PixelSize canvas)>;
 
 /// Draws pages. A picture is decoded and scaled, a text laid out and rasterised once; later pages
-/// blend what was made. Prepared layers are kept until their pixels fill the budget; what comes
+/// blend what was made, and begin with what the page before has in common with them, as far as it
+/// lies below all else. Prepared layers are kept until their pixels fill the budget; what comes
 /// later is made for its page alone, so that the memory of a run does not grow with its length, and
 /// loops longer than the budget still find their first layers again.
 class PageRenderer {
@@ -45,10 +46,14 @@ class PageRenderer {
     };
 
     Prepared prepared(const Layer& layer, PixelSize canvas);
+    bool draw(const Layer& layer, Bitmap& canvas);
 
     std::size_t budgetLeft_;
     LayerMaker prepare_;
     std::map<Key, Prepared> cache_;
+    Page before_;                   // of the call before
+    std::optional<Bitmap> ground_;  // its first groundLayers_ layers
+    std::size_t groundLayers_ = 0;
 };
 
 }  // namespace tkv

@@ -10,9 +10,9 @@
 #include <utility>
 
 #include "disc/authoring.h"
-#include "disc/counted_film.h"
 #include "disc/disc_error.h"
 #include "disc/film_maker.h"
+#include "disc/kept_film.h"
 #include "disc/lanes.h"
 #include "disc/menu_maker.h"
 #include "disc/names.h"
@@ -44,9 +44,11 @@ constexpr std::int64_t kPageBytes = 200 << 20;
 
 constexpr float kPictureQuality = 0.95F;
 
-std::vector<Film> probedFilms(const Project& project) {
+// `work`: where an earlier run may have kept what it learnt of them.
+std::vector<Film> probedFilms(const Project& project, const std::string& work) {
     std::vector<Film> films(project.films.size());
-    sideBySide(films.size(), [&](std::size_t i) { films[i] = probeFilm(project.films[i].path); });
+    sideBySide(films.size(),
+               [&](std::size_t i) { films[i] = probeFilmOnce(project.films[i].path, work); });
     return films;
 }
 
@@ -94,6 +96,8 @@ class DiscMaker {
 
   private:
     void make() {
+        for (const Film& film : films_)
+            keepAnswer(film, workshop_);
         if (!options_.isPreview) countAllFrames();
         plan_ = planDisc(project_, films_);
         pages_ = pagesOf(plan_);
@@ -318,7 +322,8 @@ class DiscMaker {
 void writeProjectFile(const Options& options) {
     requirePrograms({"ffprobe"});
     const std::string folder = parentFolder(options.projectFile);
-    const std::string text = projectFileText(options.project, probedFilms(options.project), folder);
+    const std::string text =
+        projectFileText(options.project, probedFilms(options.project, ""), folder);
     if (fs::exists(options.projectFile)) {
         throw DiscError(fmt::format("{} is there already. Name another file with --write.",
                                     options.projectFile));
@@ -337,7 +342,7 @@ void makeDisc(const Options& options) {
     // The jacket's date is in the language of the menus. There is no other thread yet.
     setenv("LC_ALL", options.project.labels.language.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
     // A folder is made only for films that are there.
-    DiscMaker(options, probedFilms(options.project)).run();
+    DiscMaker(options, probedFilms(options.project, options.output + "/work")).run();
     if (options.cleans) fs::remove_all(options.output + "/work");
 }
 

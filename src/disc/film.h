@@ -51,6 +51,7 @@ struct Film {
     std::vector<std::string> sources;  ///< absolute; one, or the VOBs of a title in their order
     std::int64_t bytes = 0;            ///< of all sources together
     std::string stamp;                 ///< differs after any of the sources has changed
+    std::string answer;                ///< ffprobe's, as filmFromAnswer reads it
     std::string container;             ///< in ffmpeg's words: "matroska,webm"
     std::string title;                 ///< its own tag; empty when it has none
     VideoTrack video;

@@ -51,10 +51,11 @@ std::vector<std::string> menuClipCommand(const MenuSound& sound, Standard standa
     append(words, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
                                       "afade=t=out:st={1:.3f}:d={2}",
                                       seconds, seconds - kFadeSeconds, kFadeSeconds)});
-    // At this rate pictures between others gain nothing, and cost a fifth of the time.
+    // At this rate pictures between others gain nothing, and cost a fifth of the time. The other
+    // processor draws.
     append(words, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
                    "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
-                   std::to_string(facts.keyframeInterval), "-bf", "0"});
+                   std::to_string(facts.keyframeInterval), "-bf", "0", "-threads", "1"});
     append(words,
            {"-c:a", "ac3", "-ar", "48000", "-ac", "2", "-b:a", fmt::format("{}k", kStereoRate)});
     append(words, {"-frames:v", std::to_string(facts.menuFrames), "-f", "dvd", "-muxrate",

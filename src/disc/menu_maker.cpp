@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <span>
-#include <sstream>
 #include <utility>
 
 #include "composer/dvd_menu_picture.h"
@@ -46,12 +45,6 @@ void expectDrawn(bool isDrawn, const PageWork& work) {
     throw DiscError(fmt::format(
         "{} could not be drawn: {}.", taskOf(work),
         isFull ? "the disk is full" : "the composer's last lines are in work/composer.log"));
-}
-
-std::string readText(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path).rdbuf();
-    return text.str();
 }
 
 std::size_t count(const std::string& text, std::string_view part) {

@@ -162,17 +162,21 @@ std::string inputName(const std::vector<std::string>& sources) {
     return fmt::format("concat:{}", fmt::join(sources, "|"));
 }
 
-Film probeFilm(const std::string& path) {
+Film probeFilm(const std::string& path, const KnownAnswer& knownAnswer) {
     Film asked;
     asked.path = path;
     asked.sources = sourcesOf(path);
-    std::string answer;
-    askFfprobe(asked, {"-of", "json", "-show_format", "-show_streams", "-show_chapters"},
-               [&](std::string_view line) { answer.append(line).append("\n"); });
-    Film film = filmFromAnswer(path, answer);
+    asked.stamp = stampOf(asked.sources);
+    if (knownAnswer) asked.answer = knownAnswer(asked.stamp);
+    if (asked.answer.empty()) {
+        askFfprobe(asked, {"-of", "json", "-show_format", "-show_streams", "-show_chapters"},
+                   [&](std::string_view line) { asked.answer.append(line).append("\n"); });
+    }
+    Film film = filmFromAnswer(path, asked.answer);
+    film.answer = std::move(asked.answer);
     film.sources = std::move(asked.sources);
+    film.stamp = std::move(asked.stamp);
     film.bytes = bytesOf(film.sources);
-    film.stamp = stampOf(film.sources);
     findFields(film);
     return film;
 }

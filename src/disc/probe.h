@@ -22,8 +22,12 @@ std::string inputName(const std::vector<std::string>& sources);
 /// DiscError when it has no moving picture.
 Film filmFromAnswer(const std::string& path, std::string_view json);
 
-/// Asks ffprobe about a film. Takes some hundredths of a second; its length is the file's word.
-Film probeFilm(const std::string& path);
+/// What ffprobe has answered before about a film with this stamp; empty when nobody knows.
+using KnownAnswer = std::function<std::string(const std::string& stamp)>;
+
+/// Asks ffprobe about a film, unless its answer is known. Takes some tenths of a second; the film's
+/// length is the file's word.
+Film probeFilm(const std::string& path, const KnownAnswer& knownAnswer = {});
 
 /// Reads the whole film, without decoding it: fills in its frames and keyframes, and corrects its
 /// length. Throws DiscError when it ends long before the file's word says it does.

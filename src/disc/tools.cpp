@@ -107,6 +107,12 @@ int runEncoder(const std::vector<std::string>& command, std::string_view task,
     return frames;
 }
 
+std::string readText(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path).rdbuf();
+    return text.str();
+}
+
 void writeText(const std::string& path, std::string_view text) {
     errno = 0;
     std::ofstream file(path);

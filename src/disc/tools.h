@@ -28,6 +28,9 @@ int runEncoder(const std::vector<std::string>& command, std::string_view task,
                const std::function<void(double seconds)>& onSeconds = {},
                Descriptor input = Descriptor(-1));
 
+/// What a text file holds; empty when it cannot be read.
+std::string readText(const std::string& path);
+
 /// Writes a text file; throws DiscError when it could not be written whole.
 void writeText(const std::string& path, std::string_view text);
 

@@ -32,6 +32,17 @@ std::optional<Bitmap> Bitmap::create(PixelSize size, std::size_t rowBytes) {
     return Bitmap(size, rowBytes, std::move(pixels));
 }
 
+std::optional<Bitmap> Bitmap::copy() const {
+    const std::size_t bytes = static_cast<std::size_t>(size_.height) * rowBytes_;
+    Memory pixels(static_cast<std::uint8_t*>(std::malloc(bytes)));
+    if (!pixels) return std::nullopt;
+    std::memcpy(pixels.get(), pixels_.get(), bytes);
+    Bitmap copied(size_, rowBytes_, std::move(pixels));
+    copied.nominalSize_ = nominalSize_;
+    copied.extent_ = extent_;
+    return copied;
+}
+
 const std::uint32_t* Bitmap::row(int y) const {
     return reinterpret_cast<const std::uint32_t*>(pixels_.get() +
                                                   static_cast<std::size_t>(y) * rowBytes_);

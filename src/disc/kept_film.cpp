@@ -1,4 +1,4 @@
-#include "disc/counted_film.h"
+#include "disc/kept_film.h"
 
 #include <fstream>
 #include <map>
@@ -6,6 +6,7 @@
 
 #include "disc/probe.h"
 #include "disc/tools.h"
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -38,7 +39,23 @@ void setCounts(Film& film, const Json& counts) {
         tracks.at(std::to_string(track.index)).get_to(track.isWhole);
 }
 
+std::string answerName(const std::string& stamp) {
+    return Workshop::nameOf("answer", ".json", {stamp});
+}
+
 }  // namespace
+
+Film probeFilmOnce(const std::string& path, const std::string& folder) {
+    return probeFilm(path, [&](const std::string& stamp) {
+        const std::string answer = readText(joinPath(folder, answerName(stamp)));
+        return Json::accept(answer) ? answer : std::string();  // Somebody may have changed it.
+    });
+}
+
+void keepAnswer(const Film& film, Workshop& workshop) {
+    workshop.result(answerName(film.stamp),
+                    [&](const std::string& path) { writeText(path, film.answer); });
+}
 
 void countFramesOnce(Film& film, Workshop& workshop) {
     const std::string name = workshop.result(Workshop::nameOf("counts", ".json", {film.stamp}),
