@@ -15,10 +15,8 @@ if(TKV_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(tkv_options INTERFACE -fsanitize=address,undefined)
   set(TKV_SANITIZER_SOURCES ${CMAKE_CURRENT_LIST_DIR}/sanitizers.cpp)
-  if(NOT APPLE)
-    # The sanitizer's own dlopen looks only into folders that are named in the older way.
-    target_link_options(tkv_options INTERFACE -Wl,--disable-new-dtags)
-  endif()
+  # The sanitizer's own dlopen looks only into folders that are named in the older way.
+  target_link_options(tkv_options INTERFACE -Wl,--disable-new-dtags)
 endif()
 if(TKV_FUZZ)
   # Everything tells the fuzzer which way it went; only the targets have the fuzzer's main.

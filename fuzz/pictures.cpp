@@ -3,6 +3,7 @@
 #include "fuzzing.h"
 #include "graphics/codecs/codecs.h"
 #include "graphics/drawing.h"
+#include "graphics/picture_faults.h"
 #include "system/module.h"
 
 // Any bytes as a picture file, whole and reduced, drawn as a page would.
@@ -33,10 +34,12 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     constexpr std::int64_t kManyPixels = 4'000'000;
     const std::string path = scratchFile("picture", data, size);
     PixelSize full;
-    look(decodePicture(path, [&](PixelSize upright) {
+    const std::optional<Bitmap> picture = decodePicture(path, [&](PixelSize upright) {
         full = upright;
         return PixelSize{40, 28};
-    }));
+    });
+    look(picture);
+    require(picture || !whyNoPicture(path, full).empty(), "it is said why there is none");
     if (std::int64_t{full.width} * full.height <= kManyPixels) look(decodePicture(path));
     require(!wasModuleMissed(), "the formats of the desktop module are tried");
     return 0;

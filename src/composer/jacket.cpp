@@ -21,7 +21,8 @@ Page composeJacket(const MenuRequest& request, const Background& background, std
     const PixelSize canvas = canvasSize(MenuMode::jacket, request.isPal);
     Page page{canvas, {FillLayer{{0, 0, kPageWidth, kPageHeight}, kBlack}}};
     if (background.path) {
-        page.layers.emplace_back(backgroundPicture(*background.path, background.zoom, canvas));
+        page.layers.emplace_back(
+            named(backgroundPicture(*background.path, background.zoom, canvas)));
     }
     if (request.title) {
         page.layers.emplace_back(TextLayer{*request.title, LetterCase::upper,
@@ -30,7 +31,7 @@ Page composeJacket(const MenuRequest& request, const Background& background, std
     }
     page.layers.emplace_back(jacketLine(upperCasedLongDate(today), LetterCase::asItIs, {320, 200}));
     if (request.icon && fileExists(*request.icon)) {
-        page.layers.emplace_back(wholePicture(*request.icon, {505, 255, 100, 100}, 1.0F));
+        page.layers.emplace_back(named(wholePicture(*request.icon, {505, 255, 100, 100}, 1.0F)));
     }
     page.layers.emplace_back(
         jacketLine(request.dvdBt_readAll.value_or(""), LetterCase::asItIs, {320, 170}));

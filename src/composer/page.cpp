@@ -4,6 +4,11 @@
 
 namespace tkv {
 
+PictureLayer named(PictureLayer layer) {
+    layer.isNamed = true;
+    return layer;
+}
+
 PictureLayer wholePicture(const std::string& path, const Rect& destination, float opacity) {
     const std::string file = expandTilde(path);
     const Size size{destination.width, destination.height};

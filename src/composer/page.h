@@ -30,6 +30,7 @@ struct PictureLayer {
     Rect source;
     Rect destination;
     float opacity = 1;
+    bool isNamed = false;  ///< By the request itself: when it shows nothing, a line says why.
     bool operator==(const PictureLayer&) const = default;
     auto operator<=>(const PictureLayer&) const = default;
 };
@@ -55,6 +56,9 @@ struct Page {
     bool operator==(const Page&) const = default;
     auto operator<=>(const Page&) const = default;
 };
+
+/// The layer of a picture that the request itself names.
+PictureLayer named(PictureLayer layer);
 
 /// A layer that shows the whole of a picture file in `destination`, scaled to it.
 PictureLayer wholePicture(const std::string& path, const Rect& destination, float opacity);

@@ -62,7 +62,7 @@ std::optional<Pass> PageComposer::composePass(int number) {
     if (isDrawn()) page.layers.emplace_back(FillLayer{{0, 0, kPageWidth, kPageHeight}, kBlack});
     if (background_.path) {
         page.layers.emplace_back(
-            backgroundPicture(*background_.path, background_.zoom, page.canvas));
+            named(backgroundPicture(*background_.path, background_.zoom, page.canvas)));
     }
     if (addThumbnails(pass, number) == Outcome::noCaption) return std::nullopt;
     if (isDrawn()) addTitle(page);
@@ -120,7 +120,9 @@ void PageComposer::addPictures(Page& page, const Thumbnails& thumbnails, const s
     if (index == 0 && background_.isZoomed()) {
         page.layers.emplace_back(backgroundPicture(file, background_.zoom, page.canvas));
     }
-    page.layers.emplace_back(thumbnails.layout.picture(file, index));
+    PictureLayer picture = thumbnails.layout.picture(file, index);
+    // The frames of a folder are many, and not named.
+    page.layers.emplace_back(file == thumbnails.thumbsA[index] ? named(picture) : picture);
 }
 
 void PageComposer::addButton(Pass& pass, const Thumbnails& thumbnails, std::size_t index) const {

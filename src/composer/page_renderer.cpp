@@ -6,7 +6,9 @@
 #include <utility>
 #include <variant>
 
+#include "composer/reasons.h"
 #include "graphics/formats.h"
+#include "graphics/picture_faults.h"
 #include "system/module.h"
 #include "system/unicode.h"
 
@@ -41,11 +43,18 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
     if (area.size.width < 1 || area.size.height < 1) return std::nullopt;
     std::optional<Bitmap> scaled = Bitmap::create(area.size);
     if (!scaled) throw std::bad_alloc();
-    std::optional<Bitmap> picture = decodePicture(layer.file, [&](PixelSize) {
+    std::optional<PixelSize> size;
+    std::optional<Bitmap> picture = decodePicture(layer.file, [&](PixelSize full) {
+        size = full;
         return PixelSize{static_cast<int>(std::ceil(layer.scaledTo.width)),
                          static_cast<int>(std::ceil(layer.scaledTo.height))};
     });
-    if (!picture) return std::nullopt;
+    if (!picture) {
+        // Without the module its formats are not known; another line tells of it.
+        if (layer.isNamed && !wasModuleMissed())
+            tellWhy(layer.file, whyNoPicture(layer.file, size));
+        return std::nullopt;
+    }
     picture->setNominalSize(layer.scaledTo);
     const double bottom = canvas.height - area.top - area.size.height;
     const Rect destination{layer.destination.x - area.left, layer.destination.y - bottom,

@@ -14,7 +14,8 @@
 namespace tkv {
 
 /// Makes a picture or a text ready to be blended on a canvas: decodes and scales the one, lays out
-/// and rasterises the other. None when nothing of it shows. Throws std::bad_alloc.
+/// and rasterises the other. None when nothing of it shows; of a picture that the request names it
+/// tells why. Throws std::bad_alloc.
 std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas);
 using LayerMaker = std::function<std::optional<PlacedBitmap>(const Layer&, PixelSize canvas)>;
 

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <ctime>
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -12,14 +13,19 @@
 #include "composer/page_composer.h"
 #include "composer/page_geometry.h"
 #include "composer/page_renderer.h"
+#include "composer/reasons.h"
 #include "imaging/rescale.h"
+#include "system/files.h"
 #include "system/log.h"
+#include "system/module.h"
 #include "system/verbose.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
 #include "utils/guarded_removal.h"
 
 namespace tkv {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -67,6 +73,24 @@ bool writePicture(PageRenderer& renderer, const Page& page, const std::string& p
            imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch, quality);
 }
 
+bool isDevice(const std::string& path) {
+    std::error_code error;
+    const auto type = fs::status(path, error).type();
+    return type != fs::file_type::regular && type != fs::file_type::directory;
+}
+
+// The one picture of a run; tells why it is not there.
+bool writeOutput(const Page& page, const std::string& path, PixelSize size, float quality) {
+    const std::optional<FileStamp> before = fileStamp(path);
+    PageRenderer renderer;
+    const bool isThere = writePicture(renderer, page, path, size, quality);
+    // What was there before and could not be replaced counts as there; devices do not change.
+    const bool isOld = isThere && !isDevice(path) && fileStamp(path) == before;
+    // Without the module nothing was drawn; another line tells of it.
+    if ((!isThere || isOld) && !wasModuleMissed()) tellWhy(path, whyNotWritten(path));
+    return isThere;
+}
+
 }  // namespace
 
 bool writePreview(const MenuRequest& request, const Background& background) {
@@ -75,9 +99,7 @@ bool writePreview(const MenuRequest& request, const Background& background) {
     const std::optional<Pass> pass = composer.composePass(0);
     if (!pass) return false;
     endPass(request, *pass);
-    PageRenderer renderer;
-    const bool isSuccess =
-        writePicture(renderer, pass->page, request.output, kPreviewSize, kDefaultQuality);
+    const bool isSuccess = writeOutput(pass->page, request.output, kPreviewSize, kDefaultQuality);
     writeProgress(100);
     return isSuccess;
 }
@@ -123,9 +145,7 @@ bool writeOverlay(const MenuRequest& request) {
 bool writeJacket(const MenuRequest& request, const Background& background) {
     const Page page = composeJacket(request, background, std::time(nullptr));
     verboseLine("dstPathStr : {}", request.output);
-    PageRenderer renderer;
-    const bool isSuccess =
-        writePicture(renderer, page, request.output, {kPageWidth, kPageHeight}, 1.0F);
+    const bool isSuccess = writeOutput(page, request.output, {kPageWidth, kPageHeight}, 1.0F);
     writeProgress(100);
     return isSuccess;
 }

@@ -40,6 +40,7 @@ constexpr std::size_t kHead = 4096;
 /// What the loader tells while it reads.
 struct Progress {
     const PixbufReader& reader;
+    const NeededSize& needed;
     std::int64_t fileBytes = 0;
     bool tooLarge = false;
     bool hasPixels = false;
@@ -65,6 +66,7 @@ void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* pr
         canHold(size, progress->fileBytes + kPixel * pixelsOf(size)))
         return;
     progress->tooLarge = true;
+    progress->needed(size);
     // Most formats' readers stop at this, before they ask for memory.
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
@@ -94,12 +96,12 @@ void unmultiply(GdkPixbuf* pixbuf) {
     }
 }
 
-Pixbuf load(ByteView file, const PixbufReader& reader) {
+Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed) {
     // The GIF reader goes over the whole picture after each piece, and moves all that is left of a
     // piece each few bytes: much smaller or larger ones take it ten times as long.
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
     const Silence silence;
-    Progress progress{reader, std::ssize(file)};
+    Progress progress{reader, needed, std::ssize(file)};
     const PixbufLoader loader(
         gdk_pixbuf_loader_new_with_type(std::string(reader.name).c_str(), nullptr));
     if (!loader) return nullptr;
@@ -238,7 +240,7 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     const PixbufReader* const reader = pixbufReaderFor(file.first(std::min(file.size(), kHead)));
     if (reader == nullptr || bytesFor(file, *reader) > kMostBytes) return std::nullopt;
     const Bytes first = firstOfWebp(file);
-    const Pixbuf pixbuf = load(first.empty() ? file : ByteView(first), *reader);
+    const Pixbuf pixbuf = load(first.empty() ? file : ByteView(first), *reader, needed);
     if (!pixbuf) return std::nullopt;
     const PixelSize full{gdk_pixbuf_get_width(pixbuf.get()), gdk_pixbuf_get_height(pixbuf.get())};
     const int orientation = orientationOf(pixbuf.get(), file);

@@ -22,6 +22,7 @@
 #include "disc/report.h"
 #include "disc/tools.h"
 #include "disc/workshop.h"
+#include "graphics/picture_faults.h"
 #include "imaging/rescale.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -265,7 +266,8 @@ class DiscMaker {
                 if (!imgRescale(path, cut, kWidePage.width, kWidePage.height, 0, kFillAndCrop, 1) ||
                     !imgRescale(cut, made, kPageSize.width, kPageSize.height, 0, kStretch,
                                 kPictureQuality)) {
-                    throw DiscError(fmt::format("{} is no picture that can be read.", path));
+                    throw DiscError(fmt::format("{} cannot stand behind the menus: {}.", path,
+                                                whyNoPicture(path, std::nullopt)));
                 }
             });
     }

@@ -44,12 +44,10 @@ std::size_t writeAll(const Descriptor& file, const void* bytes, std::size_t size
 // Copies up to `size` bytes from where the one file stands to where the other does; answers as
 // read and write do.
 ssize_t copyRange(const Descriptor& from, const Descriptor& to, std::size_t size) {
-#ifdef __linux__
     // The kernel copies within itself, or lets both files share the blocks, but not on every file
     // system. Whatever its objection, reading and writing tell whether the copy is possible.
     const ssize_t copied = copy_file_range(from.number(), nullptr, to.number(), nullptr, size, 0);
     if (copied >= 0) return copied;
-#endif
     std::array<std::uint8_t, 65536> buffer{};
     const ssize_t got = read(from.number(), buffer.data(), std::min(size, buffer.size()));
     if (got <= 0) return got;
@@ -96,11 +94,7 @@ bool naturallyBefore(std::string_view a, std::string_view b) {
 std::optional<FileStamp> fileStamp(const std::string& path) {
     struct stat status {};
     if (stat(path.c_str(), &status) != 0) return std::nullopt;
-#ifdef __APPLE__
-    const timespec& modified = status.st_mtimespec;
-#else
     const timespec& modified = status.st_mtim;
-#endif
     return FileStamp{static_cast<std::uint64_t>(status.st_dev),
                      static_cast<std::uint64_t>(status.st_ino), std::int64_t{status.st_size},
                      std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec};

@@ -7,16 +7,10 @@
 
 namespace tkv {
 
-std::optional<Pipe> makePipe([[maybe_unused]] int bytes) {
+std::optional<Pipe> makePipe(int bytes) {
     std::array<int, 2> ends{};
-#ifdef __linux__
     if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
     if (bytes > 0) fcntl(ends[1], F_SETPIPE_SZ, bytes);
-#else
-    if (pipe(ends.data()) != 0) return std::nullopt;
-    for (const int end : ends)
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-#endif
     return Pipe{Descriptor(ends[0]), Descriptor(ends[1])};
 }
 

@@ -14,10 +14,6 @@
 
 #include "system/program_start.h"
 
-#ifdef __APPLE__
-extern char** environ;
-#endif
-
 namespace tkv {
 
 namespace {

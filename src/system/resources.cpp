@@ -2,12 +2,6 @@
 
 #include <filesystem>
 
-#ifdef __APPLE__
-#include <mach-o/dyld.h>
-
-#include <array>
-#endif
-
 #include "system/paths.h"
 
 namespace tkv {
@@ -15,16 +9,8 @@ namespace tkv {
 namespace {
 
 std::string runningExecutable() {
-#ifdef __APPLE__
-    std::array<char, 4096> buffer{};
-    auto size = static_cast<std::uint32_t>(buffer.size());
-    if (_NSGetExecutablePath(buffer.data(), &size) != 0) return {};
-    const char* const path = buffer.data();
-#else
-    const char* const path = "/proc/self/exe";
-#endif
     std::error_code error;
-    return std::filesystem::canonical(path, error).string();
+    return std::filesystem::canonical("/proc/self/exe", error).string();
 }
 
 }  // namespace

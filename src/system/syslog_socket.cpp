@@ -14,11 +14,7 @@ namespace tkv {
 
 namespace {
 
-#ifdef __APPLE__
-constexpr std::string_view kSystemPath = "/var/run/syslog";
-#else
 constexpr std::string_view kSystemPath = _PATH_LOG;
-#endif
 
 // The C library's syslog() waits for as long as the socket is full.
 Descriptor connectedTo(std::string_view path) {

@@ -246,9 +246,9 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     const Info info(opj_get_cstr_info(codec.get()));
     if (!info || info->m_default_tile_info.tccp_info == nullptr) return std::nullopt;
     const std::int64_t overhead = std::ssize(file) + tileBytes(file) + structureBytes(*info, full);
+    const PixelSize atLeast = needed(full);
     if (!canHold(full, overhead)) return std::nullopt;
 
-    const PixelSize atLeast = needed(full);
     // The mean of two places in a palette is no place between them.
     unsigned halvings = indexed > 0 ? 0 : mostHalvings(info);
     for (; halvings > 0; --halvings) {

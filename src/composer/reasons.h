@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// What a person is told where the lines that programs read say nothing: why the output is not there
+// or a picture that was named is not on the page.
+
+namespace tkv {
+
+/// Writes the line "tkvDvdMenuImg: WHAT: WHY" to the standard error stream; control characters in
+/// it are replaced.
+void tellWhy(std::string_view what, std::string_view why);
+
+/// Why no file could be written at `path` (tilde already expanded), as far as the disk still tells.
+std::string whyNotWritten(const std::string& path);
+
+}  // namespace tkv
