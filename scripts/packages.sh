@@ -35,6 +35,9 @@ fuzz_packages=(
 # mounts and of processes.
 fault_packages=(bindfs mount perl-base procps util-linux)
 
+# What the contact sheet needs besides: letters of every script, and what joins its pictures.
+sheet_packages=(fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji imagemagick)
+
 # Installs those of the named packages that are missing.
 install_packages() {
     local missing=() package as_root=()
