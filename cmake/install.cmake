@@ -1,0 +1,8 @@
+# What is installed beside the programs and the module; the component is the package it goes to.
+function(tkv_install component program)
+  install(FILES docs/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${component})
+endfunction()
+tkv_install(tool tkvDvdMenuImg)
+tkv_install(disc tkvDvdDisc)
+install(FILES LICENSE RENAME copyright
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/tkvdvdmenuimg COMPONENT tool)
