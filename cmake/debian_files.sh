@@ -13,6 +13,7 @@ maintainer=$4
 cd "$1/usr"
 
 gzip -9n share/man/man1/*.1
+mv share/zsh/site-functions share/zsh/vendor-completions
 for link in share/tkvDvdMenuImg/tools/*; do
     [ ! -L "$link" ] || ln -sf "../../../bin/${link##*/}" "$link"
 done
