@@ -38,6 +38,10 @@ fault_packages=(bindfs mount perl-base procps util-linux)
 # What the contact sheet needs besides: letters of every script, and what joins its pictures.
 sheet_packages=(fonts-noto-core fonts-noto-cjk fonts-noto-color-emoji imagemagick)
 
+# What packages are made with besides, and what looks at them.
+package_packages=(dpkg-dev file git)
+package_check_packages=(devscripts lintian)
+
 # Installs those of the named packages that are missing.
 install_packages() {
     local missing=() package as_root=()
