@@ -17,6 +17,4 @@ target_compile_options(tkv_options INTERFACE
   $<$<CONFIG:Release>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release>:-D_FORTIFY_SOURCE=${fortify}>)
 include(CheckPIESupported)
 check_pie_supported()
-if(NOT APPLE)
-  target_link_options(tkv_options INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
-endif()
+target_link_options(tkv_options INTERFACE $<$<CONFIG:Release>:LINKER:-z,relro,-z,now>)
