@@ -15,9 +15,9 @@ namespace tkv {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Asked once, when a picture's upright size in pixels is known (as stored, of one that is too large
-/// to be decoded): answers the smallest size in pixels that will do. A decoder may then answer any
-/// reduction of which no side is below it.
+/// Asked once, when a picture's upright size in pixels is known (as stored, of one that is too
+/// large to be decoded): answers the smallest size in pixels that will do. A decoder may then
+/// answer any reduction of which no side is below it.
 using NeededSize = std::function<PixelSize(PixelSize full)>;
 
 /// Asks for every pixel of the picture.
