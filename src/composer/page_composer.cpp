@@ -121,8 +121,8 @@ void PageComposer::addPictures(Page& page, const Thumbnails& thumbnails, const s
         page.layers.emplace_back(backgroundPicture(file, background_.zoom, page.canvas));
     }
     PictureLayer picture = thumbnails.layout.picture(file, index);
-    // The frames of a folder are many, and not named.
-    page.layers.emplace_back(file == thumbnails.thumbsA[index] ? named(picture) : picture);
+    picture.isNamed = file == thumbnails.thumbsA[index];  // The frames of a folder are not.
+    page.layers.emplace_back(std::move(picture));
 }
 
 void PageComposer::addButton(Pass& pass, const Thumbnails& thumbnails, std::size_t index) const {
