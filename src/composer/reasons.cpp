@@ -40,7 +40,7 @@ std::string whyNotWritten(const std::string& path) {
     if (!fs::is_directory(folder, error)) return fmt::format("{} is no folder", folder);
     const bool isThere = fs::exists(path, error);
     if (error) return error.message();  // Too long a name, for one.
-    if (const std::string why = whyNotWritable(isThere ? path : folder); !why.empty()) return why;
+    if (std::string why = whyNotWritable(isThere ? path : folder); !why.empty()) return why;
     const bool isFull = fs::space(folder, error).available < kLeastSpace && !error;
     return isFull ? "the disk is full" : "it could not be written whole";
 }
