@@ -1,8 +1,12 @@
-# A release is hard to turn against its user by what the pictures and films of others hold. Which
-# of these exist depends on compiler and processor.
+# A release is hard to turn against its user by what the pictures and films of others hold.
 include(CheckCXXCompilerFlag)
-foreach(flag -fstack-protector-strong -fstack-clash-protection -fcf-protection
-    -mbranch-protection=standard)
+set(hardening -fstack-protector-strong -fstack-clash-protection)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")
+  list(APPEND hardening -fcf-protection)
+elseif(CMAKE_SYSTEM_PROCESSOR MATCHES "aarch64|arm64")
+  list(APPEND hardening -mbranch-protection=standard)
+endif()
+foreach(flag IN LISTS hardening)
   string(MAKE_C_IDENTIFIER "TKV_HAS${flag}" has)
   check_cxx_compiler_flag(${flag} ${has})
   if(${has})
