@@ -17,7 +17,8 @@ make_packages() {
     rm -rf build/packages
     cmake --preset package
     cmake --build --preset package
-    cpack --preset package
+    # The archive around a package tells the modes of the files that cpack made on its way.
+    (umask 022 && cpack --preset package)
     rm -rf build/packages/_CPack_Packages
 }
 
