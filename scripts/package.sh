@@ -10,7 +10,6 @@ cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 install_packages "${build_packages[@]}" "${package_packages[@]}"
-export SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
 
 # In the folder where it runs.
 make_packages() {
@@ -24,7 +23,8 @@ make_packages() {
 
 # The same from copies of the sources, by somebody who lets nobody else read his files.
 make_again() {
-    local as=()
+    local as=() time
+    time=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
     git ls-files -z | xargs -0 cp --parents -t "$other"
     if [ "$(id -u)" -eq 0 ]; then
         chown -R nobody "$other"
@@ -34,7 +34,8 @@ make_again() {
         cd "$other"
         umask 077
         export -f make_packages
-        "${as[@]}" env -u CMAKE_CXX_COMPILER_LAUNCHER HOME="$other" bash -euc make_packages
+        "${as[@]}" env -u CMAKE_CXX_COMPILER_LAUNCHER HOME="$other" SOURCE_DATE_EPOCH="$time" \
+            bash -euc make_packages
     )
 }
 
