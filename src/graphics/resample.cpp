@@ -138,12 +138,6 @@ void mixRows(const Bitmap& source, const Axis& columns, const Axis& rows, int y,
 /// The four channels of a pixel.
 using Channels [[gnu::vector_size(16)]] = float;
 
-Channels weighed(const float* pixel, float weight) {
-    Channels loaded;
-    std::memcpy(&loaded, pixel, sizeof loaded);
-    return loaded * weight;
-}
-
 /// That row at the answer's width, with a half more of each channel, so that cutting rounds.
 void mixColumns(const std::vector<float>& row, const Axis& columns, std::vector<float>& mixed) {
     const float* weights = columns.weights(0);
@@ -153,8 +147,10 @@ void mixColumns(const std::vector<float>& row, const Axis& columns, std::vector<
         const float* from = row.data() + channels(first - columns.begin());
         Channels sum{0.5F, 0.5F, 0.5F, 0.5F};
         for (int tap = 0; tap < taps; tap += Axis::kAtOnce, from += 16, weights += 4) {
-            sum += (weighed(from, weights[0]) + weighed(from + 4, weights[1])) +
-                   (weighed(from + 8, weights[2]) + weighed(from + 12, weights[3]));
+            Channels pixels[Axis::kAtOnce];
+            std::memcpy(pixels, from, sizeof pixels);
+            sum += (pixels[0] * weights[0] + pixels[1] * weights[1]) +
+                   (pixels[2] * weights[2] + pixels[3] * weights[3]);
         }
         std::memcpy(to, &sum, sizeof sum);
         to += 4;

@@ -25,9 +25,10 @@ void forEachBox(ByteView boxes, const Visit& visit) {
             head = 16;
         }
         if (length == 0 || length > boxes.size()) length = boxes.size();  // To the end.
-        if (length < head) return;
-        visit(type, boxes.subspan(head, length - head));
-        boxes = boxes.subspan(length);
+        const auto size = static_cast<std::size_t>(length);
+        if (size < head) return;
+        visit(type, boxes.subspan(head, size - head));
+        boxes = boxes.subspan(size);
     }
 }
 
