@@ -5,13 +5,14 @@
 #
 #     scripts/hostile.sh [TOOL]    another build of the tool, to compare
 set -euo pipefail
+tool=${1:+$(realpath "$1")}
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 install_packages "${build_packages[@]}" python3 time
 cmake --preset release >/dev/null
 cmake --build --preset release
-tool=${1:-$PWD/build/release/bin/tkvDvdMenuImg}
+tool=${tool:-$PWD/build/release/bin/tkvDvdMenuImg}
 maker=$PWD/scripts/hostile/make.py
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
