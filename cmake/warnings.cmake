@@ -4,8 +4,12 @@ target_compile_options(tkv_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wimplicit-fallthrough)
 
-# The page's arithmetic must give the same numbers on every processor: no fused multiply-add.
+# The page's arithmetic must give the same numbers on every processor: no fused multiply-add, and
+# none of the extended precision of the oldest unit of x86, which 32-bit programs would use.
 target_compile_options(tkv_options INTERFACE -ffp-contract=off)
+if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86|i.86|AMD64" AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+  target_compile_options(tkv_options INTERFACE -msse2 -mfpmath=sse)
+endif()
 
 # The same sources give the same program, in whatever folder they are built.
 target_compile_options(tkv_options INTERFACE -ffile-prefix-map=${PROJECT_SOURCE_DIR}=.)

@@ -1,3 +1,5 @@
+#include <fmt/format.h>
+
 #include <filesystem>
 
 #include "fuzzing.h"
@@ -19,7 +21,7 @@ namespace {
 
 void checkNumbers(const std::string& text, std::int32_t multiple) {
     const std::int32_t value = intValue(text);
-    require(intValue(" " + std::to_string(value) + "x") == value, "a number is read back");
+    require(intValue(fmt::format(" {}x", value)) == value, "a number is read back");
     floatFromString(text);
     if (multiple != 0 && value % multiple == 0)
         require(nbMultipleArrondi(value, multiple) == value, "a multiple stays");

@@ -61,8 +61,19 @@ bool isIn(ByteView head, const GdkPixbufModulePattern& pattern) {
     return false;
 }
 
+// Whether the file's first box names one of AVIF's brands. The pattern that the reader states asks
+// for a box of one certain length, too, which few programs write.
+bool isAvif(ByteView head) {
+    constexpr std::size_t kType = 4, kLength = 8;
+    if (head.size() < kType + kLength) return false;
+    const ByteView brand = head.subspan(kType, kLength);
+    return std::ranges::any_of(std::array{"ftypavif", "ftypavis"}, [&](std::string_view avif) {
+        return std::ranges::equal(brand, avif);
+    });
+}
+
 int relevance(ByteView head, const GdkPixbufFormat& format) {
-    int most = 0;
+    int most = std::string_view(format.name) == "avif" && isAvif(head) ? 1 : 0;
     for (const GdkPixbufModulePattern* pattern = format.signature;
          pattern != nullptr && pattern->prefix != nullptr; ++pattern) {
         if (pattern->relevance > most && isIn(head, *pattern)) most = pattern->relevance;

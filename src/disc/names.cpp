@@ -85,7 +85,7 @@ std::string readableName(std::string_view path) {
     std::string text = name;
     std::replace_if(
         text.begin(), text.end(),
-        [](char c) { return c == '_' || (c >= '\0' && c < ' ') || c == '\x7F'; }, ' ');
+        [](unsigned char c) { return c == '_' || c < ' ' || c == '\x7F'; }, ' ');
     if (text.find(' ') == std::string::npos) turnDotsIntoBlanks(text);
     text = validUtf8(withSingleBlanks(text));
     if (text.empty()) return validUtf8(name);
