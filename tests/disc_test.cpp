@@ -182,6 +182,12 @@ TEST_F(Films, AreNotMadeTwice) {
     EXPECT_EQ(run("cd " + folder_->path() + "; ls --full-time again/work/film-*"), film);
     EXPECT_NE(said.find("Making the menu films-1"), std::string::npos) << said;
     EXPECT_EQ(said.find("Making the menu film-2"), std::string::npos) << said;
+    // Where other fonts are installed an encoder is asked for the menus, and for nothing else.
+    const std::string fonts = folder_->write(
+        "fonts.conf", "<fontconfig><dir>/usr/share/fonts/truetype/dejavu</dir></fontconfig>");
+    const std::string anew = disc(
+        "--title Other", fmt::format("FONTCONFIG_FILE={} {}", fonts, faked("ffmpeg", "exit 1")));
+    EXPECT_NE(anew.find("The menu films-1 could not be encoded"), std::string::npos) << anew;
     // What was kept and is damaged is made anew.
     run("cd " + folder_->path() + "; for kept in again/work/*.json; do echo '{' >$kept; done");
     EXPECT_TRUE(disc("--clean --title Other").ends_with("status 0\n"));

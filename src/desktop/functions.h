@@ -10,6 +10,7 @@ namespace tkv::desktop {
 
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
+std::string fallbackFaces();
 bool isReadByPixbuf(ByteView head);
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor);

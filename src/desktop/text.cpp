@@ -26,6 +26,7 @@ using FontDescription =
     std::unique_ptr<PangoFontDescription, Releaser<pango_font_description_free>>;
 using FontOptions = std::unique_ptr<cairo_font_options_t, Releaser<cairo_font_options_destroy>>;
 using FontOwner = std::unique_ptr<PangoFont, Releaser<g_object_unref>>;
+using Fontset = std::unique_ptr<PangoFontset, Releaser<g_object_unref>>;
 using FontMetrics = std::unique_ptr<PangoFontMetrics, Releaser<pango_font_metrics_unref>>;
 
 /// Pixel rectangle from the top left.
@@ -203,6 +204,15 @@ bool drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
     return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
 }
 
+/// For each face of a set. `names` is a string; false goes on to the next face.
+gboolean appendName(PangoFontset*, PangoFont* face, gpointer names) {
+    const FontDescription description(pango_font_describe(face));
+    const std::unique_ptr<char, Releaser<g_free>> name(
+        pango_font_description_to_string(description.get()));
+    *static_cast<std::string*>(names) += std::string(name.get()) + '\n';
+    return FALSE;
+}
+
 }  // namespace
 
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
@@ -231,6 +241,14 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     const bool isWhole = drawLines(*bitmap, box, lines, attributes.color);
     addShadow(*bitmap, attributes.shadow);
     return PlacedBitmap{*std::move(bitmap), box.left, box.top, isWhole};
+}
+
+std::string fallbackFaces() {
+    const Fontset faces(pango_context_load_fontset(sharedContext(), fontOf(1).get(),
+                                                   pango_context_get_language(sharedContext())));
+    std::string names;
+    pango_fontset_foreach(faces.get(), appendName, &names);
+    return names;
 }
 
 }  // namespace tkv::desktop

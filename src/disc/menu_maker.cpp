@@ -13,6 +13,7 @@
 #include "composer/navigation.h"
 #include "disc/disc_error.h"
 #include "disc/tools.h"
+#include "graphics/text.h"
 #include "system/log.h"
 #include "system/pipe.h"
 
@@ -57,7 +58,10 @@ std::size_t count(const std::string& text, std::string_view part) {
 }  // namespace
 
 MenuMaker::MenuMaker(MenuSetting setting, Workshop& workshop, Progress& progress)
-    : setting_(std::move(setting)), workshop_(workshop), progress_(progress) {
+    : setting_(std::move(setting)),
+      faces_(fallbackFaces()),
+      workshop_(workshop),
+      progress_(progress) {
     const std::string name = "composer.log";
     const auto log = std::make_shared<std::ofstream>(name);
     workshop.has(name);
@@ -72,7 +76,7 @@ MenuMaker::~MenuMaker() {
 std::string MenuMaker::make(const PageWork& work) {
     std::vector<std::string> inputs = work.excerpts;
     inputs.insert(inputs.end(), {work.page->title, work.page->isMain ? "main" : "",
-                                 setting_.background, setting_.soundStamp});
+                                 setting_.background, setting_.soundStamp, faces_});
     for (const Button& button : work.page->buttons)
         inputs.insert(inputs.end(), {button.name, button.text});
     for (const std::string& word :

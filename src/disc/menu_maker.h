@@ -63,6 +63,7 @@ class MenuMaker {
     std::string dot();
 
     MenuSetting setting_;
+    std::string faces_;  // that the texts are set in
     Workshop& workshop_;
     Progress& progress_;
     std::future<void> finishing_;  // the last menu that was drawn

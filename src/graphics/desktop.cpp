@@ -22,6 +22,10 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     return fromModule(&DesktopGraphics::rasterizeText, text, attributes, place, canvas);
 }
 
+std::string fallbackFaces() {
+    return fromModule(&DesktopGraphics::fallbackFaces);
+}
+
 bool isReadByPixbuf(ByteView head) {
     return fromModule(&DesktopGraphics::isReadByPixbuf, head);
 }
