@@ -1,5 +1,8 @@
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <csignal>
+#include <cstdint>
 
 #include "player.h"
 
@@ -67,8 +70,11 @@ std::unique_ptr<TempFolder> Films::folder_;
 /// Highlighted and activated, one of a button's four pixel values is the overlays' orange, which is
 /// 146, 193, 53 as Y, Cr and Cb.
 void expectOrangeHighlights(Player& player) {
-    const auto& colors = player.highlights().btn_colit.btn_coli[0];
-    for (const auto& [color, contrast] : {std::pair(colors[0], 4), {colors[1], 9}}) {
+    // Its numbers stand at odd addresses, too.
+    using Colors = std::array<std::array<std::uint32_t, 2>, 3>;
+    const auto [highlighted, activated] =
+        std::bit_cast<Colors>(player.highlights().btn_colit).front();
+    for (const auto& [color, contrast] : {std::pair(highlighted, 4), {activated, 9}}) {
         EXPECT_TRUE(std::ranges::any_of(std::array{0, 1, 2, 3}, [&, color = color,
                                                                  contrast = contrast](int value) {
             const Rgba shown = player.highlightColor(color, value);
