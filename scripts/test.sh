@@ -5,6 +5,6 @@ cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 install_packages "${build_packages[@]}" "${test_packages[@]}"
-cmake --preset debug
-cmake --build --preset debug
-ctest --preset debug --parallel "$(nproc)"
+cmake --preset test
+cmake --build --preset test
+ctest --preset test --parallel "$(nproc)"
