@@ -1,9 +1,11 @@
 #include <cmath>
 
-#include "disc/disc_error.h"
-#include "disc/plan.h"
-#include "disc/probe.h"
-#include "disc/project_file.h"
+#include "disc/film/film_answer.h"
+#include "disc/film/suggestion.h"
+#include "disc/plan/plan.h"
+#include "disc/project/project_file.h"
+#include "disc/project/project_text.h"
+#include "disc/run/fault.h"
 #include "fuzzing.h"
 
 // Any bytes as what ffprobe answers about a film. A film that comes of it can be planned, as the
@@ -34,17 +36,15 @@ void check(const Film& film) {
 void use(const Film& film) {
     Project project;
     project.labels = labelsOf("en");
-    project.films.emplace_back().path = film.path;
-    const std::string text = projectFileText(project, {film}, scratchFolder());
+    FilmRequest request;
+    request.path = film.source.path;
+    project.films.push_back(suggestedRequest(request, film, project.chapters));
+    const std::string text = projectFileText(project, scratchFolder());
     Project again;
     readProjectFile(scratchFile("project.toml", reinterpret_cast<const std::uint8_t*>(text.data()),
                                 text.size()),
-                    again);
-    try {
-        planDisc(project, {film});
-    } catch (const DiscError&) {
-        // It is too long for a disc.
-    }
+                    "/", again);
+    planDisc(project, {film});
 }
 
 }  // namespace
@@ -53,7 +53,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view answer(reinterpret_cast<const char*>(data), size);
     Film film;
     try {
-        film = filmFromAnswer("/films/a.mp4", answer);
+        film = filmFromAnswer({"/films/a.mp4", {"/films/a.mp4"}, 0, ""}, answer);
     } catch (const DiscError&) {
         return 0;
     }

@@ -1,10 +1,12 @@
-#include "disc/plan.h"
+#include "disc/plan/plan.h"
 
 #include <pugixml.hpp>
+#include <algorithm>
 #include <set>
 
-#include "disc/author_file.h"
-#include "disc/disc_error.h"
+#include "disc/author/author_file.h"
+#include "disc/plan/chapters.h"
+#include "disc/plan/report.h"
 #include "fuzzing.h"
 
 // Any films and wishes as a disc: every button leads to something that is there, every place can be
@@ -21,9 +23,9 @@ constexpr FrameRate kRates[] = {{25, 1}, {24000, 1001}, {30000, 1001}, {50, 1}, 
 
 Film filmOf(Input& input) {
     Film film;
-    film.path = "/films/" + input.word() + ".mp4";
+    film.source.path = "/films/" + input.word() + ".mp4";
     film.seconds = input.flag() ? input.between(0, 300) : input.between(0, 20000);
-    film.bytes = static_cast<std::int64_t>(input.between(0, 9e9));
+    film.source.bytes = static_cast<std::int64_t>(input.between(0, 9e9));
     film.frames = static_cast<int>(film.seconds * 25);
     film.video.frameRate = kRates[input.below(std::size(kRates))];
     film.video.fields = static_cast<Fields>(input.below(3));
@@ -57,7 +59,7 @@ Project projectOf(Input& input, const std::vector<Film>& films) {
     if (input.flag()) project.title = input.word();
     for (const Film& film : films) {
         FilmRequest& request = project.films.emplace_back();
-        request.path = film.path;
+        request.path = film.source.path;
         if (input.flag()) request.excerpt = input.between(0, 30000);
         if (!input.flag()) continue;
         request.chapters.emplace();
@@ -67,82 +69,83 @@ Project projectOf(Input& input, const std::vector<Film>& films) {
     return project;
 }
 
-/// Walks a disc from its first page by every button.
+/// Walks a disc from its first page by every button, and asks where its arrows lead.
 class Walk {
   public:
     explicit Walk(const DiscPlan& plan) : plan_(plan) {
-        if (!plan.pages.empty()) visit({0, 0}, plan.pages[0]);
+        if (!plan.pages.empty()) visit(0);
     }
 
     void requireAllSeen() const {
         if (plan_.pages.empty()) return;
-        std::size_t pages = plan_.pages.size();
-        for (const TitleSet& set : plan_.sets)
-            pages += set.pages.size();
-        require(pages_.size() == pages, "every page is reached");
+        require(pages_.size() == plan_.pages.size(), "every page is reached");
         // The last one of an only film's pages may be reached by its label alone.
-        require(films_.size() == plan_.sets.size(), "every film is reached");
+        require(films_.size() == plan_.films.size(), "every film is reached");
     }
 
   private:
-    /// 0 for the pages of the films, or else a film's number from 1; and the page.
-    using Place = std::pair<std::size_t, std::size_t>;
-
-    void visit(const Place& place, const MenuPage& page) {
-        if (!pages_.insert(place).second) return;
-        require(!page.buttons.empty() && page.buttons.size() * 2 <= 36, "a menu has 36 places");
-        require(page.excerpts.size() <= page.buttons.size(), "thumbnails have buttons");
-        bool leadsOn = false;
+    void visit(std::size_t number) {
+        if (!pages_.insert(number).second) return;
+        const MenuPage& page = plan_.pages[number];
+        const std::size_t count = page.buttons.size();
+        require(count > 0 && count * 2 <= 36, "a menu has 36 places");
+        require(page.thumbnails.size() <= count, "thumbnails have buttons");
         for (const Button& button : page.buttons) {
-            leadsOn = true;
+            const Arrows& to = button.arrows;
+            require(std::max({to.up, to.down, to.left, to.right}) < count,
+                    "arrows lead to buttons");
             std::visit([this](const auto& action) { follow(action); }, button.action);
         }
-        require(leadsOn, "a page can be left");
     }
 
     void follow(const PlayFilm& to) {
-        require(to.film < plan_.sets.size(), "a button plays a film that is there");
-        require(to.chapter < plan_.sets[to.film].chapters.size(), "a button plays a chapter");
+        require(to.film < plan_.films.size(), "a button plays a film that is there");
+        require(to.chapter < plan_.films[to.film].conversion.chapters.size(),
+                "a button plays a chapter");
         films_.insert(to.film);
     }
-    void follow(const PlayAll&) { require(!plan_.sets.empty(), "there is a film to play"); }
+    void follow(const PlayAll&) { require(!plan_.films.empty(), "there is a film to play"); }
     void follow(const ShowFilms& to) {
-        require(to.page < plan_.pages.size(), "a button shows a page that is there");
-        visit({0, to.page}, plan_.pages[to.page]);
+        require(to.page < plan_.filmPages.count, "a button shows a page that is there");
+        visit(to.page);
     }
     void follow(const ShowChapters& to) {
-        require(to.film < plan_.sets.size(), "a button shows chapters of a film");
-        const TitleSet& set = plan_.sets[to.film];
-        require(to.page < set.pages.size(), "a button shows chapters that are there");
-        visit({to.film + 1, to.page}, set.pages[to.page]);
+        require(to.film < plan_.films.size(), "a button shows chapters of a film");
+        const PageRange& pages = plan_.films[to.film].chapterPages;
+        require(to.page < pages.count, "a button shows chapters that are there");
+        visit(pages.first + to.page);
+    }
+    template <typename Other>
+    void follow(const Other&) {
+        require(false, "a button leads to a place");
     }
 
     const DiscPlan& plan_;
-    std::set<Place> pages_;
+    std::set<std::size_t> pages_;
     std::set<std::size_t> films_;
 };
 
-void checkSets(const DiscPlan& plan) {
-    for (const TitleSet& set : plan.sets) {
-        require(!set.chapters.empty() && set.chapters.front() == 0, "a film has a first chapter");
-        require(set.chapters.size() <= kMostChapters, "a film has 99 chapters at most");
-        for (std::size_t i = 1; i < set.chapters.size(); ++i)
-            require(set.chapters[i] - set.chapters[i - 1] >= 1.9, "chapters are apart");
-        require(set.isCopied == (set.videoRate == 0), "what is not copied has a rate");
+void checkFilms(const DiscPlan& plan) {
+    for (const DiscFilm& film : plan.films) {
+        const Conversion& conversion = film.conversion;
+        const std::vector<Chapter>& chapters = conversion.chapters;
+        require(!chapters.empty() && chapters.front().seconds == 0, "a film has a first chapter");
+        require(chapters.size() <= kMostChapters, "a film has 99 chapters at most");
+        for (std::size_t i = 1; i < chapters.size(); ++i)
+            require(chapters[i].seconds - chapters[i - 1].seconds >= 1.9, "chapters are apart");
+        require(conversion.isCopied == (conversion.videoRate == 0),
+                "what is not copied has a rate");
         if (plan.pages.empty()) continue;
-        require(set.page < plan.pages.size() && set.button < plan.pages[set.page].excerpts.size(),
+        require(film.page < plan.filmPages.count &&
+                    film.button < plan.pages[film.page].thumbnails.size(),
                 "a film knows its button");
     }
 }
 
 void checkAuthorFile(const DiscPlan& plan) {
     DiscPieces pieces;
-    pieces.pages.resize(plan.pages.size(), "m.mpg");
-    pieces.films.resize(plan.sets.size(), "f.mpg");
-    pieces.soundLanguages.resize(plan.sets.size(), {"en"});
-    pieces.language = "en";
-    for (const TitleSet& set : plan.sets)
-        pieces.chapterPages.emplace_back(set.pages.size(), "c.mpg");
+    pieces.clips.resize(plan.pages.size(), "m.mpg");
+    pieces.films.resize(plan.films.size(), "f.mpg");
     const std::string text = authorFile(plan, pieces, "/disc");
     require(bool{pugi::xml_document().load_string(text.c_str())}, "the disc's file is XML");
 }
@@ -151,20 +154,16 @@ void checkAuthorFile(const DiscPlan& plan) {
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    std::vector<Film> films(1 + input.below(101));
+    std::vector<Film> films(input.below(102));
     for (Film& film : films)
         film = filmOf(input);
     const Project project = projectOf(input, films);
-    DiscPlan plan;
-    try {
-        plan = planDisc(project, films);
-    } catch (const DiscError&) {
-        return 0;
-    }
-    require(plan.sets.size() == films.size(), "every film is on the disc");
-    require(plan.bytes > 0 && plan.bytes <= capacityOf(project.size), "the disc is not too small");
-    checkSets(plan);
-    checkAuthorFile(plan);
+    const DiscPlan plan = planDisc(project, films);
+    require(plan.films.size() == films.size(), "every film is on the disc");
+    checkFilms(plan);
     Walk(plan).requireAllSeen();
+    if (!whyNoDisc(plan).empty()) return 0;
+    require(plan.bytes > 0 && plan.bytes <= capacityOf(project.size), "the disc is not too small");
+    checkAuthorFile(plan);
     return 0;
 }

@@ -1,11 +1,32 @@
 #!/usr/bin/env bash
-# Checks the format of every source and header, and looks for faults in them with cppcheck and
-# clang-tidy.
+# Checks which folder includes which, the format of every source and header, and looks for faults in
+# them with cppcheck and clang-tidy.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 install_packages "${build_packages[@]}" "${test_packages[@]}" "${lint_packages[@]}"
+
+# Includes run downwards. `climbs PREFIX FLOOR...` prints those that do not: floors from the top down,
+# folders that stand beside each other joined by commas.
+climbs() {
+    local prefix=$1 seen='' floor folder others
+    for floor in "${@:2}"; do
+        for folder in ${floor//,/ }; do
+            others=$(tr , '\n' <<<"$seen$floor" | grep -vx "$folder" | paste -sd '|')
+            [ -z "$others" ] || grep -rnE "#include \"$prefix($others)/" "src/$prefix$folder" || true
+        done
+        seen+=$floor,
+    done
+}
+climbing=$(
+    climbs '' cli,disc,desktop composer imaging utils graphics system
+    climbs disc/ author make plan film project run
+)
+[ -z "$climbing" ] || {
+    printf 'These includes climb a floor:\n%s\n' "$climbing" >&2
+    exit 1
+}
 
 find src tests fuzz bench examples -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
 # (Of bench/floor.cpp it gives one path up, and says so.)

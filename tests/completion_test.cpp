@@ -1,6 +1,6 @@
 #include <regex>
 
-#include "disc/labels.h"
+#include "disc/project/labels.h"
 #include "support.h"
 
 namespace tkv::test::completion {

@@ -1,9 +1,9 @@
 #include <cmath>
 
-#include "disc/disc_error.h"
-#include "disc/film_encoding.h"
-#include "disc/frame_counter.h"
-#include "disc/probe.h"
+#include "disc/film/dvd_ready.h"
+#include "disc/film/probe.h"
+#include "disc/make/film_encoding.h"
+#include "disc/make/film_loudness.h"
 #include "support.h"
 #include "system/processes.h"
 
@@ -31,34 +31,36 @@ VideoTrack video(FrameRate rate, Fields fields = Fields::progressive, double asp
     return track;
 }
 
-/// Makes a film with ffmpeg's own sources and reads its facts.
-Film made(const TempFolder& folder, const std::string& name, const std::string& words) {
-    run(fmt::format("ffmpeg -nostdin -v error {} {}", words, folder.file(name)));
-    Film film = probeFilm(folder.file(name));
-    countFrames(film);
+Film probed(const std::string& path) {
+    ProgramStop stop;
+    const Tools tools("", stop);
+    const FilmSource source = sourceOf(path);
+    Film film = probedFilm(source, probeAnswer(source, tools), tools);
+    countFrames(film, tools);
     return film;
 }
 
+/// Makes a film with ffmpeg's own sources and reads its facts.
+Film made(const TempFolder& folder, const std::string& name, const std::string& words) {
+    run(fmt::format("ffmpeg -nostdin -v error {} {}", words, folder.file(name)));
+    return probed(folder.file(name));
+}
+
 void runQuietly(const std::vector<std::string>& command) {
-    Strings errors;
-    Program program;
-    program.command = command;
-    program.onError = [&](std::string_view line) { errors.emplace_back(line); };
-    const ProgramEnd end = runProgram(std::move(program));
-    EXPECT_EQ(end.how, ProgramEnd::How::exited);
-    EXPECT_EQ(end.status, 0) << fmt::format("{}", fmt::join(errors, "\n"));
+    ProgramStop stop;
+    Tools("", stop).run(command, {"", command.front(), ""});
 }
 
 /// Encodes a film, and expects it to be ready for a disc and of the planned length.
-Film encoded(const TempFolder& folder, const Film& film, FilmEncoding encoding) {
-    encoding.videoRate = 6000;
-    encoding.topVideoRate = 8000;
+Film encoded(const TempFolder& folder, const Film& film, Conversion conversion,
+             EncoderRun encoder = {}) {
+    encoder.videoRate = 6000;
+    conversion.topVideoRate = 8000;
     const std::string output = folder.file("encoded.mpg");
-    runQuietly(encodingCommand(film, encoding, Pass::only, "", output));
-    Film result = probeFilm(output);
-    countFrames(result);
-    EXPECT_EQ(whyNotDvdReady(result, encoding.standard), "");
-    EXPECT_EQ(result.frames, discFrameCount(film, encoding.standard));
+    runQuietly(encodingCommand(film, conversion, encoder, output));
+    Film result = probed(output);
+    EXPECT_EQ(whyNotDvdReady(result, conversion.standard), "");
+    EXPECT_EQ(result.frames, conversion.frames);
     return result;
 }
 
@@ -105,12 +107,13 @@ TEST(FilmPicture, KeepsTheMotionOfEveryRate) {
         {video({30000, 1001}, Fields::topFirst), kPal, 1, FieldSource::other, true},
     };
     for (const auto& row : cases) {
-        const Motion motion = motionOf(row.video, row.standard);
+        Film film;
+        film.video = row.video;
+        const Conversion conversion = conversionOf(film, row.standard, false);
         SCOPED_TRACE(row.video.frameRate.perSecond());
-        EXPECT_NEAR(motion.speed, row.speed, 1e-6);
-        EXPECT_EQ(fieldSourceOf(row.video, row.standard), row.fields);
-        EXPECT_EQ(motion.isFields, row.fields != FieldSource::none);
-        EXPECT_EQ(!motion.note.empty(), row.isNoted) << motion.note;
+        EXPECT_NEAR(conversion.speed, row.speed, 1e-6);
+        EXPECT_EQ(conversion.fields, row.fields);
+        EXPECT_EQ(!conversion.note.empty(), row.isNoted) << conversion.note;
     }
 }
 
@@ -132,9 +135,11 @@ TEST(FilmPicture, FitsEveryShapeIntoAFrame) {
         {10, kNtsc, true, {0, 196, 720, 88}},
     };
     for (const auto& row : cases) {
-        const VideoTrack track = video({25, 1}, Fields::progressive, row.aspect);
-        EXPECT_EQ(isWide(track), row.isWide) << row.aspect;
-        const Placement placed = placementOf(track, row.standard);
+        Film film;
+        film.video = video({25, 1}, Fields::progressive, row.aspect);
+        const Conversion conversion = conversionOf(film, row.standard, false);
+        EXPECT_EQ(conversion.isWide, row.isWide) << row.aspect;
+        const Placement placed = conversion.placement;
         EXPECT_EQ(placed, row.placement) << row.aspect << ": " << placed.x << ", " << placed.y
                                          << ", " << placed.width << " x " << placed.height;
     }
@@ -155,15 +160,16 @@ TEST(FilmEncoding, KeepsColors) {
         const TempFolder folder;
         const Film film = made(folder, "film.mkv",
                                fmt::format(fmt::runtime(kBars), row.size, row.filter, row.tags));
-        const Bitmap shown = firstPicture(folder, encoded(folder, film, {}).path);
+        const Conversion conversion = conversionOf(film, kPal, false);
+        const Bitmap shown = firstPicture(folder, encoded(folder, film, conversion).source.path);
         EXPECT_TRUE(near(pixel(shown, 120, 288), kRed, 3));
         EXPECT_TRUE(near(pixel(shown, 360, 288), kGreen, 3));
         EXPECT_TRUE(near(pixel(shown, 600, 288), kBlue, 3));
         const std::string still = folder.file("still.jpg");
-        runQuietly(pictureCommand(film, 100, {480, 360}, still));
+        runQuietly(pictureCommand(film, conversion.colors, 100, {480, 360}, still));
         EXPECT_TRUE(near(pixel(*decodePicture(still), 240, 180), kGreen, 4));
         EXPECT_TRUE(
-            near(pixel(*decodePicture(still), 20, 180), isWide(film.video) ? kRed : kBlack, 4));
+            near(pixel(*decodePicture(still), 20, 180), conversion.isWide ? kRed : kBlack, 4));
     }
 }
 
@@ -175,9 +181,9 @@ TEST(FilmEncoding, KeepsFieldsTopFirst) {
           "r=60000/1001:s=720x480,interlace=scan=tff -c:v mpeg4 -flags +ildct"}) {
         const Film film = made(folder, "film.mkv",
                                fmt::format("-y -f lavfi -t 0.6 -i testsrc2={} -q:v 2", source));
-        const Film result = encoded(folder, film, {});
+        const Film result = encoded(folder, film, conversionOf(film, kPal, false));
         EXPECT_EQ(result.video.fields, Fields::topFirst) << source;
-        const std::string found = run("ffmpeg -nostdin -nostats -i " + result.path +
+        const std::string found = run("ffmpeg -nostdin -nostats -i " + result.source.path +
                                       " -vf idet -f null /dev/null 2>&1 | grep 'Multi frame'");
         EXPECT_NE(found.find("BFF:     0 Progressive:     0"), std::string::npos) << found;
     }
@@ -193,11 +199,12 @@ TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
              "-metadata:s:a:0 language=fre -metadata:s:a:1 language=eng");
     ASSERT_EQ(film.audio.size(), 3U);
     EXPECT_EQ(film.audio[0].language + film.audio[1].language + film.audio[2].language, "frenxx");
-    EXPECT_EQ(soundRate(film), 448 + 192 + 448);
-    FilmEncoding encoding;
-    encoding.keyframesAt = {0, 0.21, 0.28};
-    encoding.gain = -3;
-    const Film result = encoded(folder, film, encoding);
+    Conversion conversion = conversionOf(film, kPal, false);
+    EXPECT_EQ(conversion.soundRate, 448 + 192 + 448);
+    conversion.chapters = {{0, ""}, {0.21, ""}, {0.28, ""}};
+    EncoderRun encoder;
+    encoder.gain = -3;
+    const Film result = encoded(folder, film, conversion, encoder);
     EXPECT_EQ(result.frames, 48);
     ASSERT_GE(result.keyframes.size(), 4U);
     for (std::size_t i = 0; i < 4; ++i)
@@ -209,16 +216,16 @@ TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
         const double seconds = std::stod(
             run(fmt::format("ffprobe -v error -select_streams {} -show_entries stream=duration "
                             "-of csv=p=0 {}",
-                            result.audio[i].index, result.path)));
+                            result.audio[i].index, result.source.path)));
         EXPECT_LE(seconds, result.seconds + 0.001);
         EXPECT_GT(seconds, result.seconds - 0.04);
     }
-    const std::string silence = run("ffmpeg -nostdin -nostats -i " + result.path +
+    const std::string silence = run("ffmpeg -nostdin -nostats -i " + result.source.path +
                                     " -map 0:a:1 -af silencedetect=d=0.2 -f null /dev/null 2>&1 "
                                     "| grep -o 'silence_start: .*'");
     EXPECT_NEAR(std::stod(silence.substr(15)), 1.5 * 24 / 25, 0.02);
     const std::string still = folder.file("still.jpg");
-    runQuietly(pictureCommand(film, 100, {80, 60}, still));
+    runQuietly(pictureCommand(film, conversion.colors, 100, {80, 60}, still));
     EXPECT_TRUE(decodePicture(still)) << "long behind the only keyframe";
 }
 
@@ -227,10 +234,8 @@ TEST(FilmEncoding, StandsUprightWithASilentTrack) {
     made(folder, "lying.mp4", fmt::format(fmt::runtime(kBars), "192x324", "null", ""));
     const Film film = made(folder, "phone.mp4",
                            "-i " + folder.file("lying.mp4") + " -c copy -metadata:s:v rotate=90");
-    FilmEncoding encoding;
-    encoding.standard = kNtsc;
-    const Film result = encoded(folder, film, encoding);
-    const Bitmap shown = firstPicture(folder, result.path);
+    const Film result = encoded(folder, film, conversionOf(film, kNtsc, false));
+    const Bitmap shown = firstPicture(folder, result.source.path);
     EXPECT_EQ(pixel(shown, 100, 240), kBlack);
     EXPECT_TRUE(near(pixel(shown, 360, 60), kBlue, 4));
     EXPECT_TRUE(near(pixel(shown, 360, 420), kRed, 4));
@@ -245,11 +250,12 @@ TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
                            "-f lavfi -i 'color=black:s=64x48:d=0.8:r=25,format=gray,"
                            "geq=lum=16+10*N,scale=768:576:in_range=tv:out_range=tv,format=yuv420p' "
                            "-c:v ffv1");
-    FilmEncoding encoding;
-    encoding.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
-                         {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
-    const Film result = encoded(folder, film, encoding);
-    runQuietly(excerptCommand(result.sources, false, kPal, 8 / 25.0, 3, {160, 120},
+    const Conversion conversion = conversionOf(film, kPal, false);
+    EncoderRun encoder;
+    encoder.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
+                        {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
+    const Film result = encoded(folder, film, conversion, encoder);
+    runQuietly(excerptCommand(result.source.path, conversion, {8, 3}, {160, 120},
                               folder.file("c%06d.jpg")));
     const auto expectFrame = [&](const std::string& name, int frame) {
         const int grey = static_cast<int>(std::lround(frame * 10 * 255 / 219.0));

@@ -1,12 +1,11 @@
-#include "disc/plan.h"
+#include "disc/plan/plan.h"
 
 #include <algorithm>
 #include <set>
 
 #include "composer/navigation.h"
-#include "disc/author_file.h"
-#include "disc/chapters.h"
-#include "disc/disc_error.h"
+#include "disc/plan/chapters.h"
+#include "disc/plan/report.h"
 #include "support.h"
 
 // The plan of a disc, without a film.
@@ -17,7 +16,7 @@ using namespace tkv::disc;
 
 Film filmOf(double seconds, std::size_t chapters = 0) {
     Film film;
-    film.path = "/films/a film.mp4";
+    film.source.path = "/films/a film.mp4";
     film.video.codec = "h264";
     film.video.size = film.video.shown = {1920, 1080};
     film.video.aspect = 16.0 / 9;
@@ -35,7 +34,7 @@ Film filmOf(double seconds, std::size_t chapters = 0) {
 Project projectOf(const std::vector<Film>& films) {
     Project project;
     for (const Film& film : films)
-        project.films.emplace_back().path = film.path;
+        project.films.emplace_back().path = film.source.path;
     project.title = "A title";
     project.labels = labelsOf("en");
     return project;
@@ -58,29 +57,37 @@ Place playing(std::size_t film) {
 struct Ways {
     std::map<Place, std::set<Place>> from;
 
-    explicit Ways(const DiscPlan& plan) {
-        for (std::size_t i = 0; i < plan.pages.size(); ++i)
-            addPage(filmsPage(i), plan.pages[i]);
-        for (std::size_t film = 0; film < plan.sets.size(); ++film) {
-            const TitleSet& set = plan.sets[film];
-            for (std::size_t i = 0; i < set.pages.size(); ++i)
-                addPage(chapterPage(film, i), set.pages[i]);
-            from[playing(film)] = {filmsPage(set.page)};  // the Title key, the end
-            if (!set.pages.empty()) from[playing(film)].insert(chapterPage(film, 0));
-            if (film + 1 < plan.sets.size()) from[playing(film)].insert(playing(film + 1));
+    explicit Ways(const DiscPlan& disc) : plan_(disc) {
+        for (std::size_t i = 0; i < disc.filmPages.count; ++i)
+            addPage(filmsPage(i), disc.pages[i]);
+        for (const DiscFilm& film : disc.films) {
+            for (std::size_t i = 0; i < film.chapterPages.count; ++i)
+                addPage(chapterPage(film.number, i), disc.pages[film.chapterPages.first + i]);
+            const Place place = playing(film.number);
+            for (const Action& action : {film.keys.menu, film.keys.end, disc.titleKey})
+                add(place, film, action);
+            if (film.keys.next) add(place, film, *film.keys.next);
         }
     }
 
     void addPage(const Place& place, const MenuPage& page) {
-        for (const Button& button : page.buttons) {
-            const Action& action = button.action;
-            if (const auto* film = std::get_if<PlayFilm>(&action))
-                from[place].insert(playing(film->film));
-            if (const auto* films = std::get_if<ShowFilms>(&action))
-                from[place].insert(filmsPage(films->page));
-            if (const auto* chapters = std::get_if<ShowChapters>(&action))
-                from[place].insert(chapterPage(chapters->film, chapters->page));
-            if (std::get_if<PlayAll>(&action) != nullptr) from[place].insert(playing(0));
+        for (const Button& button : page.buttons)
+            add(place, plan_.films[page.film.value_or(0)], button.action);
+    }
+
+    // `film`: the one that plays, or whose chapters are shown.
+    void add(const Place& place, const DiscFilm& film, const Action& action) {
+        std::set<Place>& to = from[place];
+        if (const auto* played = std::get_if<PlayFilm>(&action)) to.insert(playing(played->film));
+        if (std::get_if<PlayAll>(&action) != nullptr) to.insert(playing(0));
+        if (const auto* films = std::get_if<ShowFilms>(&action)) to.insert(filmsPage(films->page));
+        if (const auto* chapters = std::get_if<ShowChapters>(&action))
+            to.insert(chapterPage(chapters->film, chapters->page));
+        if (std::get_if<BackToFilms>(&action) != nullptr) to.insert(filmsPage(film.page));
+        if (std::get_if<BackToChapters>(&action) != nullptr) to.insert(chapterPage(film.number, 0));
+        if (std::get_if<BackToStart>(&action) != nullptr) {
+            to.insert(filmsPage(film.page));
+            if (film.chapterPages.count > 0) to.insert(chapterPage(film.number, 0));
         }
     }
 
@@ -97,6 +104,9 @@ struct Ways {
         }
         return seen;
     }
+
+  private:
+    const DiscPlan& plan_;
 };
 
 /// Its buttons are those of the button map in their order, its thumbnails' first, and few enough.
@@ -107,7 +117,7 @@ void expectSoundPage(const MenuPage& page) {
         names.push_back(button.name);
         EXPECT_FALSE(button.text.empty()) << button.name;
     }
-    for (std::size_t i = 0; i < page.excerpts.size(); ++i)
+    for (std::size_t i = 0; i < page.thumbnails.size(); ++i)
         order.push_back(fmt::format("BT_{}", i));
     for (const NavigationButton& label : kNavigationButtons) {
         if (std::ranges::count(names, label.name)) order.emplace_back(label.name);
@@ -124,7 +134,7 @@ TEST(Plan, EveryPlaceIsReachedAndCanBeLeft) {
             Project project = projectOf(films);
             project.size = DiscSize::dvd9;
             const DiscPlan plan = planDisc(project, films);
-            EXPECT_EQ(plan.pages.size(), (count + 8) / 9);
+            EXPECT_EQ(plan.filmPages.count, (count + 8) / 9);
             const Ways ways(plan);
             const std::set<Place> all = ways.reachable(filmsPage(0));
             EXPECT_EQ(all.size(), ways.from.size());
@@ -132,28 +142,20 @@ TEST(Plan, EveryPlaceIsReachedAndCanBeLeft) {
                 EXPECT_TRUE(ways.reachable(place).contains(filmsPage(0))) << place;
             for (const MenuPage& page : plan.pages)
                 expectSoundPage(page);
-            for (std::size_t film = 0; film < count; ++film) {
-                const TitleSet& set = plan.sets[film];
+            for (const DiscFilm& film : plan.films) {
                 // The button to which the viewer returns is the film's.
-                EXPECT_EQ(plan.pages.at(set.page).excerpts.at(set.button).film, film);
-                EXPECT_EQ(set.pages.size(), (chapters + 8) / 9);
-                for (const MenuPage& page : set.pages)
-                    expectSoundPage(page);
+                EXPECT_EQ(plan.pages.at(film.page).thumbnails.at(film.button).film, film.number);
+                EXPECT_EQ(film.chapterPages.count, (chapters + 8) / 9);
             }
         }
     }
 }
 
-TEST(Plan, RefusesWhatDoesNotFit) {
-    const auto complaint = [](const std::vector<Film>& films, DiscSize size) -> std::string {
+TEST(Plan, TellsWhatDoesNotFit) {
+    const auto complaint = [](const std::vector<Film>& films, DiscSize size) {
         Project project = projectOf(films);
         project.size = size;
-        try {
-            planDisc(project, films);
-            return "";
-        } catch (const DiscError& error) {
-            return error.what();
-        }
+        return whyNoDisc(planDisc(project, films));
     };
     const std::vector<Film> hours(6, filmOf(3600));
     EXPECT_EQ(complaint(hours, DiscSize::dvd5),
@@ -162,6 +164,94 @@ TEST(Plan, RefusesWhatDoesNotFit) {
     EXPECT_EQ(complaint(hours, DiscSize::dvd9), "");
     EXPECT_EQ(complaint(std::vector<Film>(100, filmOf(10)), DiscSize::dvd5),
               "100 films are too many: a disc holds 99.");
+    EXPECT_EQ(complaint({}, DiscSize::dvd5), "There is no film. Name the files of some.");
+}
+
+/// The buttons that up, down, left and right lead to, by their names in the map without "BT_" and
+/// "dvdBt_".
+std::string arrowsFrom(const MenuPage& page, const std::string& from) {
+    const auto shortName = [](const std::string& name) { return name.substr(name.find('_') + 1); };
+    for (const Button& button : page.buttons) {
+        if (shortName(button.name) != from) continue;
+        std::string names;
+        const Arrows& to = button.arrows;
+        for (const std::size_t number : {to.up, to.down, to.left, to.right})
+            names += (names.empty() ? "" : " ") + shortName(page.buttons[number].name);
+        return names;
+    }
+    return "no such button";
+}
+
+TEST(Plan, ArrowsLeadWhereAnEyeExpects) {
+    const struct {
+        std::size_t films, chapters, page;
+        const char *button, *arrows;
+    } cases[] = {
+        // Big: one, two below each other, a square of four.
+        {1, 0, 0, "0", "0 0 0 0"},
+        {1, 2, 0, "0", "0 menuNext 0 0"},
+        {2, 0, 0, "1", "0 1 1 1"},
+        {2, 0, 0, "readAll", "readAll 0 readAll readAll"},
+        {4, 0, 0, "1", "readAll 3 0 1"},
+        {4, 0, 0, "2", "0 2 2 3"},
+        // A row that is not full; what is above and below it.
+        {5, 0, 0, "readAll", "readAll 2 readAll readAll"},
+        {5, 0, 0, "0", "readAll 3 0 1"},
+        {5, 0, 0, "2", "readAll 4 1 2"},
+        {5, 0, 0, "4", "1 4 3 4"},
+        {7, 0, 0, "5", "2 6 4 5"},
+        // Labels below: straight where one stands, else the nearest.
+        {19, 0, 1, "6", "3 menuPrev 6 7"},
+        {19, 0, 1, "7", "4 menuPrev 6 8"},
+        {19, 0, 1, "menuNext", "8 menuNext menuPrev menuNext"},
+        {19, 0, 2, "0", "readAll menuPrev 0 0"},
+        {19, 0, 2, "menuMain", "0 menuMain menuPrev menuMain"},
+        {2, 7, 1, "5", "2 6 4 5"},
+        {2, 7, 1, "4", "1 menuMain 3 5"},
+        {2, 7, 1, "menuMain", "4 menuMain menuMain menuMain"},
+    };
+    for (const auto& row : cases) {
+        const std::vector<Film> films(row.films, filmOf(250, row.chapters));
+        const DiscPlan plan = planDisc(projectOf(films), films);
+        EXPECT_EQ(arrowsFrom(plan.pages.at(row.page), row.button), row.arrows)
+            << row.films << " films, page " << row.page << ", " << row.button;
+    }
+}
+
+/// Rows of three with and without each label: what holds of every page.
+TEST(Plan, ArrowsReachEveryButtonAndLeadBack) {
+    for (std::size_t count = 1; count <= 9; ++count) {
+        for (unsigned labels = 0; labels < 16; ++labels) {
+            std::vector<Rect> buttons;
+            for (std::size_t i = 0; i < count; ++i)
+                buttons.push_back({110.0 + 170 * static_cast<double>(i % 3),
+                                   355.0 - 134 * static_cast<double>(i / 3), 160, 120});
+            for (std::size_t i = 0; i < 4; ++i) {
+                const NavigationButton& label = kNavigationButtons[i];
+                if ((labels >> i & 1U) != 0)
+                    buttons.push_back({1.0 * label.x, 1.0 * label.y, kNavigationWidth, 19});
+            }
+            const std::vector<Arrows> arrows = arrowsOf(buttons);
+            std::vector<std::size_t> reached{0};
+            for (std::size_t i = 0; i < reached.size(); ++i) {
+                const std::size_t from = reached[i];
+                const Arrows& to = arrows[from];
+                for (const std::size_t next : {to.up, to.down, to.left, to.right}) {
+                    if (!std::ranges::count(reached, next)) reached.push_back(next);
+                }
+                const auto expectBack = [&](std::size_t next, std::size_t Arrows::*back) {
+                    const bool isBeside =
+                        buttons[next].x == buttons[from].x || buttons[next].y == buttons[from].y;
+                    EXPECT_TRUE(next == from || !isBeside || arrows[next].*back == from);
+                };
+                expectBack(to.up, &Arrows::down);
+                expectBack(to.down, &Arrows::up);
+                expectBack(to.left, &Arrows::right);
+                expectBack(to.right, &Arrows::left);
+            }
+            EXPECT_EQ(reached.size(), buttons.size()) << count << " and labels " << labels;
+        }
+    }
 }
 
 TEST(Plan, ChoosesWhatMostFilmsSuggest) {
@@ -200,9 +290,9 @@ TEST(Plan, CopiesFilmsThatAreReadyWhileThereIsRoom) {
     ready.frames = 90'000;
     for (const auto& [bytes, isCopied] :
          {std::pair(2'000'000'000LL, true), {4'600'000'000, false}}) {
-        ready.bytes = bytes;
+        ready.source.bytes = bytes;
         const DiscPlan plan = planDisc(projectOf(films), films);
-        EXPECT_EQ(plan.sets[1].isCopied, isCopied) << bytes;
+        EXPECT_EQ(plan.films[1].conversion.isCopied, isCopied) << bytes;
         EXPECT_LE(plan.bytes, 4'700'372'992) << bytes;
         EXPECT_GT(plan.bytes, 4'600'000'000) << bytes;
     }
@@ -216,8 +306,12 @@ std::vector<double> chapterTimes(const std::vector<double>& marks, bool isCopied
         film.marks.push_back({mark, ""});
     for (int i = 0; i < 200; ++i)
         film.keyframes.push_back(0.48 * i);
+    Conversion conversion;
+    conversion.isCopied = isCopied;
+    conversion.speed = speed;
+    conversion.seconds = film.seconds / speed;
     std::vector<double> times;
-    for (const Chapter& chapter : chaptersOf({}, film, {}, Standard::pal, isCopied, speed).chapters)
+    for (const Chapter& chapter : chaptersOf({}, film, {}, conversion).chapters)
         times.push_back(chapter.seconds);
     return times;
 }
@@ -234,31 +328,9 @@ TEST(Plan, KeepsChaptersWhereADiscCanHaveThem) {
     EXPECT_NEAR(copied[1], 10.08, 1e-9);
     Film film = filmOf(1000);
     film.marks.clear();
-    EXPECT_EQ(chaptersOf({}, film, {}, Standard::pal, false, 1).chapters.size(), 4U)
+    EXPECT_EQ(chaptersOf({}, film, {}, conversionOf(film, Standard::pal, false)).chapters.size(),
+              4U)
         << "for the skip key";
-}
-
-TEST(Plan, BecomesCommandsForThePlayer) {
-    std::vector<Film> films(3, filmOf(100));
-    films[1] = filmOf(100, 11);
-    films[2].video.aspect = 4.0 / 3;
-    const DiscPlan plan = planDisc(projectOf(films), films);
-    const DiscPieces pieces{.films = {"a.mpg", "b.mpg", "c.mpg"},
-                            .pages = {"menu.mpg"},
-                            .chapterPages = {{}, {"b1.mpg", "b2.mpg"}, {}},
-                            .soundLanguages = {{"en"}, {"fr", "xx"}, {"xx"}},
-                            .language = "en"};
-    expectText(authorFile(plan, pieces, "disc"), "author_file.xml");
-}
-
-TEST(Plan, BecomesCommandsForADiscThatJustPlays) {
-    const std::vector<Film> films(11, filmOf(100));
-    Project project = projectOf(films);
-    project.hasMenu = false;
-    DiscPieces pieces;
-    pieces.films.assign(11, "film.mpg");
-    pieces.soundLanguages.assign(11, {"en"});
-    expectText(authorFile(planDisc(project, films), pieces, "disc"), "author_file_no_menu.xml");
 }
 
 }  // namespace tkv::test::plan

@@ -1,6 +1,9 @@
-#include "disc/probe.h"
-#include "disc/disc_error.h"
-#include "disc/frame_counter.h"
+#include "disc/film/probe.h"
+
+#include "disc/film/dvd_ready.h"
+#include "disc/film/film_answer.h"
+#include "disc/film/frame_counter.h"
+#include "disc/run/fault.h"
 #include "support.h"
 
 // What is known of a film before anything is made of it.
@@ -26,7 +29,7 @@ VideoTrack palVideo(Fields fields) {
 }
 
 TEST(Probe, ReadsOddAnswers) {
-    const Film film = filmFromAnswer("a.mkv", R"({"streams": [
+    const Film film = filmFromAnswer(FilmSource(), R"({"streams": [
         {"index": 0, "codec_type": "video", "codec_name": "png", "width": 600, "height": 600,
          "disposition": {"attached_pic": 1}},
         {"index": 1, "codec_type": "audio", "codec_name": "aac", "channels": 6,
@@ -50,7 +53,7 @@ TEST(Probe, ReadsOddAnswers) {
     for (const char* answer : {"", "{", "[]", R"({"streams": 3})", R"({"streams": [7, null]})",
                                R"({"streams": [{"codec_type": "video", "codec_name": "png",
                                    "width": 9, "height": 9}], "format": {"format_name": "png_pipe"}})"})
-        EXPECT_THROW(filmFromAnswer("a", answer), DiscError) << answer;
+        EXPECT_THROW(filmFromAnswer(FilmSource(), answer), DiscError) << answer;
 }
 
 TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
@@ -77,7 +80,7 @@ TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
 }
 
 TEST(Probe, BelievesNoTimeBeyondAHundredHours) {
-    const Film told = filmFromAnswer("a", R"({"streams": [{"codec_type": "video",
+    const Film told = filmFromAnswer(FilmSource(), R"({"streams": [{"codec_type": "video",
         "codec_name": "h264", "width": 9, "height": 9}], "format": {"duration": "1e300"},
         "chapters": [{"start_time": "1e18"}, {"start_time": "5"}]})");
     EXPECT_EQ(told.seconds, kLongestFilm);
@@ -134,16 +137,22 @@ TEST(Probe, NoticesAFilmThatWasCutShort) {
         "; ffmpeg -v error -f lavfi -i testsrc2=d=10:r=5:s=320x240 -c:v mpeg4 -g 5 whole.mkv");
     const std::string bytes = test::readText(folder.file("whole.mkv"));
     folder.write(name, bytes.substr(0, bytes.size() / 2));
-    Film film = probeFilm(folder.file(name));
+    ProgramStop stop;
+    const Tools tools("", stop);
+    const auto probed = [&](const std::string& path) {
+        const FilmSource source = sourceOf(path);
+        return probedFilm(source, probeAnswer(source, tools), tools);
+    };
+    Film film = probed(folder.file(name));
     std::string why;
     try {
-        countFrames(film);
+        countFrames(film, tools);
     } catch (const DiscError& error) {
         why = error.what();
     }
     EXPECT_NE(why.find(name + " says it lasts 10 s, but ends after"), std::string::npos) << why;
     folder.write("no film", "words");
-    EXPECT_THROW(probeFilm(folder.file("no film")), DiscError);
+    EXPECT_THROW(probed(folder.file("no film")), DiscError);
 }
 
 TEST(Probe, TakesTheLargestTitleOfADvd) {
@@ -153,13 +162,13 @@ TEST(Probe, TakesTheLargestTitleOfADvd) {
         folder.write("VIDEO_TS/" + std::string(name),
                      std::string(name[7] == '0' ? 9000 : 900, ' '));
     const Strings second = {sets + "VTS_02_1.VOB", sets + "VTS_02_2.VOB"};
-    EXPECT_EQ(sourcesOf(folder.path()), second);
-    EXPECT_EQ(sourcesOf(sets), second);
-    EXPECT_EQ(sourcesOf(second[0]), second);
-    EXPECT_EQ(sourcesOf(second[1]), Strings{second[1]});
+    EXPECT_EQ(sourceOf(folder.path()).files, second);
+    EXPECT_EQ(sourceOf(folder.file("VIDEO_TS")).files, second);
+    EXPECT_EQ(sourceOf(second[0]).files, second);
+    EXPECT_EQ(sourceOf(second[1]).files, Strings{second[1]});
     EXPECT_EQ(inputName(second), "concat:" + second[0] + "|" + second[1]);
     fs::remove_all(sets);
-    EXPECT_THROW(sourcesOf(folder.path()), DiscError);
+    EXPECT_THROW(sourceOf(folder.path()).files, DiscError);
 }
 
 }  // namespace

@@ -1,9 +1,12 @@
 #include <filesystem>
 
-#include "disc/command_line.h"
-#include "disc/disc_error.h"
-#include "disc/names.h"
-#include "disc/project_file.h"
+#include "disc/film/suggestion.h"
+#include "disc/project/command_line.h"
+#include "disc/project/names.h"
+#include "disc/project/project_file.h"
+#include "disc/project/project_text.h"
+#include "disc/run/environment.h"
+#include "disc/run/fault.h"
 #include "support.h"
 
 namespace tkv::test::project {
@@ -25,12 +28,12 @@ std::string fileError(const std::string& text) {
     const TempFolder folder;
     const std::string file = folder.write("a.toml", text);
     Project project;
-    return discErrorOf([&] { readProjectFile(file, project); }).substr(file.size());
+    return discErrorOf([&] { readProjectFile(file, "/", project); }).substr(file.size());
 }
 
 Options optionsOf(const Strings& words) {
     int status = 0;
-    const auto options = readCommandLine(words, status);
+    const auto options = readCommandLine(words, {fs::current_path(), userLanguage()}, status);
     EXPECT_TRUE(options) << fmt::format("{}", fmt::join(words, " "));
     return options.value_or(Options{});
 }
@@ -184,8 +187,9 @@ TEST(CommandLine, TellsWhatIsWrong) {
           {{"a.mp4", "-o", "out", "--label", "home=x"}, "NAME is one of play-all"},
           {{"a.TOML", "b.toml", "-o", "out"}, "two project files"}}) {
         int status = 0;
-        const std::string error =
-            errorsOf([&, &line = words] { EXPECT_FALSE(readCommandLine(line, status)); });
+        const std::string error = errorsOf([&, &line = words] {
+            EXPECT_FALSE(readCommandLine(line, {"/", ""}, status));
+        });
         EXPECT_NE(error.find(part), std::string::npos) << error;
         EXPECT_TRUE(error.starts_with("tkvDvdDisc: ") && error.find('\n') == error.size() - 1);
         EXPECT_EQ(status, 2);
@@ -238,12 +242,13 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"title = '\xFF'", ":1: "}})
         EXPECT_TRUE(fileError(text).starts_with(error)) << fileError(text);
     Project project;
-    EXPECT_EQ(discErrorOf([&] { readProjectFile("/no/x.toml", project); }).find("/no/x.toml"), 0U);
+    EXPECT_EQ(discErrorOf([&] { readProjectFile("no/x.toml", "/", project); }).find("no/x.toml"),
+              0U);
 }
 
 Project readBack(const std::string& text, const TempFolder& folder) {
     Project project;
-    readProjectFile(folder.write("back.toml", text), project);
+    readProjectFile("back.toml", fs::path(folder.write("back.toml", text)).parent_path(), project);
     return project;
 }
 
@@ -267,13 +272,13 @@ TEST(ProjectFile, ReadsBackAsItWasWritten) {
         true,
         false,
         labels};
-    const std::string text = projectFileText(full, {}, folder.path());
+    const std::string text = projectFileText(full, folder.path());
     EXPECT_EQ(readBack(text, folder), full) << text;
     EXPECT_NE(text.find("path = \"./~x\"\n"), std::string::npos) << text;
 
     Project unwritable;
     unwritable.films = {{"/a\xFF.mp4", {}, {}, {}}};
-    EXPECT_TRUE(discErrorOf([&] { projectFileText(unwritable, {}, "/"); }).starts_with("'a\uFFFD"));
+    EXPECT_TRUE(discErrorOf([&] { projectFileText(unwritable, "/"); }).starts_with("'a\uFFFD"));
 }
 
 TEST(ProjectFile, ShowsWhatTheFilmsSay) {
@@ -288,10 +293,12 @@ TEST(ProjectFile, ShowsWhatTheFilmsSay) {
     expected.films[0].caption = "My a";
     expected.films[1].caption = "Un été";
     expected.films[1].chapters = {{0, "Départ"}, {12.35, ""}};
-    std::string text = projectFileText(project, films, folder.path());
+    for (std::size_t i = 0; i < 2; ++i)
+        project.films[i] = suggestedRequest(project.films[i], films[i], project.chapters);
+    std::string text = projectFileText(project, folder.path());
     Project read;
     read.labels = labelsOf("de");
-    readProjectFile(folder.write("x.toml", text), read);
+    readProjectFile(folder.write("x.toml", text), "/", read);
     EXPECT_EQ(read, expected);
     // Whoever takes the marks of comments away gets settings.
     for (std::size_t at = 0; (at = text.find("\n#chap")) != std::string::npos;)

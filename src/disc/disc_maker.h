@@ -1,15 +1,26 @@
 #pragma once
 
-#include "disc/command_line.h"
-#include "disc/progress.h"
+#include <optional>
+
+#include "disc/project/command_line.h"
+#include "disc/run/fault.h"
+#include "disc/run/progress.h"
+#include "system/processes.h"
 
 namespace tkv::disc {
 
-/// Writes the project file that the options name, from what the films tell.
-void writeProjectFile(const Options& options);
+/// How a run ended.
+struct Outcome {
+    bool isInterrupted = false;  ///< by its ProgramStop; nothing is wrong
+    std::optional<Fault> fault;
+};
 
-/// Makes the disc, or the pictures of its menus only, and says on the standard output what it has
-/// made. Throws DiscError, or Interrupted after stopPrograms().
-void makeDisc(const Options& options);
+/// Writes the project file that the options name, from what the films tell.
+/// The receiver is told how the run goes on and, line by line, what it has made; stopping `stop`,
+/// which is this run's alone, ends the run. Both must outlive it.
+Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, ProgramStop& stop);
+
+/// The same for the disc, or the pictures of its menus only.
+Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop& stop);
 
 }  // namespace tkv::disc

@@ -6,45 +6,17 @@
 #include <unistd.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <string_view>
 #include <utility>
 
+#include "system/paths.h"
 #include "system/program_start.h"
 
 namespace tkv {
 
 namespace {
-
-std::atomic<bool> stopped = false;
-
-// The programs that runProgram waits for, where a signal handler finds them; 0 in a free place.
-std::array<std::atomic<pid_t>, 64> running{};
-static_assert(std::atomic<pid_t>::is_always_lock_free);
-
-// A started program that can be stopped while this lives. When all places are taken it ends by
-// itself.
-class Stoppable {
-  public:
-    explicit Stoppable(pid_t child) {
-        for (std::atomic<pid_t>& place : running) {
-            pid_t nobody = 0;
-            if (!place.compare_exchange_strong(nobody, child)) continue;
-            place_ = &place;
-            break;
-        }
-        if (stopped) kill(child, SIGTERM);  // It came too late for stopPrograms.
-    }
-    ~Stoppable() {
-        if (place_ != nullptr) *place_ = 0;
-    }
-    Stoppable(Stoppable&&) = delete;
-
-  private:
-    std::atomic<pid_t>* place_ = nullptr;
-};
 
 // Cuts what a stream brings into lines and hands them on.
 class LineReader {
@@ -95,11 +67,18 @@ void readLines(LineReader& output, LineReader& errors) {
     }
 }
 
-ProgramEnd endOf(pid_t child) {
+// Waits until the child has ended, without reaping it: until then its number is nobody else's.
+void waitFor(pid_t child) {
+    siginfo_t ended{};
+    while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 &&
+           errno == EINTR) {
+    }
+}
+
+ProgramEnd reap(pid_t child) {
     int status = 0;
     while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
     }
-    if (stopped) return {ProgramEnd::How::stopped, 0};
     if (WIFSIGNALED(status)) return {ProgramEnd::How::killed, WTERMSIG(status)};
     return {ProgramEnd::How::exited, WEXITSTATUS(status)};
 }
@@ -125,16 +104,42 @@ std::map<std::string, std::string> environmentVariables() {
     return variables;
 }
 
-ProgramEnd runProgram(Program program) {
-    if (stopped) return {ProgramEnd::How::stopped, 0};
+void ProgramStop::stop() {
+    const int signal = stopped_.exchange(true) ? SIGKILL : SIGTERM;
+    for (const std::atomic<pid_t>& child : running_) {
+        const pid_t number = child;
+        if (number != 0) kill(number, signal);
+    }
+}
+
+ProgramStop::Place::Place(ProgramStop& stop, pid_t child) {
+    for (std::atomic<pid_t>& place : stop.running_) {
+        pid_t nobody = 0;
+        if (!place.compare_exchange_strong(nobody, child)) continue;
+        place_ = &place;
+        break;
+    }
+    if (stop.stopped_) kill(child, SIGTERM);  // It came too late for stop().
+}
+
+ProgramStop::Place::~Place() {
+    if (place_ != nullptr) *place_ = 0;
+}
+
+ProgramEnd runProgram(Program program, ProgramStop& stop) {
+    if (stop.isStopped()) return {ProgramEnd::How::stopped, 0};
+    const auto placed = [&](const std::string& path) {
+        return path.starts_with('/') ? path : joinPath(program.folder, path);
+    };
     Descriptor input = std::move(program.stream);
     if (input.number() < 0) {
-        input = Descriptor(open(program.input.empty() ? "/dev/null" : program.input.c_str(),
-                                O_RDONLY | O_CLOEXEC));
+        const std::string path = program.input.empty() ? "/dev/null" : placed(program.input);
+        input = Descriptor(open(path.c_str(), O_RDONLY | O_CLOEXEC));
     }
     if (input.number() < 0) return {ProgramEnd::How::noFile, errno};
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    const Descriptor file(program.output.empty() ? -1 : open(program.output.c_str(), flags, 0666));
+    const Descriptor file(program.output.empty() ? -1
+                                                 : open(placed(program.output).c_str(), flags, 0666));
     if (file.number() < 0 && !program.output.empty()) return {ProgramEnd::How::noFile, errno};
 
     std::vector<Pipe> pipes = makePipes(2);
@@ -145,7 +150,7 @@ ProgramEnd runProgram(Program program) {
     pid_t child = 0;
     const int error =
         startProgram(program.command, environ, {input.number(), written, errors.writeEnd.number()},
-                     Lookup::inPath, child);
+                     Lookup::inPath, child, program.folder);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
     // Whoever feeds the program is to see when nobody reads any more.
     input.close();
@@ -153,30 +158,14 @@ ProgramEnd runProgram(Program program) {
     errors.writeEnd.close();
 
     {
-        const Stoppable stoppable(child);
+        const ProgramStop::Place place(stop, child);
         LineReader outputLines(std::move(output.readEnd), program.onOutput);
         LineReader errorLines(std::move(errors.readEnd), program.onError);
         readLines(outputLines, errorLines);
-        // Until it is taken leave of, its number is nobody else's.
-        siginfo_t ended{};
-        while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 &&
-               errno == EINTR) {
-        }
+        waitFor(child);
     }
-    return endOf(child);
-}
-
-void stopPrograms() {
-    // The second time they get no choice.
-    const int signal = stopped.exchange(true) ? SIGKILL : SIGTERM;
-    for (const std::atomic<pid_t>& child : running) {
-        const pid_t number = child;
-        if (number != 0) kill(number, signal);
-    }
-}
-
-bool areProgramsStopped() {
-    return stopped;
+    const ProgramEnd end = reap(child);
+    return stop.isStopped() ? ProgramEnd{ProgramEnd::How::stopped, 0} : end;
 }
 
 }  // namespace tkv

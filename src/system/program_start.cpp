@@ -29,7 +29,7 @@ std::vector<char*> argvOf(const std::vector<std::string>& words) {
 }
 
 int startProgram(const std::vector<std::string>& command, char* const* environment,
-                 const Streams& streams, Lookup lookup, pid_t& child) {
+                 const Streams& streams, Lookup lookup, pid_t& child, const std::string& folder) {
     const std::vector<char*> argv = argvOf(command);
 
     posix_spawn_file_actions_t actions;
@@ -39,6 +39,8 @@ int startProgram(const std::vector<std::string>& command, char* const* environme
                                              {streams.errors, STDERR_FILENO}}) {
         if (descriptor >= 0) posix_spawn_file_actions_adddup2(&actions, descriptor, stream);
     }
+
+    if (!folder.empty()) posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
 
     // Whatever this process blocks or ignores, a program whose reader is gone is to end, and one
     // whose file grows too large.

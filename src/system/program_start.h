@@ -26,8 +26,10 @@ struct Streams {
 enum class Lookup { asItStands, inPath };
 
 /// Starts the command, its program and arguments, with no signal blocked and those that this
-/// process ignores as a program expects them. Answers 0, or errno of why that was not possible.
+/// process ignores as a program expects them. `folder`: where it runs; empty: here. Returns 0, or
+/// errno of why that was not possible.
 int startProgram(const std::vector<std::string>& command, char* const* environment,
-                 const Streams& streams, Lookup lookup, pid_t& child);
+                 const Streams& streams, Lookup lookup, pid_t& child,
+                 const std::string& folder = {});
 
 }  // namespace tkv

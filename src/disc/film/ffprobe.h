@@ -1,0 +1,21 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "disc/run/tools.h"
+
+namespace tkv::disc {
+
+/// Asks ffprobe about some files, as one input, and hands on the lines of its answer. `questions`:
+/// its words but for the input. Throws as Tools::run when it cannot read them.
+void askFfprobe(const std::vector<std::string>& files, const std::vector<std::string>& questions,
+                const Tools& tools, const Failure& failure,
+                const std::function<void(std::string_view line)>& onLine);
+
+/// Throws DiscError unless the file holds sound that menus can be given. `path`: absolute.
+void requireSound(const std::string& path, const Tools& tools);
+
+}  // namespace tkv::disc

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "disc/film/source.h"
+#include "disc/project/project.h"
+#include "disc/project/standard.h"
+#include "graphics/geometry.h"
+
+// The facts of a film, as ffprobe tells them.
+
+namespace tkv::disc {
+
+/// Sound tracks of a disc's film. Those that a film has beyond are left out.
+inline constexpr std::size_t kMostTracks = 8;
+
+enum class Fields { progressive, topFirst, bottomFirst };
+
+struct AudioTrack {
+    std::string codec;  ///< in ffmpeg's words
+    int channels = 0;
+    int sampleRate = 0;           ///< hertz
+    std::int64_t bitRate = 0;     ///< bits a second; 0 when the file does not tell
+    std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
+    int index = 0;                ///< among all streams of the sources
+    bool isWhole = true;          ///< Is it there all the time? False only once frames are counted.
+};
+
+struct VideoTrack {
+    int index = 0;                            ///< among all streams of the sources
+    std::string codec, profile, pixelFormat;  ///< in ffmpeg's words
+    int level = 0;                            ///< as the codec counts; 0 when not told
+    std::string matrix, transfer, range;      ///< the same; empty when the film is not tagged
+    PixelSize size;                           ///< as stored
+    PixelSize shown;                          ///< turned upright, before the pixels' shape counts
+    double aspect = 0;                        ///< width to height of the picture as shown
+    double start = 0;     ///< of the first frame, in seconds after the film's earliest track begins
+    FrameRate frameRate;  ///< of whole pictures, on average
+    Fields fields = Fields::progressive;
+    std::int64_t maxBitRate = 0;  ///< of the decoder's buffer, bits a second; 0 when not told
+};
+
+struct Film {
+    FilmSource source;
+    std::string container;  ///< in ffmpeg's words: "matroska,webm"
+    std::string title;      ///< its own tag; empty when it has none
+    VideoTrack video;
+    std::vector<AudioTrack> audio;
+    std::vector<Chapter> marks;  ///< its own, as they stand in the file
+    double seconds = 0;          ///< by the file's word; by its frames once they are counted
+    bool hasNavigation = false;  ///< DVD navigation packs
+    /// Of each keyframe, in seconds from the first frame; empty until the frames are counted.
+    std::vector<double> keyframes;
+    int frames = 0;            ///< 0 until they are counted
+    int keyframeInterval = 0;  ///< frames at most from one keyframe to the next, once counted
+};
+
+}  // namespace tkv::disc

@@ -1,0 +1,206 @@
+#include "disc/film/film_answer.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <utility>
+
+#include "disc/film/languages.h"
+#include "disc/run/fault.h"
+
+namespace tkv::disc {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// A member of an object; null when it has none of this name, or is no object.
+const Json& member(const Json& object, const char* key) {
+    static const Json null;
+    const auto found = object.find(key);
+    return found == object.end() ? null : *found;
+}
+
+// ffprobe says "unknown" and "N/A" for what a film does not tell.
+std::string textOf(const Json& object, const char* key) {
+    const Json& value = member(object, key);
+    if (!value.is_string()) return {};
+    const auto& text = value.get_ref<const std::string&>();
+    return text == "unknown" || text == "N/A" ? std::string() : text;
+}
+
+// Some numbers stand in quotes. 0 when there is none.
+double numberOf(const Json& object, const char* key) {
+    const Json& value = member(object, key);
+    if (value.is_number()) return value.get<double>();
+    const std::string text = textOf(object, key);
+    double number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return std::isfinite(number) ? number : 0;
+}
+
+int intOf(const Json& object, const char* key) {
+    const double number = numberOf(object, key);
+    return std::abs(number) < 1e9 ? static_cast<int>(number) : 0;
+}
+
+// "30000/1001" or "16:15"; none when a part is missing or not above 0.
+std::optional<FrameRate> fractionOf(const Json& object, const char* key) {
+    const std::string text = textOf(object, key);
+    const char* const end = text.data() + text.size();
+    FrameRate fraction;
+    const auto first = std::from_chars(text.data(), end, fraction.numerator);
+    if (first.ptr == end) return std::nullopt;
+    std::from_chars(first.ptr + 1, end, fraction.denominator);
+    if (fraction.numerator <= 0 || fraction.denominator <= 0) return std::nullopt;
+    return fraction;
+}
+
+// A tag, which some containers write in capital letters.
+std::string tagOf(const Json& object, const char* lower, const char* upper) {
+    const Json& tags = member(object, "tags");
+    const std::string text = textOf(tags, lower);
+    return text.empty() ? textOf(tags, upper) : text;
+}
+
+Fields fieldsOf(const std::string& order) {
+    // Of the two letters, which ought to tell what is stored first and what is shown first, files
+    // and decoders alike mean what is shown first by the first one.
+    if (order == "tt" || order == "tb") return Fields::topFirst;
+    if (order == "bb" || order == "bt") return Fields::bottomFirst;
+    return Fields::progressive;
+}
+
+bool isOnItsSide(const Json& stream) {
+    double degrees = numberOf(member(stream, "tags"), "rotate");
+    for (const Json& data : member(stream, "side_data_list")) {
+        if (data.contains("rotation")) degrees = numberOf(data, "rotation");
+    }
+    return std::abs(std::remainder(degrees, 180)) > 45;
+}
+
+void readShape(const Json& stream, VideoTrack& video) {
+    video.size = {intOf(stream, "width"), intOf(stream, "height")};
+    video.shown = video.size;
+    const FrameRate pixel = fractionOf(stream, "sample_aspect_ratio").value_or(FrameRate{1, 1});
+    double aspect = pixel.perSecond() * video.size.width / video.size.height;
+    if (aspect < 0.1 || aspect > 10) aspect = 1.0 * video.size.width / video.size.height;
+    if (isOnItsSide(stream)) {
+        std::swap(video.shown.width, video.shown.height);
+        aspect = 1 / aspect;
+    }
+    video.aspect = aspect;
+}
+
+void readMotion(const Json& stream, VideoTrack& video) {
+    const auto usable = [&](const char* key) {
+        const auto rate = fractionOf(stream, key);
+        return rate && rate->perSecond() < 1000 ? rate : std::nullopt;
+    };
+    const auto average = usable("avg_frame_rate");
+    const auto ticks = usable("r_frame_rate");
+    video.frameRate = average.value_or(ticks.value_or(FrameRate{25, 1}));
+    video.fields = fieldsOf(textOf(stream, "field_order"));
+    // Some containers count fields.
+    if (video.fields != Fields::progressive && video.frameRate.perSecond() >= 47.5)
+        video.frameRate.denominator *= 2;
+}
+
+VideoTrack videoTrackOf(const Json& stream) {
+    VideoTrack video;
+    video.index = intOf(stream, "index");
+    video.codec = textOf(stream, "codec_name");
+    video.profile = textOf(stream, "profile");
+    video.level = intOf(stream, "level");
+    video.pixelFormat = textOf(stream, "pix_fmt");
+    video.matrix = textOf(stream, "color_space");
+    video.transfer = textOf(stream, "color_transfer");
+    video.range = textOf(stream, "color_range");
+    readShape(stream, video);
+    readMotion(stream, video);
+    for (const Json& data : member(stream, "side_data_list"))
+        video.maxBitRate = std::max<std::int64_t>(video.maxBitRate, intOf(data, "max_bitrate"));
+    return video;
+}
+
+AudioTrack audioTrackOf(const Json& stream) {
+    AudioTrack track;
+    track.index = intOf(stream, "index");
+    track.codec = textOf(stream, "codec_name");
+    track.channels = intOf(stream, "channels");
+    track.sampleRate = intOf(stream, "sample_rate");
+    track.bitRate = intOf(stream, "bit_rate");
+    track.language = discLanguage(tagOf(stream, "language", "LANGUAGE"));
+    return track;
+}
+
+bool isKind(const Json& stream, const char* kind) {
+    return textOf(stream, "codec_type") == kind && !textOf(stream, "codec_name").empty();
+}
+
+// Cover art and the like are streams of one picture.
+bool isMovingPicture(const Json& stream) {
+    const Json& disposition = member(stream, "disposition");
+    return isKind(stream, "video") && intOf(disposition, "attached_pic") == 0 &&
+           intOf(disposition, "timed_thumbnails") == 0 && intOf(stream, "width") > 0 &&
+           intOf(stream, "height") > 0;
+}
+
+// The one that players show; null when there is none.
+const Json* filmStream(const Json& streams) {
+    const Json* first = nullptr;
+    for (const Json& stream : streams) {
+        if (!isMovingPicture(stream)) continue;
+        if (intOf(member(stream, "disposition"), "default") != 0) return &stream;
+        if (first == nullptr) first = &stream;
+    }
+    return first;
+}
+
+bool isPicture(const std::string& container) {
+    return container == "image2" || container.ends_with("_pipe");
+}
+
+}  // namespace
+
+Film filmFromAnswer(FilmSource source, std::string_view json) {
+    const Json answer = Json::parse(json, nullptr, false);
+    const Json& format = member(answer, "format");
+    const Json& streams = member(answer, "streams");
+    Film film;
+    film.source = std::move(source);
+    film.container = textOf(format, "format_name");
+    const Json* const stream = filmStream(streams);
+    if (stream == nullptr || isPicture(film.container)) {
+        const std::string& path = film.source.path;
+        throw DiscError(
+            fmt::format("{} holds no moving picture. Leave it out, or name the film.", path), path);
+    }
+    film.video = videoTrackOf(*stream);
+    film.title = tagOf(format, "title", "TITLE");
+    film.seconds = numberOf(format, "duration");
+    if (film.seconds <= 0) film.seconds = std::max(0.0, numberOf(*stream, "duration"));
+    film.seconds = std::min(film.seconds, kLongestFilm);
+
+    for (const Json& each : streams) {
+        const AudioTrack track = audioTrackOf(each);
+        if (isKind(each, "audio") && track.channels > 0 && track.sampleRate > 0)
+            film.audio.push_back(track);
+        if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
+    }
+    film.video.start =
+        std::max(0.0, numberOf(*stream, "start_time") - numberOf(format, "start_time"));
+    const double start = numberOf(format, "start_time") + film.video.start;
+    for (const Json& chapter : member(answer, "chapters")) {
+        const double seconds = std::max(0.0, numberOf(chapter, "start_time") - start);
+        if (seconds < kLongestFilm)
+            film.marks.push_back({seconds, tagOf(chapter, "title", "TITLE")});
+    }
+    return film;
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "disc/film/film.h"
+
+namespace tkv::disc {
+
+/// Counts a film's frames in what ffprobe tells of its packets, line by line.
+class FrameCounter {
+  public:
+    /// The entries of a packet that its lines hold, in this order, with commas between.
+    static constexpr const char* kEntries =
+        "packet=codec_type,stream_index,pts_time,duration_time,flags";
+
+    explicit FrameCounter(const Film& film);
+    void take(std::string_view line);
+
+    /// Fills in the film's frames, keyframes and length and which sound tracks are whole, and
+    /// leaves out those that nothing was read of.
+    void finish(Film& film);
+
+    /// Where the last packet of picture, sound or text ends, in seconds of the file's own time.
+    double lastEnd() const { return lastEnd_; }
+
+  private:
+    struct Packet {
+        std::string_view kind, flags;
+        int stream = -1;
+        std::optional<double> time, duration;
+    };
+    // A run of frames whose times go on without a jump; its keyframes' times are the file's.
+    struct Run {
+        double start = 0, end = 0;
+        std::vector<double> keyframes;
+    };
+
+    // What was read of a stream.
+    struct Stream {
+        bool isSeen = false;
+        std::optional<double> time;  // of its last packet
+        double seconds = 0;          // in which packet followed packet
+    };
+
+    static void takeTime(Stream& stream, std::optional<double> time);
+    void takeFrame(const Packet& packet);
+    void closeRun();
+
+    int videoStream_;
+    double frameSeconds_;
+    bool mayJump_;  // may times jump ahead where recordings were joined?
+    int frames_ = 0, timedFrames_ = 0, untimed_ = 0, lastKeyframe_ = 0, interval_ = 0;
+    double lastEnd_ = 0;
+    std::vector<Stream> streams_;  // by their numbers
+    std::optional<Run> run_;
+    double seconds_ = 0;                // of all closed runs
+    std::vector<double> keyframes_;     // of all closed runs, from the first frame
+    std::vector<int> keyframeNumbers_;  // of all frames, by count
+};
+
+}  // namespace tkv::disc

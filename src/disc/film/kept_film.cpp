@@ -1,0 +1,68 @@
+#include "disc/film/kept_film.h"
+
+#include <map>
+#include <nlohmann/json.hpp>
+
+#include "disc/film/probe.h"
+#include "disc/run/text_file.h"
+
+namespace tkv::disc {
+
+namespace {
+
+using Json = nlohmann::json;
+
+// What counting finds.
+Json countsOf(const Film& film) {
+    std::map<std::string, bool> tracks;
+    for (const AudioTrack& track : film.audio)
+        tracks[std::to_string(track.index)] = track.isWhole;
+    return {{"seconds", film.seconds},
+            {"frames", film.frames},
+            {"keyframeInterval", film.keyframeInterval},
+            {"keyframes", film.keyframes},
+            {"tracks", tracks}};
+}
+
+void setCounts(Film& film, const Json& counts) {
+    counts.at("seconds").get_to(film.seconds);
+    counts.at("frames").get_to(film.frames);
+    counts.at("keyframeInterval").get_to(film.keyframeInterval);
+    counts.at("keyframes").get_to(film.keyframes);
+    const Json& tracks = counts.at("tracks");
+    std::erase_if(film.audio, [&](const AudioTrack& track) {
+        return !tracks.contains(std::to_string(track.index));
+    });
+    for (AudioTrack& track : film.audio)
+        tracks.at(std::to_string(track.index)).get_to(track.isWhole);
+}
+
+}  // namespace
+
+Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
+    const Workshop::Lock lock(workshop, source.stamp);
+    const std::string name = workshop.result(
+        Workshop::nameOf("answer", ".json", {source.stamp}), [&](const std::string& made) {
+            writeText(workshop.path(made), probeAnswer(source, workshop.tools()));
+        });
+    std::string answer = readText(workshop.path(name));
+    // Somebody may have changed the file.
+    if (!Json::accept(answer)) answer = probeAnswer(source, workshop.tools());
+    return probedFilm(source, answer, workshop.tools());
+}
+
+void countFramesOnce(Film& film, Workshop& workshop) {
+    const std::string name = workshop.result(
+        Workshop::nameOf("counts", ".json", {film.source.stamp}), [&](const std::string& made) {
+            Film counted = film;
+            countFrames(counted, workshop.tools());
+            writeText(workshop.path(made), countsOf(counted).dump());
+        });
+    try {
+        setCounts(film, Json::parse(readText(workshop.path(name))));
+    } catch (const Json::exception&) {
+        countFrames(film, workshop.tools());  // Somebody has changed the file.
+    }
+}
+
+}  // namespace tkv::disc

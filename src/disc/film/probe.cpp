@@ -1,0 +1,90 @@
+#include "disc/film/probe.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <functional>
+#include <utility>
+#include <vector>
+
+#include "disc/film/ffprobe.h"
+#include "disc/film/film_answer.h"
+#include "disc/film/frame_counter.h"
+#include "disc/run/fault.h"
+
+namespace tkv::disc {
+
+namespace {
+
+void ask(const FilmSource& source, const std::vector<std::string>& questions, const Tools& tools,
+         const std::function<void(std::string_view)>& onLine) {
+    askFfprobe(source.files, questions, tools,
+               {source.path, fmt::format("{} cannot be read as a film", source.path),
+                "Leave it out, or try whether ffplay shows it."},
+               onLine);
+}
+
+// Codecs whose pictures are whole, or of which ffprobe knows when they are not. What it says of
+// others is their container's word, which knows nothing of DV's fields for one.
+constexpr std::array<std::string_view, 7> kTellingFields = {"h264", "mpeg2video", "hevc", "vp8",
+                                                            "vp9",  "av1",        "gif"};
+
+// Looks at the first frames for fields that ffprobe's other answers do not tell of.
+void findFields(Film& film, const Tools& tools) {
+    const bool isKnown = film.video.fields != Fields::progressive ||
+                         std::ranges::count(kTellingFields, film.video.codec) != 0;
+    if (isKnown) return;
+    const auto onLine = [&](std::string_view line) {
+        if (line.starts_with("1,1")) film.video.fields = Fields::topFirst;
+        if (line.starts_with("1,0")) film.video.fields = Fields::bottomFirst;
+    };
+    ask(film.source,
+        {"-select_streams", fmt::format("{}", film.video.index), "-read_intervals", "%+#3",
+         "-show_entries", "frame=interlaced_frame,top_field_first", "-of", "csv=p=0"},
+        tools, onLine);
+}
+
+// Whether the container itself tells how long it is; of others, the length is found in what they
+// hold, or guessed.
+bool tellsItsLength(const std::string& container) {
+    constexpr std::array<std::string_view, 6> kTelling = {"matroska", "mov", "avi",
+                                                          "asf",      "flv", "mxf"};
+    return std::ranges::any_of(kTelling,
+                               [&](std::string_view name) { return container.starts_with(name); });
+}
+
+}  // namespace
+
+std::string probeAnswer(const FilmSource& source, const Tools& tools) {
+    std::string answer;
+    ask(source, {"-of", "json", "-show_format", "-show_streams", "-show_chapters"}, tools,
+        [&](std::string_view line) { answer.append(line).append("\n"); });
+    return answer;
+}
+
+Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) {
+    Film film = filmFromAnswer(std::move(source), answer);
+    findFields(film, tools);
+    return film;
+}
+
+void countFrames(Film& film, const Tools& tools) {
+    FrameCounter counter(film);
+    ask(film.source, {"-show_entries", FrameCounter::kEntries, "-of", "csv=p=0"}, tools,
+        [&](std::string_view line) { counter.take(line); });
+    const double said = film.seconds;
+    counter.finish(film);
+    if (film.frames == 0)
+        throw DiscError(
+            fmt::format("{} holds no frame. Leave it out, or copy it anew.", film.source.path),
+            film.source.path);
+    if (tellsItsLength(film.container) && counter.lastEnd() < 0.99 * said - 2) {
+        throw DiscError(fmt::format("{} says it lasts {:.0f} s, but ends after {:.0f}: it has been "
+                                    "cut short. Copy it anew.",
+                                    film.source.path, said, counter.lastEnd()),
+                        film.source.path);
+    }
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "disc/film/film.h"
+#include "disc/make/ffmpeg_words.h"
+#include "disc/make/film_filters.h"
+#include "disc/plan/conversion.h"
+
+// The words that make ffmpeg turn a film into one for a disc. Nothing here starts it. Names of
+// files that it makes are relative to where it runs.
+
+namespace tkv::disc {
+
+/// Pictures that are written while a film is encoded: those of all ranges, one after another.
+struct ExcerptOutput {
+    PixelSize size;                  ///< what a picture of 16:9 is squeezed into
+    std::vector<FrameRange> ranges;  ///< in order, none touching another
+    std::string pattern;             ///< a name with a %06d, which counts from 0
+};
+
+/// A film is encoded in one go; or in two, of which the first only writes a log.
+enum class Pass { only, first, second };
+
+/// One run of the encoder, and what the conversion does not say of it.
+struct EncoderRun {
+    int videoRate = 0;  ///< kb/s
+    double gain = 0;    ///< decibels, of all tracks
+    std::vector<ExcerptOutput> excerpts;
+    Pass pass = Pass::only;
+    std::string passLog;  ///< of two passes; ffmpeg adds "-0.log"
+};
+
+Words encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
+                      const std::string& output);
+
+/// Puts the tracks of a film that is ready for a disc into a DVD program stream, untouched; a
+/// silent one beside them when it has no sound.
+Words remuxCommand(const Film& film, const Conversion& conversion, const std::string& output);
+
+/// Puts the tracks of a disc's film together anew. The muxer leaves out units of navigation while
+/// it waits for a sound that comes late, from a silent input or after a gap; from the finished film
+/// all comes in time.
+Words interleaveCommand(const std::string& dvdFilm, const std::string& output);
+
+/// Cuts frames out of a disc's film. `pattern`: as ExcerptOutput's.
+Words excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
+                     const FrameRange& range, PixelSize size, const std::string& pattern);
+
+/// Takes one picture at a keyframe near `seconds`, quickly: the picture of 16:9, with bars
+/// where the film has another shape, squeezed into `size`, as a JPEG.
+Words pictureCommand(const Film& film, const SourceColors& colors, double seconds, PixelSize size,
+                     const std::string& output);
+
+}  // namespace tkv::disc

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "disc/plan/conversion.h"
+
+// Chains of ffmpeg's filters, without the names of what goes in and comes out.
+
+namespace tkv::disc {
+
+/// A run of frames of the disc's film, counted from 0.
+struct FrameRange {
+    int first = 0;
+    int count = 0;
+    bool operator==(const FrameRange&) const = default;
+};
+
+/// Makes the disc's frames, all of them, of a film's pictures: in its rate and raster, with its
+/// colours.
+std::string discFrames(const Conversion& conversion);
+
+/// Makes the pictures of excerpts out of the disc's frames: those of all ranges, one after another.
+/// `size`: what a picture of 16:9 is squeezed into.
+std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size,
+                           const Conversion& conversion);
+
+/// The same out of the frames of a finished disc's film, from `seconds` on.
+std::string excerptFiltersFrom(double seconds, PixelSize size, bool isWide);
+
+/// Makes a picture of 16:9, squeezed into `size`, out of one of a film's.
+std::string stillFilters(const VideoTrack& video, const SourceColors& colors, PixelSize size);
+
+}  // namespace tkv::disc

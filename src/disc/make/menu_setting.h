@@ -1,0 +1,37 @@
+#pragma once
+
+#include <string>
+
+#include "disc/make/menu_clip.h"
+#include "disc/plan/plan.h"
+#include "disc/project/project.h"
+#include "disc/run/workshop.h"
+
+namespace tkv::disc {
+
+/// What stands behind the menus.
+enum class BackgroundKind { none, picture, scene };
+
+/// What all menus of a disc share.
+struct MenuSetting {
+    Standard standard = Standard::pal;
+    int rate = 0;  ///< kb/s of the picture
+    BackgroundKind background = BackgroundKind::none;
+    std::string picture;  ///< absolute path of that background; of a scene none
+    MenuSound sound;
+};
+
+/// The setting that a project asks for; a scene is one of the first film. Looks at the sound's file
+/// for its stamp.
+MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
+
+/// Makes the background, of the page's size: the picture cut to the shape of a wide display, or a
+/// scene that is blurred. Returns its name in the workshop; empty for none. Throws DiscError where
+/// that is not possible.
+std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
+
+/// The absolute path of the picture behind the jacket, which may be a scene that is looked for;
+/// empty for none.
+std::string jacketPicture(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
+
+}  // namespace tkv::disc

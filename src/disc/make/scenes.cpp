@@ -1,0 +1,105 @@
+#include "disc/make/scenes.h"
+
+#include <fmt/format.h>
+
+#include <array>
+#include <cmath>
+#include <optional>
+
+#include "disc/make/film_encoding.h"
+#include "disc/project/names.h"
+#include "disc/run/fault.h"
+#include "graphics/formats.h"
+
+namespace tkv::disc {
+
+namespace {
+
+// Parts of the excerpt's span.
+constexpr std::array kPlaces{0.0, 0.02, 0.05, 0.1, 0.2, 0.4};
+
+// Levels of the standard deviation of the pixels' brightness: a picture of black or of a plain
+// colour stays below, noise and all.
+constexpr double kEnough = 12;
+
+double brightness(std::uint32_t pixel) {
+    const std::uint32_t red = pixel >> 16 & 255U, green = pixel >> 8 & 255U, blue = pixel & 255U;
+    return 0.299 * red + 0.587 * green + 0.114 * blue;
+}
+
+// How much is to be seen in the middle of a picture, where no bars are even beside an upright film.
+double contrastOf(const Bitmap& picture) {
+    double sum = 0, squares = 0, count = 0;
+    for (int y = picture.height() / 4; y < picture.height() * 3 / 4; ++y) {
+        for (int x = picture.width() * 3 / 8; x < picture.width() * 5 / 8; ++x) {
+            const double value = brightness(picture.row(y)[x]);
+            sum += value;
+            squares += value * value;
+            ++count;
+        }
+    }
+    if (count == 0) return 0;
+    const double mean = sum / count;
+    return std::sqrt(std::max(0.0, squares / count - mean * mean));
+}
+
+// A picture of the film, by its name in the workshop, and how much is to be seen on it; none when
+// the file ends before, or the disk is full.
+struct Taken {
+    std::string name;
+    double contrast = 0;
+};
+
+std::optional<Taken> takePicture(const DiscFilm& film, double seconds, PixelSize size,
+                                 Workshop& workshop) {
+    const auto commandFor = [&](const std::string& output) {
+        return pictureCommand(film.film, film.conversion.colors, seconds, size, output);
+    };
+    Words inputs = commandFor("");
+    inputs.push_back(film.film.source.stamp);
+    const std::string name = Workshop::nameOf("picture", ".jpg", inputs);
+    const bool isNew = !workshop.has(name);
+    const std::string made = isNew ? Workshop::unfinished(name) : name;
+    if (isNew) {
+        const std::string& path = film.request.path;
+        workshop.tools().run(commandFor(made),
+                             {path, fmt::format("No picture of {} could be taken", path), ""});
+    }
+    const std::optional<Bitmap> picture = decodePicture(workshop.path(made));
+    if (!picture) return std::nullopt;
+    if (isNew) workshop.finish(name);
+    return Taken{name, contrastOf(*picture)};
+}
+
+}  // namespace
+
+Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop& workshop) {
+    Scene best;
+    double bestContrast = -1;
+    const double length = std::max(0.0, span.until - span.from);
+    for (const double place : kPlaces) {
+        const double seconds = span.from + place * length;
+        const std::optional<Taken> taken = takePicture(film, seconds, size, workshop);
+        if (taken && taken->contrast > bestContrast) {
+            bestContrast = taken->contrast;
+            best = {seconds, taken->name};
+        }
+        if (bestContrast >= kEnough || length == 0) break;
+    }
+    if (best.picture.empty()) {
+        throw DiscError(fmt::format("No picture of {} could be taken at {}. Is the disk full, or "
+                                    "the film damaged?",
+                                    film.request.path, timeText(span.from)),
+                        film.request.path);
+    }
+    return best;
+}
+
+std::vector<Scene> findScenes(const DiscFilm& film, Workshop& workshop) {
+    std::vector<Scene> scenes;
+    for (const Excerpt& excerpt : film.excerpts)
+        scenes.push_back(findScene(film, excerpt.span, excerpt.size, workshop));
+    return scenes;
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,186 @@
+#include "disc/plan/conversion.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <string_view>
+
+#include "disc/plan/budget.h"
+
+namespace tkv::disc {
+
+namespace {
+
+constexpr int kSurroundRate = 448;  // kb/s
+
+constexpr double kFilmRate = 24000.0 / 1001;  // cinema's 24, as television writes it
+
+// Rates a thousandth apart, as 24 and 23.976, are one rate by two names.
+bool isNear(double a, double b) {
+    return std::abs(a / b - 1) < 0.004;
+}
+
+bool isCinema(double rate) {
+    return isNear(rate, kFilmRate) || isNear(rate, 24);
+}
+
+// Does each moment of one rate fall on one of the other, or nearly so?
+bool areMultiples(double a, double b) {
+    const double ratio = std::max(a, b) / std::min(a, b);
+    return isNear(ratio, std::round(ratio));
+}
+
+std::string noteOn(double from, double to) {
+    if (areMultiples(from, to)) return {};
+    return fmt::format("its {:.4g} pictures a second become {:.4g}, which motion can show", from,
+                       to);
+}
+
+FieldSource fieldsOf(const VideoTrack& video, Standard standard) {
+    const double rate = video.frameRate.perSecond();
+    if (video.fields != Fields::progressive) {
+        const bool isOwn = isNear(rate, factsOf(standard).frameRate.perSecond());
+        return isOwn ? FieldSource::kept : FieldSource::other;
+    }
+    if (rate >= 47.5) return FieldSource::pictures;
+    if (standard == Standard::ntsc && isCinema(rate)) return FieldSource::pulldown;
+    return FieldSource::none;
+}
+
+// Fields, speed and what is worth telling about them.
+void decideMotion(const VideoTrack& video, Conversion& conversion) {
+    const double rate = video.frameRate.perSecond();
+    const double discRate = factsOf(conversion.standard).frameRate.perSecond();
+    conversion.fields = fieldsOf(video, conversion.standard);
+    conversion.isTopFirst = video.fields == Fields::topFirst;
+    switch (conversion.fields) {
+        case FieldSource::kept:
+        case FieldSource::pulldown:
+            return;
+        case FieldSource::other:
+            conversion.note = noteOn(2 * rate, 2 * discRate);
+            return;
+        case FieldSource::pictures:
+            conversion.note = noteOn(rate, 2 * discRate);
+            return;
+        case FieldSource::none:
+            break;
+    }
+    if (conversion.standard == Standard::pal && isCinema(rate)) {
+        const bool isWhole = std::abs(rate - 24) < std::abs(rate - kFilmRate);
+        conversion.speed = discRate / (isWhole ? 24 : kFilmRate);
+        conversion.note = "its 24 pictures a second play as 25, 4 % faster";
+        return;
+    }
+    conversion.note = noteOn(rate, discRate);
+}
+
+void decideLength(const Film& film, Conversion& conversion) {
+    const double rate = factsOf(conversion.standard).frameRate.perSecond();
+    conversion.seconds = film.seconds / conversion.speed;
+    conversion.frames = std::max(1, static_cast<int>(std::lround(conversion.seconds * rate)));
+}
+
+// Whether a film stands better in a frame of 16:9 than in one of 4:3.
+bool isWide(const VideoTrack& video) {
+    // Between the two, where either leaves as much of its frame black.
+    return video.aspect > std::sqrt(kNarrowAspect * kWideAspect);
+}
+
+void decideShape(const VideoTrack& video, Conversion& conversion) {
+    conversion.isWide = isWide(video);
+    // Columns are even, rows in fours, so that each field has whole rows of colour.
+    conversion.placement =
+        placedIn({kRasterWidth, factsOf(conversion.standard).rasterHeight},
+                 conversion.isWide ? kWideAspect : kNarrowAspect, video.aspect, {2, 4});
+}
+
+bool isRgb(const VideoTrack& video) {
+    return video.matrix == "gbr" || video.pixelFormat == "pal8" ||
+           std::ranges::any_of(std::array{"rgb", "bgr", "gbr"}, [&](const char* name) {
+               return video.pixelFormat.find(name) != std::string::npos;
+           });
+}
+
+// What the film's colours are stored by, as `scale` calls it.
+std::string_view matrixOf(const VideoTrack& video) {
+    const std::string& tag = video.matrix;
+    if (tag == "bt470bg" || tag == "smpte170m") return "bt601";
+    if (tag == "bt2020nc" || tag == "bt2020c") return "bt2020";
+    if (tag == "bt709") return "bt709";
+    if (tag == "smpte240m") return "smpte240m";
+    if (tag == "fcc") return "fcc";
+    const bool isHigh = video.size.width > 1024 || video.size.height > 576;
+    return isHigh ? "bt709" : "bt601";
+}
+
+bool isFullRange(const VideoTrack& video) {
+    return video.range == "pc" || video.pixelFormat.starts_with("yuvj");
+}
+
+bool isHdr(const VideoTrack& video) {
+    return video.transfer == "smpte2084" || video.transfer == "arib-std-b67";
+}
+
+SourceColors colorsOf(const VideoTrack& video) {
+    SourceColors colors;
+    colors.isFullRange = isFullRange(video);
+    if (isHdr(video)) {
+        colors.transfer = video.transfer;
+        colors.matrix = video.matrix == "bt2020c" ? "2020_cl" : "2020_ncl";
+    } else if (!isRgb(video)) {
+        colors.matrix = matrixOf(video);
+    }
+    return colors;
+}
+
+void decideSound(const Film& film, Conversion& conversion) {
+    for (const AudioTrack& track : film.audio) {
+        if (conversion.tracks.size() == kMostTracks) break;
+        const bool isSurround = track.channels > 2;
+        const int rate = isSurround ? kSurroundRate : kStereoRate;
+        conversion.tracks.push_back({track.index, track.language, isSurround, rate});
+        conversion.soundRate += rate;
+    }
+    if (conversion.tracks.empty()) conversion.soundRate = kStereoRate;
+    conversion.isSoundWhole =
+        !conversion.tracks.empty() &&
+        std::all_of(film.audio.begin(), film.audio.begin() + std::ssize(conversion.tracks),
+                    [](const AudioTrack& track) { return track.isWhole; });
+}
+
+}  // namespace
+
+Conversion conversionOf(const Film& film, Standard standard, bool isCopied) {
+    Conversion conversion;
+    conversion.standard = standard;
+    conversion.isCopied = isCopied;
+    if (!isCopied) decideMotion(film.video, conversion);
+    decideLength(film, conversion);
+    decideShape(film.video, conversion);
+    conversion.colors = colorsOf(film.video);
+    decideSound(film, conversion);
+    conversion.topVideoRate = kTopRate - conversion.soundRate;
+    return conversion;
+}
+
+Placement placedIn(PixelSize raster, double rasterAspect, double aspect, PixelSize step) {
+    // Pixels have been taken for a little wider or narrower than they are ever since they are not
+    // square. Nobody sees 2.5 %, but everybody sees a thin bar.
+    const double ratio = aspect / rasterAspect;
+    if (std::abs(ratio - 1) <= 0.025) return {0, 0, raster.width, raster.height};
+    const auto bar = [](int whole, double part, int steps) {
+        const int count = static_cast<int>(std::lround(whole * (1 - part) / 2 / steps));
+        return std::min(count, (whole / 2 - 1) / steps) * steps;
+    };
+    if (ratio > 1) {
+        const int y = bar(raster.height, 1 / ratio, step.height);
+        return {0, y, raster.width, raster.height - 2 * y};
+    }
+    const int x = bar(raster.width, ratio, step.width);
+    return {x, 0, raster.width - 2 * x, raster.height};
+}
+
+}  // namespace tkv::disc

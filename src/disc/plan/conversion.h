@@ -1,0 +1,82 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "disc/film/film.h"
+#include "disc/project/standard.h"
+
+// What happens to a film's picture and sound on its way to the disc.
+
+namespace tkv::disc {
+
+/// Width to height of a wide display, and of others.
+inline constexpr double kWideAspect = 16.0 / 9;
+inline constexpr double kNarrowAspect = 4.0 / 3;
+
+/// Where the disc's fields, two moments of time in a frame, come from.
+enum class FieldSource {
+    none,      ///< its frames are whole pictures
+    kept,      ///< the film's own fields
+    other,     ///< the film's fields, of which others are made for this standard's rate
+    pictures,  ///< a field of each of the film's 48 or more pictures a second
+    pulldown,  ///< 2:3 pulldown of the film's 24 pictures a second
+};
+
+/// Where a film's picture lies in a raster; the rest is black. Columns and rows from the top left.
+struct Placement {
+    int x, y, width, height;
+    bool operator==(const Placement&) const = default;
+};
+
+/// How a film's pixels are to be read.
+struct SourceColors {
+    std::string transfer;      ///< of HDR, in the words of ffmpeg's zscale; empty for all else
+    std::string matrix;        ///< in the words of zscale for HDR, else of scale; empty for RGB
+    bool isFullRange = false;  ///< or else limited to video levels
+    bool operator==(const SourceColors&) const = default;
+};
+
+/// A sound track of the disc's film.
+struct DiscTrack {
+    int index = 0;            ///< of the film's track, among all streams of its files
+    std::string language;     ///< two letters of ISO 639-1; "xx" when unknown
+    bool isSurround = false;  ///< 5.1, or else stereo
+    int rate = 0;             ///< kb/s
+};
+
+/// All that happens to a film, decided once. Whoever makes, measures or tells of the disc's film
+/// reads it here.
+struct Conversion {
+    Standard standard = Standard::pal;
+    bool isCopied = false;  ///< its pictures and sound stay as they are
+    FieldSource fields = FieldSource::none;
+    bool isTopFirst = false;  ///< of the film's own fields: is the upper one shown first?
+    double speed = 1;         ///< the disc's film plays this much faster, its sound too
+    int frames = 1;           ///< of the disc's film
+    double seconds = 0;       ///< of the disc's film
+    bool isWide = false;      ///< is its frame 16:9, or else 4:3?
+    Placement placement{};    ///< in that frame
+    SourceColors colors;
+    std::vector<DiscTrack> tracks;  ///< none: the disc's film has a silent one
+    int soundRate = 0;              ///< kb/s, of all tracks together
+    bool isSoundWhole = false;      ///< are the tracks there all the time?
+    bool evensLoudness = false;     ///< is it made as loud as the other films?
+    int videoRate = 0;              ///< kb/s of the picture; 0 when it is copied
+    int topVideoRate = 0;           ///< kb/s, of the hardest second
+    std::vector<Chapter> chapters;  ///< in seconds of the disc's film: the first at 0, rising
+    std::string note;  ///< what is worth telling about its motion, in some words; mostly empty
+
+    bool hasFields() const { return fields != FieldSource::none; }
+};
+
+/// The conversion of a film, whose frames have been counted, but for its chapters, rates of the
+/// picture and loudness, which are not the film's matter alone.
+Conversion conversionOf(const Film& film, Standard standard, bool isCopied);
+
+/// A picture of the shape `aspect` in a raster that is shown in the shape `rasterAspect`: as large
+/// as it fits, in the middle, the bars multiples of `step`; the whole raster for a shape that is
+/// nearly its own.
+Placement placedIn(PixelSize raster, double rasterAspect, double aspect, PixelSize step);
+
+}  // namespace tkv::disc

@@ -1,0 +1,129 @@
+#include "disc/plan/menu_pages.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <utility>
+
+#include "composer/navigation.h"
+#include "composer/thumbnail_layout.h"
+
+namespace tkv::disc {
+
+namespace {
+
+// A menu has 36 places for buttons, and each button takes one for wide displays and one for those
+// of 4:3. The author of the disc would not complain about more, but write them wrongly.
+static_assert((kPageEntries + kNavigationButtons.size()) * 2 <= 36);
+
+// In the order of kNavigationButtons.
+enum Navigation : std::size_t { playAll, previous, menu, next };
+
+void addEntry(MenuPage& page, DiscFilm& film, const Span& span, std::string caption,
+              const Action& action) {
+    page.thumbnails.push_back({film.number, film.excerpts.size()});
+    film.excerpts.push_back({span, {}});
+    page.buttons.push_back({fmt::format("BT_{}", page.buttons.size()), std::move(caption), action});
+}
+
+void addLabel(MenuPage& page, Navigation which, const std::string& text, const Action& action) {
+    page.buttons.push_back({std::string(kNavigationButtons[which].name), text, action});
+}
+
+MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
+    MenuPage page;
+    page.name = fmt::format("films-{}", number + 1);
+    page.title = plan.title;
+    page.isMain = number == 0;
+    const std::size_t count = plan.films.size();
+    const std::size_t end = std::min((number + 1) * kPageEntries, count);
+    const bool isOnly = count == 1;
+    for (std::size_t i = number * kPageEntries; i < end; ++i) {
+        DiscFilm& film = plan.films[i];
+        const bool leadsOn = film.chapterPages.count > 0 && !isOnly;
+        addEntry(page, film, film.span, film.caption,
+                 leadsOn ? Action(ShowChapters{i, 0}) : Action(PlayFilm{i, 0}));
+    }
+    if (!isOnly) addLabel(page, playAll, labels.playAll, PlayAll{});
+    if (number > 0) addLabel(page, previous, labels.previous, ShowFilms{number - 1});
+    if (number > 1) addLabel(page, menu, labels.menu, ShowFilms{0});
+    if (end < count) addLabel(page, next, labels.next, ShowFilms{number + 1});
+    // An only film is played by its thumbnail; its chapters are behind a label.
+    if (isOnly && plan.films[0].chapterPages.count > 0)
+        addLabel(page, next, labels.chapters, ShowChapters{0, 0});
+    return page;
+}
+
+MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
+    const Conversion& conversion = film.conversion;
+    const std::vector<Chapter>& chapters = conversion.chapters;
+    MenuPage page;
+    page.name = fmt::format("film-{}-chapters-{}", film.number + 1, number + 1);
+    page.film = film.number;
+    page.title = film.caption;
+    const std::size_t end = std::min((number + 1) * kPageEntries, chapters.size());
+    for (std::size_t i = number * kPageEntries; i < end; ++i) {
+        const Chapter& chapter = chapters[i];
+        const double until =
+            i + 1 == chapters.size() ? conversion.seconds : chapters[i + 1].seconds;
+        const Span span{chapter.seconds * conversion.speed, until * conversion.speed};
+        addEntry(page, film, span,
+                 chapter.name.empty() ? withNumber(labels.chapter, static_cast<int>(i + 1))
+                                      : chapter.name,
+                 PlayFilm{film.number, i});
+    }
+    addLabel(page, playAll, labels.playFilm, PlayFilm{film.number, 0});
+    if (number > 0)
+        addLabel(page, previous, labels.previous, ShowChapters{film.number, number - 1});
+    addLabel(page, menu, labels.menu, ShowFilms{film.page, film.button});
+    if (end < chapters.size())
+        addLabel(page, next, labels.next, ShowChapters{film.number, number + 1});
+    return page;
+}
+
+// What follows from where a page's layout places thumbnails and labels.
+void place(MenuPage& page, std::vector<DiscFilm>& films) {
+    constexpr double kLabelHeight = 19;
+    const ThumbnailLayout& layout = thumbnailLayout(page.isMain, page.thumbnails.size());
+    std::vector<Rect> places;
+    for (const Thumbnail& thumbnail : page.thumbnails) {
+        const ThumbnailPlace& at = layout.place(places.size());
+        places.push_back({static_cast<double>(at.x + layout.shiftX), static_cast<double>(at.y),
+                          layout.source.width, layout.source.height});
+        films[thumbnail.film].excerpts[thumbnail.excerpt].size = {
+            static_cast<int>(layout.scaledTo.width), static_cast<int>(layout.scaledTo.height)};
+    }
+    for (const NavigationButton& label : kNavigationButtons) {
+        if (std::ranges::find(page.buttons, label.name, &Button::name) == page.buttons.end())
+            continue;
+        places.push_back({static_cast<double>(label.x), static_cast<double>(label.y),
+                          kNavigationWidth, kLabelHeight});
+    }
+    const std::vector<Arrows> arrows = arrowsOf(places);
+    for (std::size_t i = 0; i < page.buttons.size(); ++i)
+        page.buttons[i].arrows = arrows[i];
+}
+
+}  // namespace
+
+std::size_t pagesFor(std::size_t entries) {
+    return (entries + kPageEntries - 1) / kPageEntries;
+}
+
+void addPages(DiscPlan& plan, const Project& project) {
+    plan.pages.clear();
+    for (DiscFilm& film : plan.films)
+        film.excerpts.clear();
+    plan.filmPages = {0, project.hasMenu ? pagesFor(plan.films.size()) : 0};
+    for (std::size_t i = 0; i < plan.filmPages.count; ++i)
+        plan.pages.push_back(filmPage(plan, i, project.labels));
+    for (DiscFilm& film : plan.films) {
+        film.chapterPages.first = plan.pages.size();
+        for (std::size_t i = 0; i < film.chapterPages.count; ++i)
+            plan.pages.push_back(chapterPage(film, i, project.labels));
+    }
+    for (MenuPage& page : plan.pages)
+        place(page, plan.films);
+}
+
+}  // namespace tkv::disc

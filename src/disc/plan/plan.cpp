@@ -1,0 +1,152 @@
+#include "disc/plan/plan.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <utility>
+
+#include "disc/film/dvd_ready.h"
+#include "disc/plan/chapters.h"
+#include "disc/plan/menu_pages.h"
+#include "disc/project/names.h"
+
+namespace tkv::disc {
+
+namespace {
+
+// Films of 24 pictures a second say nothing: they stand equally well on both.
+Standard standardOf(const std::vector<DiscFilm>& films) {
+    int balance = 0;
+    for (const DiscFilm& film : films) {
+        const double rate = film.film.video.frameRate.perSecond();
+        const auto suits = [rate](double wanted) {
+            return std::abs(rate - wanted) < 0.5 || std::abs(rate - 2 * wanted) < 0.5;
+        };
+        if (suits(25)) ++balance;
+        if (suits(30)) --balance;
+    }
+    return balance < 0 ? Standard::ntsc : Standard::pal;
+}
+
+// What the films' folder is called, when they have one in common.
+std::string titleOf(const Project& project) {
+    if (project.title) return *project.title;
+    if (project.films.empty()) return "";
+    const auto folder = [](const FilmRequest& film) {
+        return std::filesystem::path(film.path).parent_path();
+    };
+    const auto first = folder(project.films.front());
+    const bool isCommon = std::ranges::all_of(
+        project.films, [&](const FilmRequest& film) { return folder(film) == first; });
+    return isCommon && first.has_filename() ? readableName(first.string()) : "";
+}
+
+Span spanOf(const FilmRequest& request, const Film& film) {
+    if (request.excerpt) return {*request.excerpt, *request.excerpt};
+    // Films begin and end with names and logos.
+    return {film.seconds * 0.1, film.seconds * 0.9};
+}
+
+// What is known of the films before they are converted.
+std::vector<DiscFilm> recordsOf(const Project& project, std::vector<Film> films) {
+    std::vector<DiscFilm> records(films.size());
+    for (std::size_t i = 0; i < films.size(); ++i) {
+        DiscFilm& record = records[i];
+        record.number = i;
+        record.request = project.films[i];
+        record.film = std::move(films[i]);
+        record.caption = captionOf(record.request, record.film.title);
+        record.span = spanOf(record.request, record.film);
+        record.page = i / kPageEntries;
+        record.button = i % kPageEntries;
+    }
+    return records;
+}
+
+void convert(DiscFilm& film, const Project& project, Standard standard, bool isCopied) {
+    Conversion& conversion = film.conversion;
+    conversion = conversionOf(film.film, standard, isCopied);
+    conversion.evensLoudness = project.evenVolume;
+    ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
+    conversion.chapters = std::move(list.chapters);
+    const bool hasMenu = project.hasMenu && list.hasMenu;
+    film.chapterPages.count = hasMenu ? pagesFor(conversion.chapters.size()) : 0;
+}
+
+// What the keys do that belong to no page.
+void setKeys(DiscPlan& plan, const Project& project) {
+    const bool hasMenu = project.hasMenu;
+    plan.start = ShowFilms{0};
+    if (project.playsFirstFilm || !hasMenu) plan.start = PlayFilm{0, 0};
+    plan.titleKey = hasMenu ? Action(BackToFilms{}) : Action(PlayFilm{0, 0});
+    for (DiscFilm& film : plan.films) {
+        film.keys.menu = ShowFilms{film.page, film.button};
+        if (film.chapterPages.count > 0) film.keys.menu = BackToChapters{};
+        if (!hasMenu) film.keys.menu = PlayFilm{0, 0};
+        film.keys.end = hasMenu ? Action(BackToStart{}) : Action(StopDisc{});
+        film.keys.next.reset();
+        if (film.number + 1 < plan.films.size()) film.keys.next = PlayFilm{film.number + 1, 0};
+    }
+}
+
+// The largest of the films that are copied; null when there is none.
+DiscFilm* largestCopied(std::vector<DiscFilm>& films) {
+    DiscFilm* largest = nullptr;
+    for (DiscFilm& film : films) {
+        if (!film.conversion.isCopied) continue;
+        if (largest == nullptr || film.film.source.bytes > largest->film.source.bytes)
+            largest = &film;
+    }
+    return largest;
+}
+
+void setRates(DiscPlan& plan, const Rates& rates) {
+    plan.menuRate = rates.menu;
+    plan.bytes = rates.bytes;
+    plan.missing = rates.missing;
+    for (DiscFilm& film : plan.films)
+        film.conversion.videoRate = rates.video[film.number];
+}
+
+}  // namespace
+
+DiscLoad loadOf(const DiscPlan& plan) {
+    DiscLoad load;
+    for (const DiscFilm& film : plan.films) {
+        const Conversion& conversion = film.conversion;
+        load.films.push_back({conversion.seconds, conversion.soundRate,
+                              conversion.isCopied ? film.film.source.bytes : 0});
+    }
+    load.menuSeconds =
+        static_cast<double>(plan.pages.size()) * factsOf(plan.standard).menuSeconds();
+    return load;
+}
+
+DiscPlan planDisc(const Project& project, std::vector<Film> films) {
+    DiscPlan plan;
+    plan.films = recordsOf(project, std::move(films));
+    plan.standard = project.standard.value_or(standardOf(plan.films));
+    plan.size = project.size;
+    plan.title = titleOf(project);
+    plan.language = project.labels.language;
+    for (DiscFilm& film : plan.films) {
+        const bool isReady = whyNotDvdReady(film.film, plan.standard).empty();
+        convert(film, project, plan.standard, isReady && !project.evenVolume);
+    }
+    // Films that are ready stay as they are, unless there is no room for them.
+    while (true) {
+        setKeys(plan, project);
+        addPages(plan, project);
+        const Rates rates = shareRates(loadOf(plan), plan.size);
+        DiscFilm* const largest = rates.missing > 0 ? largestCopied(plan.films) : nullptr;
+        if (largest == nullptr) {
+            setRates(plan, rates);
+            return plan;
+        }
+        convert(*largest, project, plan.standard, false);
+    }
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,113 @@
+#pragma once
+
+// What stands on a disc, and where each button leads:
+//
+//     const DiscPlan plan = planDisc(project, films);
+//     if (plan.missing > 0) return;                     // too full, by so many bytes
+//     for (const MenuPage& page : plan.pages)           // every page of every menu
+//         for (const Button& button : page.buttons)
+//             std::visit(follow, button.action);        // PlayFilm, ShowChapters, …
+//
+// Films, pages, buttons and chapters count from 0.
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "disc/film/film.h"
+#include "disc/plan/budget.h"
+#include "disc/plan/conversion.h"
+#include "disc/plan/keys.h"
+#include "disc/project/project.h"
+
+namespace tkv::disc {
+
+/// Films on one page, chapters too.
+inline constexpr std::size_t kPageEntries = 9;
+
+/// A part of a film, in seconds of the film as it came: what is to be shown of it begins with the
+/// first picture on which something is to be seen.
+struct Span {
+    double from = 0;
+    double until = 0;  ///< not above `from`: it begins there, whatever is to be seen
+    bool operator==(const Span&) const = default;
+};
+
+/// The moving pictures of a thumbnail.
+struct Excerpt {
+    Span span;
+    PixelSize size;  ///< of a picture
+};
+
+struct Thumbnail {
+    std::size_t film = 0;
+    std::size_t excerpt = 0;  ///< among those of the film
+};
+
+struct Button {
+    std::string name;  ///< in the button map
+    std::string text;  ///< the caption or label
+    Action action;     ///< when it is pressed
+    Arrows arrows{};
+};
+
+struct MenuPage {
+    std::string name;                 ///< of its pictures: "films-1", "film-2-chapters-1"
+    std::optional<std::size_t> film;  ///< whose chapters it shows; none: the films
+    std::string title;
+    bool isMain = false;                ///< are up to four thumbnails shown big?
+    std::vector<Thumbnail> thumbnails;  ///< their buttons come first
+    std::vector<Button> buttons;        ///< in the order of the button map
+};
+
+/// Some pages of a plan.
+struct PageRange {
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+/// A film of the disc: what was asked, what was found, and what is decided.
+struct DiscFilm {
+    std::size_t number = 0;  ///< among the disc's films
+    FilmRequest request;
+    Film film;
+    std::string caption;
+    Conversion conversion;
+    Span span;                      ///< where something of the whole film is to be seen
+    std::vector<Excerpt> excerpts;  ///< all that pages show of it
+    PageRange chapterPages;         ///< its chapter menu; none without one
+    FilmKeys keys;
+    std::size_t page = 0;    ///< of the films' pages, the one that shows it
+    std::size_t button = 0;  ///< its button there
+};
+
+struct DiscPlan {
+    Standard standard = Standard::pal;
+    DiscSize size = DiscSize::dvd5;
+    std::string title;     ///< may be empty
+    std::string language;  ///< of the menus
+    std::vector<DiscFilm> films;
+    std::vector<MenuPage> pages;  ///< those of the films, then those of each film's chapters
+    PageRange filmPages;          ///< none on a disc that just plays
+    Action start;                 ///< when the disc is put in
+    Action titleKey;              ///< the Title key, everywhere
+    int menuRate = 0;             ///< kb/s of the menus' pictures
+    std::int64_t bytes = 0;       ///< of the finished disc, at most, as far as can be told
+    std::int64_t missing = 0;     ///< bytes by which it is too full at the lowest rates; mostly 0
+
+    std::span<const MenuPage> pagesIn(const PageRange& range) const {
+        return std::span(pages).subspan(range.first, range.count);
+    }
+};
+
+/// The plan of a disc, also of one that nobody can make: without a film, or too full. `films`:
+/// those of the project, in its order, their frames counted.
+DiscPlan planDisc(const Project& project, std::vector<Film> films);
+
+/// What the plan's films and menus put on the disc.
+DiscLoad loadOf(const DiscPlan& plan);
+
+}  // namespace tkv::disc

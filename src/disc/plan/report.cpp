@@ -1,0 +1,127 @@
+#include "disc/plan/report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "disc/project/names.h"
+#include "system/paths.h"
+
+namespace tkv::disc {
+
+namespace {
+
+double playingTime(const DiscPlan& plan) {
+    double seconds = 0;
+    for (const DiscFilm& film : plan.films)
+        seconds += film.conversion.seconds;
+    return seconds;
+}
+
+std::string counted(std::size_t count, std::string_view what) {
+    return fmt::format("{} {}{}", count, what, count == 1 ? "" : "s");
+}
+
+std::string_view standardName(Standard standard) {
+    return standard == Standard::pal ? "PAL" : "NTSC";
+}
+
+std::string gigabytes(std::int64_t bytes) {
+    return fmt::format("{:.2f} GB", static_cast<double>(bytes) / 1e9);
+}
+
+// A path as one word of a shell's command.
+std::string shellWord(const std::string& path) {
+    constexpr std::string_view kPlain =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789/._-+,:@";
+    if (path.find_first_not_of(kPlain) == std::string::npos) return path;
+    std::string word = "'";
+    for (const char byte : path) {
+        if (byte == '\'') {
+            word += "'\\''";
+        } else {
+            word += byte;
+        }
+    }
+    return word + "'";
+}
+
+std::string filmLine(const DiscFilm& film) {
+    const VideoTrack& video = film.film.video;
+    const Conversion& conversion = film.conversion;
+    std::string line = fmt::format(
+        "  {}  {}, {} x {}, {:.4g} frames a second: ", timeText(std::round(film.film.seconds)),
+        lastComponent(film.request.path), video.shown.width, video.shown.height,
+        video.frameRate.perSecond());
+    if (conversion.isCopied) return line + "copied as it is";
+    line += fmt::format("{} at {} kb/s", conversion.isWide ? "16:9" : "4:3", conversion.videoRate);
+    return conversion.note.empty() ? line : fmt::format("{}, {}", line, conversion.note);
+}
+
+}  // namespace
+
+std::vector<std::string> planLines(const DiscPlan& plan) {
+    std::vector<std::string> lines{
+        fmt::format("{}, {}, {}, {}, about {} of {}", standardName(plan.standard),
+                    counted(plan.films.size(), "film"), timeText(std::round(playingTime(plan))),
+                    counted(plan.pages.size(), "menu page"), gigabytes(plan.bytes),
+                    gigabytes(capacityOf(plan.size)))};
+    for (const DiscFilm& film : plan.films)
+        lines.push_back(filmLine(film));
+    return lines;
+}
+
+std::string whyNoDisc(const DiscPlan& plan) {
+    if (plan.films.empty()) return "There is no film. Name the files of some.";
+    if (plan.films.size() > kMostFilms) {
+        return fmt::format("{} films are too many: a disc holds {}.", plan.films.size(),
+                           kMostFilms);
+    }
+    if (plan.missing == 0) return {};
+    const double minutes = static_cast<double>(plan.missing) /
+                           static_cast<double>(filmBytes(60, kLeastVideoRate + kStereoRate));
+    const bool isSmall = plan.size == DiscSize::dvd5;
+    return fmt::format(
+        "The films are about {:.0f} min too long for a {} disc, even at {} kb/s. Leave some "
+        "out{}.",
+        std::ceil(minutes), isSmall ? "single-layer" : "dual-layer", kLeastVideoRate,
+        isSmall ? ", or take a dual-layer one: --size dvd9" : "");
+}
+
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
+                                   std::int64_t bytes) {
+    const std::string disc = options.output + (options.makesImage ? "/disc.iso" : "/disc");
+    std::vector<std::string> lines{
+        fmt::format("Made in {}:", options.output),
+        fmt::format("  disc/       {}, {}, {}, {}", standardName(plan.standard),
+                    counted(plan.films.size(), "film"), counted(plan.pages.size(), "menu page"),
+                    gigabytes(bytes))};
+    if (options.makesImage) lines.emplace_back("  disc.iso    the same as a disc image");
+    if (!plan.pages.empty()) lines.emplace_back("  menus/      pictures of the menus");
+    lines.emplace_back("  jacket.jpg  for the case");
+    if (bytes > capacityOf(plan.size))
+        lines.emplace_back("It is too large for the blank disc that was asked for.");
+    lines.push_back(fmt::format("Play it:  vlc {}", shellWord("dvd://" + disc)));
+    lines.push_back(fmt::format("Burn it:  growisofs -dvd-compat -Z /dev/sr0{}{}",
+                                options.makesImage ? "=" : " -dvd-video ", shellWord(disc)));
+    return lines;
+}
+
+std::vector<std::string> previewLines(const Options& options, const DiscPlan& plan) {
+    return {fmt::format("Drawn in {}/menus: {}", options.output,
+                        counted(plan.pages.size(), "menu page"))};
+}
+
+std::vector<std::string> writtenLines(const Options& options) {
+    const std::string file = shellWord(options.projectFile);
+    return {fmt::format("Written: {}", file),
+            fmt::format("Make the disc with: tkvDvdDisc {} -o FOLDER", file)};
+}
+
+std::string jacketLine(const DiscPlan& plan, std::string_view label) {
+    const double minutes = std::max(1.0, std::round(playingTime(plan) / 60));
+    return withNumber(label, static_cast<int>(minutes));
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "disc/plan/plan.h"
+#include "disc/project/command_line.h"
+
+// What the program tells of a disc, line by line.
+
+namespace tkv::disc {
+
+/// What is going to be made of which film.
+std::vector<std::string> planLines(const DiscPlan& plan);
+
+/// Why nobody can make the disc of a plan: it has no film, too many, or is too full. Empty when it
+/// can be made.
+std::string whyNoDisc(const DiscPlan& plan);
+
+/// What was made, and how to play and burn it. `bytes`: of the disc.
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
+                                   std::int64_t bytes);
+
+/// The same of a run that has only drawn menus.
+std::vector<std::string> previewLines(const Options& options, const DiscPlan& plan);
+
+/// What follows on a project file: how to make its disc.
+std::vector<std::string> writtenLines(const Options& options);
+
+/// The jacket's line of text: how long the films are. `label`: as Labels::minutes.
+std::string jacketLine(const DiscPlan& plan, std::string_view label);
+
+}  // namespace tkv::disc

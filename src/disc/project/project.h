@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "disc/project/labels.h"
+#include "disc/project/standard.h"
+
+// What a person asks for, on the command line or in a project file. Nothing in it has been compared
+// with the films yet.
+
+namespace tkv::disc {
+
+/// Films that one disc can hold.
+inline constexpr std::size_t kMostFilms = 99;
+
+/// Seconds. A film that says it is longer counts as this long, which no disc holds; what is damaged
+/// may name any time at all.
+inline constexpr double kLongestFilm = 100 * 3600;
+
+/// The kinds of blank discs, single and dual layer.
+enum class DiscSize { dvd5, dvd9 };
+
+/// A point where a chapter begins.
+struct Chapter {
+    double seconds = 0;  ///< from the film's first frame
+    std::string name;    ///< empty: the menu numbers it
+    bool operator==(const Chapter&) const = default;
+};
+
+/// Where the chapters of films come from that are not given any by hand.
+struct ChapterRule {
+    enum class Source {
+        marks,  ///< the film's own; a film without has no chapter menu
+        every,  ///< one each `seconds`
+        none,   ///< no chapter menus
+    };
+    Source source = Source::marks;
+    double seconds = 0;
+    bool operator==(const ChapterRule&) const = default;
+};
+
+struct FilmRequest {
+    std::string path;  ///< absolute; a film, a VIDEO_TS folder, or the first VOB of a title
+    std::optional<std::string> caption;
+    std::optional<double> excerpt;  ///< seconds at which the thumbnail's excerpt begins
+    std::optional<std::vector<Chapter>> chapters;
+    bool operator==(const FilmRequest&) const = default;
+};
+
+/// Instead of a path: a background or music that is not wanted.
+inline constexpr std::string_view kNone = "none";
+
+struct Project {
+    std::vector<FilmRequest> films;
+    std::optional<std::string> title;
+    std::optional<std::string> background;  ///< absolute path of a picture, or kNone
+    std::optional<std::string> music;       ///< the same of the menus' sound
+    std::optional<Standard> standard;       ///< by default what most films suggest
+    DiscSize size = DiscSize::dvd5;
+    ChapterRule chapters;
+    bool evenVolume = false;      ///< are the films made equally loud?
+    bool playsFirstFilm = false;  ///< before the menu comes
+    bool hasMenu = true;
+    Labels labels;
+    bool operator==(const Project&) const = default;
+};
+
+}  // namespace tkv::disc

@@ -1,0 +1,138 @@
+#include "disc/project/project_text.h"
+
+#include <fmt/format.h>
+#include <toml++/toml.h>
+
+#include <sstream>
+
+#include "disc/project/names.h"
+#include "disc/project/settings.h"
+#include "disc/run/fault.h"
+#include "system/unicode.h"
+
+namespace tkv::disc {
+
+namespace {
+
+constexpr const char* kHead =
+    R"(# What is to stand on a disc. To make it: tkvDvdDisc THIS.toml -o FOLDER
+#
+# Settings behind a # are defaults or examples: take the # away and change them.
+# Paths begin in the folder of this file.
+)";
+constexpr const char* kAboveLabels = R"(
+# The texts of the menus. A number takes the place of {}.
+[labels]
+)";
+constexpr const char* kAboveFilms = R"(
+# The films, in their order; for each:
+#   path      a film, a VIDEO_TS folder, or the first VOB of a title
+#   caption   what the menu calls it
+#   excerpt   where the menu's moving picture begins; else where something is to be seen
+#   chapters  where they begin, with names or without; [] for none; else as said above
+)";
+constexpr const char* kExcerptExample = "#excerpt = \"1:23\"\n";
+constexpr const char* kChaptersExample = "#chapters = [\"0:00 Departure\", \"12:34\"]\n";
+
+// As TOML quotes a text.
+std::string quoted(const std::string& text) {
+    if (!isUtf8(text))
+        throw DiscError(
+            fmt::format("'{}' is not UTF-8, and a project file holds nothing else; rename it",
+                        validUtf8(text)));
+    std::ostringstream out;
+    const toml::value<std::string> value(text);
+    out << toml::toml_formatter(value, toml::format_flags::allow_unicode_strings);
+    return out.str();
+}
+
+// A path as it is written: that of a file below the folder begins there.
+std::string shortPath(const std::string& path, const std::string& folder) {
+    const std::string inside = folder == "/" ? folder : folder + "/";
+    if (!path.starts_with(inside) || path == inside) return path;
+    const std::string relative = path.substr(inside.size());
+    return relative.starts_with('~') ? "./" + relative : relative;
+}
+
+class Writer {
+  public:
+    Writer(const Project& project, const std::string& folder)
+        : project_(project), folder_(folder), text_(kHead) {}
+
+    void writeSettings() {
+        static const Project defaults;
+        for (const TextSetting& setting : textSettings()) {
+            const auto value = setting.text(project_);
+            const bool isDefault = value == setting.text(defaults);
+            text_ += fmt::format("\n# {}\n", setting.explanation);
+            const std::string shown = value.value_or(std::string(setting.example));
+            writeLine(isDefault, setting.name,
+                      quoted(setting.isPath && shown != kNone ? shortPath(shown, folder_) : shown));
+        }
+        for (const FlagSetting& flag : kFlagSettings) {
+            const bool value = project_.*flag.value;
+            text_ += fmt::format("\n# {}\n", flag.explanation);
+            writeLine(value == defaults.*flag.value, flag.name, value ? "true" : "false");
+        }
+    }
+
+    void writeLabels() {
+        text_ += kAboveLabels;
+        const Labels defaults = labelsOf(project_.labels.language);
+        for (const LabelName& label : kLabelNames) {
+            const std::string& value = project_.labels.*label.text;
+            writeLine(value == defaults.*label.text, label.name, quoted(value));
+        }
+    }
+
+    void writeFilm(const FilmRequest& request) {
+        text_ += "\n[[film]]\n";
+        writeLine(false, "path", quoted(shortPath(request.path, folder_)));
+        writeLine(false, "caption", quoted(captionOf(request, "")));
+        if (request.excerpt) {
+            writeLine(false, "excerpt", quoted(timeText(*request.excerpt)));
+        } else {
+            text_ += kExcerptExample;
+        }
+        if (request.chapters) {
+            writeChapters(*request.chapters);
+        } else {
+            text_ += kChaptersExample;
+        }
+    }
+
+    void append(const char* text) { text_ += text; }
+    const std::string& text() const { return text_; }
+
+  private:
+    const Project& project_;
+    std::string folder_, text_;
+
+    void writeLine(bool isComment, std::string_view key, std::string_view value) {
+        text_ += fmt::format("{}{} = {}\n", isComment ? "#" : "", key, value);
+    }
+
+    void writeChapters(const std::vector<Chapter>& chapters) {
+        std::string list;
+        for (const Chapter& chapter : chapters) {
+            const std::string time = timeText(chapter.seconds);
+            list += fmt::format("    {},\n",
+                                quoted(chapter.name.empty() ? time : time + " " + chapter.name));
+        }
+        writeLine(false, "chapters", list.empty() ? "[]" : "[\n" + list + "]");
+    }
+};
+
+}  // namespace
+
+std::string projectFileText(const Project& project, const std::string& folder) {
+    Writer writer(project, folder);
+    writer.writeSettings();
+    writer.writeLabels();
+    writer.append(kAboveFilms);
+    for (const FilmRequest& film : project.films)
+        writer.writeFilm(film);
+    return writer.text();
+}
+
+}  // namespace tkv::disc

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+// What this process was started with, and what counts for all of it.
+
+namespace tkv::disc {
+
+/// The absolute path of the current folder. Throws std::filesystem::filesystem_error when it is
+/// gone.
+std::string currentFolder();
+
+/// The language of the user's messages, as a locale: the first of LC_ALL, LC_MESSAGES and LANG
+/// that is set and not empty.
+std::string userLanguage();
+
+/// Has dates written in another language, and Chinese characters in the shapes that it prefers.
+/// Counts for the whole process and the programs that it starts; to be called before there is
+/// another thread. `language`: two letters of ISO 639-1.
+void useLanguage(const std::string& language);
+
+/// Whether a program of this name is found by $PATH.
+bool isInPath(const std::string& program);
+
+}  // namespace tkv::disc

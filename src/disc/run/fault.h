@@ -1,0 +1,32 @@
+#pragma once
+
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace tkv::disc {
+
+/// Why there will be no disc.
+struct Fault {
+    std::string about;  ///< the path of a film or file, or a setting ("--music"); empty: neither
+    std::string words;  ///< a sentence or two: what is wrong, the cause, and what to do about it
+    bool operator==(const Fault&) const = default;
+};
+
+/// Ends a run with a fault.
+class DiscError : public std::runtime_error {
+  public:
+    /// `about`: as Fault has it.
+    explicit DiscError(const std::string& words, std::string about = {})
+        : std::runtime_error(words), about_(std::move(about)) {}
+
+    Fault fault() const { return {about_, what()}; }
+
+  private:
+    std::string about_;
+};
+
+/// Thrown where a run that is asked to stop notices it.
+class Interrupted {};
+
+}  // namespace tkv::disc

@@ -1,0 +1,37 @@
+#include "disc/run/own_folder.h"
+
+#include <fcntl.h>
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
+
+#include "disc/run/fault.h"
+#include "system/descriptor.h"
+#include "system/paths.h"
+
+namespace tkv::disc {
+
+namespace fs = std::filesystem;
+
+void ownFolder(const std::string& path) {
+    std::error_code error;
+    fs::create_directories(path, error);
+    if (error) throw DiscError(fmt::format("{} cannot be made: {}.", path, error.message()), path);
+    const std::string marker = joinPath(path, kMarker);
+    const bool isMarked = fs::exists(marker, error);
+    if (!isMarked && !error && !fs::is_empty(path, error) && !error) {
+        throw DiscError(fmt::format("{} holds files of others, which are not to be mixed with a "
+                                    "disc. Name another folder with -o.",
+                                    path),
+                        path);
+    }
+    const Descriptor file(open(marker.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
+    if (file.number() >= 0) return;
+    throw DiscError(
+        fmt::format("{} cannot be written to: {}.", path, std::generic_category().message(errno)),
+        path);
+}
+
+}  // namespace tkv::disc

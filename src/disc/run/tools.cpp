@@ -1,0 +1,119 @@
+#include "disc/run/tools.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <system_error>
+#include <utility>
+
+#include "disc/run/environment.h"
+#include "disc/run/fault.h"
+
+namespace tkv::disc {
+
+namespace {
+
+std::string_view packageOf(std::string_view program) {
+    if (program == "ffprobe") return "ffmpeg";
+    if (program == "spumux") return "dvdauthor";
+    return program;
+}
+
+[[noreturn]] void complainMissing(std::string_view program) {
+    throw DiscError(fmt::format("The program {} is missing. Install the package {}.", program,
+                                packageOf(program)));
+}
+
+// How the program ended, as the end of a sentence; empty when all is well.
+std::string complaint(const ProgramEnd& end, const std::string& program, const std::string& errors,
+                      bool hasErrorLine) {
+    const std::string words = lastWords(errors);
+    switch (end.how) {
+        case ProgramEnd::How::notStarted:
+        case ProgramEnd::How::noFile:
+            return std::generic_category().message(end.status);
+        case ProgramEnd::How::killed:
+            if (end.status == SIGXFSZ) return std::generic_category().message(EFBIG);
+            return fmt::format("{} was ended by signal {}", program, end.status);
+        default:
+            break;
+    }
+    if (end.status == 0 && !hasErrorLine) return "";
+    return words.empty() ? fmt::format("{} ended with status {}", program, end.status) : words;
+}
+
+}  // namespace
+
+void requirePrograms(const std::vector<std::string>& names) {
+    for (const std::string& name : names) {
+        if (!isInPath(name)) complainMissing(name);
+    }
+}
+
+std::string Tools::run(Program program, const Failure& failure) const {
+    std::string errors;
+    bool hasErrorLine = false;
+    program.onError = [&](std::string_view line) {
+        if (line.starts_with("ERR")) {
+            // What it says after its error does not matter any more.
+            if (!hasErrorLine) errors.clear();
+            hasErrorLine = true;
+        }
+        if (!hasErrorLine || line.starts_with("ERR")) errors += fmt::format("{}\n", line);
+    };
+    program.folder = folder_;
+    const std::string name = program.command.front();
+    const ProgramEnd end = runProgram(std::move(program), stop_);
+    if (end.how == ProgramEnd::How::stopped) throw Interrupted();
+    if (end.how == ProgramEnd::How::notStarted && end.status == ENOENT) complainMissing(name);
+    const std::string cause = complaint(end, name, errors, hasErrorLine);
+    if (cause.empty()) return errors;
+    throw DiscError(fmt::format("{}: {}.{}{}", failure.task, cause,
+                                failure.advice.empty() ? "" : " ", failure.advice),
+                    failure.about);
+}
+
+std::string Tools::run(const std::vector<std::string>& command, const Failure& failure) const {
+    Program program;
+    program.command = command;
+    return run(std::move(program), failure);
+}
+
+int Tools::encode(const std::vector<std::string>& command, const Failure& failure,
+                  const std::function<void(double seconds)>& onSeconds, Descriptor input) const {
+    int frames = 0;
+    Program program;
+    program.command = command;
+    program.stream = std::move(input);
+    program.onOutput = [&](std::string_view line) {
+        const auto valueOf = [line](std::string_view key, auto& value) {
+            if (!line.starts_with(key)) return false;
+            const std::string_view text = line.substr(key.size());
+            return std::from_chars(text.data(), text.data() + text.size(), value).ec == std::errc();
+        };
+        std::int64_t microseconds = 0;
+        valueOf("frame=", frames);
+        if (valueOf("out_time_us=", microseconds) && onSeconds)
+            onSeconds(static_cast<double>(microseconds) / 1e6);
+    };
+    run(std::move(program), failure);
+    return frames;
+}
+
+std::string lastWords(std::string_view lines) {
+    while (lines.ends_with('\n') || lines.ends_with('.') || lines.ends_with(' '))
+        lines.remove_suffix(1);
+    std::string_view last = lines.substr(lines.rfind('\n') + 1);
+    // "[mpeg2video @ 0x5581] ", "ERR:  ", "file:a film.mp4: "
+    if (last.starts_with('[') && last.find("] ") != std::string_view::npos)
+        last.remove_prefix(last.find("] ") + 2);
+    if (const std::size_t colon = last.rfind(": "); colon != std::string_view::npos)
+        last.remove_prefix(colon + 2);
+    while (last.starts_with(' '))
+        last.remove_prefix(1);
+    return std::string(last);
+}
+
+}  // namespace tkv::disc

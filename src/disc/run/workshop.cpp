@@ -1,0 +1,111 @@
+#include "disc/run/workshop.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <utility>
+
+#include "disc/run/own_folder.h"
+#include "system/paths.h"
+
+namespace tkv::disc {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kUnfinished = "unfinished";
+
+// To be changed when the program makes something else of the same inputs.
+constexpr const char* kRecipe = "1";
+
+// FNV-1a with 64 bits, as its authors give it. Each word ends with a byte that no word holds.
+std::uint64_t hashOf(const std::vector<std::string>& words) {
+    std::uint64_t hash = 0xcbf29ce484222325U;
+    const auto take = [&hash](char byte) {
+        hash = (hash ^ static_cast<unsigned char>(byte)) * 0x100000001b3U;
+    };
+    for (const std::string& word : words) {
+        for (const char byte : word)
+            take(byte);
+        take('\0');
+    }
+    return hash;
+}
+
+}  // namespace
+
+Workshop::Workshop(std::string folder, ProgramStop& stop)
+    : folder_(std::move(folder)), tools_(folder_, stop), used_{kMarker} {
+    ownFolder(folder_);
+    fs::remove_all(path(kUnfinished));
+    fs::create_directory(path(kUnfinished));
+}
+
+Workshop::~Workshop() {
+    std::error_code error;
+    fs::remove_all(path(kUnfinished), error);
+}
+
+std::string Workshop::path(std::string_view name) const {
+    return name.empty() ? folder_ : joinPath(folder_, name);
+}
+
+std::string Workshop::nameOf(std::string_view kind, std::string_view extension,
+                             const std::vector<std::string>& inputs) {
+    std::vector<std::string> words = inputs;
+    words.emplace_back(kRecipe);
+    return fmt::format("{}-{:016x}{}", kind, hashOf(words), extension);
+}
+
+bool Workshop::has(const std::string& name) {
+    if (!fs::exists(path(name))) return false;
+    const std::lock_guard lock(mutex_);
+    used_.insert(name);
+    return true;
+}
+
+std::string Workshop::result(const std::string& name,
+                             const std::function<void(const std::string&)>& make) {
+    if (has(name)) return name;
+    make(unfinished(name));
+    finish(name);
+    return name;
+}
+
+std::string Workshop::unfinished(const std::string& name) {
+    return fmt::format("{}/{}", kUnfinished, name);
+}
+
+std::string Workshop::newFolder(const std::string& name) const {
+    fs::create_directory(path(unfinished(name)));
+    return unfinished(name);
+}
+
+void Workshop::finish(const std::string& name) {
+    fs::rename(path(unfinished(name)), path(name));
+    const std::lock_guard lock(mutex_);
+    used_.insert(name);
+}
+
+Workshop::Lock::Lock(Workshop& workshop, const std::string& name)
+    : workshop_(workshop), name_(name) {
+    std::unique_lock lock(workshop_.mutex_);
+    workshop_.changed_.wait(lock, [&] { return !workshop_.locks_.contains(name_); });
+    workshop_.locks_.insert(name_);
+}
+
+Workshop::Lock::~Lock() {
+    const std::lock_guard lock(workshop_.mutex_);
+    workshop_.locks_.erase(name_);
+    workshop_.changed_.notify_all();
+}
+
+void Workshop::removeUnused() const {
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) {
+        if (!used_.contains(entry.path().filename().string())) fs::remove_all(entry.path());
+    }
+}
+
+}  // namespace tkv::disc
