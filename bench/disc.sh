@@ -1,7 +1,7 @@
 # Sourced by compare.sh: the workload D1, from films to a disc.
 #
-# Three films of two minutes in 1080p, one of them with a chapter menu, against nothing but ffmpeg's
-# encoding of the same films with the same settings, one after another.
+# Three films of two minutes in 1080p, one of them with a chapter menu, against ffmpeg
+# encoding the same films with the same settings, one after another.
 
 # Slow camera moves over painted pictures, with film grain: what an H.264 camera file holds.
 make_films() { # FOLDER
@@ -32,7 +32,8 @@ path = "2.mp4"
 END
 }
 
-# Sets `elapsed`, microseconds, and `memory`, KiB of the program without those that it starts.
+# Sets `elapsed`, microseconds, and `memory`, the peak resident size in KiB, child processes not
+# counted.
 time_disc() { # WORDS...
     local start=${EPOCHREALTIME/./} process status
     "$bin/tkvDvdDisc" "$@" --quiet >"$log" 2>&1 &

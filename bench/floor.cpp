@@ -1,6 +1,7 @@
-// The codec floor of a menu page: each distinct input decoded once, each distinct page encoded
-// once, all files written, and nothing else. No text, no filter, no blending; the decoded pixels
-// are copied to the page only so that the encoder gets content like that of a real one.
+// The codec floor of a menu page, a lower bound: each distinct input decoded once, each distinct
+// page encoded once, all files written, and nothing else. No text, no filter, no blending; the
+// decoded pixels are copied to the page only so that the encoder gets content like that of a real
+// one.
 //
 //   codec_floor OUTPUT FRAMES WIDTHxHEIGHT INPUT...
 //
@@ -71,7 +72,7 @@ void write(const fs::path& path, const CodecMemory& bytes) {
     }
 }
 
-/// The smallest eighths of a side that are not below the shown one.
+/// The smallest scale, in eighths, at which a side is not below the shown one.
 unsigned eighths(unsigned full, unsigned shown) {
     unsigned result = 1;
     while (result < 8 && (full * result + 7) / 8 < shown)
@@ -85,7 +86,7 @@ std::uint32_t dimmed(std::uint32_t pixel) {
     return (pixel >> 1U & 0x7F7F7F7FU) + (pixel >> 3U & 0x1F1F1F1FU);
 }
 
-/// Decodes at the best scaled size and copies what fits to the page.
+/// Decodes at the smallest sufficient scale and copies what fits to the page.
 void decode(const Bytes& file, const Input& input, Page& page) {
     jpeg_error_mgr errors;
     jpeg_decompress_struct codec;

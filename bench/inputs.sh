@@ -15,7 +15,7 @@ make_loops() { # FOLDER FRAMES
     done
 }
 
-# A painted picture with noise of three sizes, so that each scan has something to say.
+# A painted picture with noise of three sizes, so that every progressive scan carries detail.
 make_photo() { # FILE PICTURE WIDTH HEIGHT INTERLACE
     ffmpeg -nostdin -v error -i "$media/$2.jpg" -vf "scale=$3/4:$4/4,noise=alls=14,
         scale=$3/2:$4/2,noise=alls=10,scale=$3:$4,noise=alls=6" -c:v ppm -f image2pipe - |
@@ -43,7 +43,7 @@ wheel/000 4000 3000 Plane
 END
 }
 
-once() { # NAME MAKER [ARGUMENT...]: inputs that are there stay; a broken-off run leaves none.
+once() { # NAME MAKER [ARGUMENT...]: existing inputs are reused; an interrupted run leaves none.
     local folder=$data/$1
     [ ! -d "$folder" ] || return 0
     echo "Making $folder" >&2

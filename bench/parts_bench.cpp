@@ -1,5 +1,5 @@
-// Times the parts that a run of the tool is made of, each alone: decode, scale, text, a pass of the
-// renderer, encode, frame copy.
+// Times the stages of a run of the tool, each alone: decode, scale, text, a pass of the renderer,
+// encode, frame copy.
 
 // libjpeg's header expects this one before it.
 #include <cstdio>
@@ -54,7 +54,7 @@ void scale(Bitmap& target, const Bitmap& picture) {
         abort();
 }
 
-/// A painted picture blown up to the size of a photograph, with the grain of one.
+/// A painted picture upscaled to the size of a photograph, with its grain.
 Bitmap photo() {
     const Bitmap small = must(decodePicture(media("background.jpg")));
     Bitmap large = must(Bitmap::create(kPhoto));
@@ -73,7 +73,7 @@ Bitmap photo() {
     return large;
 }
 
-/// The same coefficients in several scans, as the tool's own encoder never writes them.
+/// The same coefficients as a progressive JPEG, which the tool's own encoder never writes.
 Bytes progressive(const Bytes& baseline) {
     jpeg_error_mgr errors;
     jpeg_decompress_struct from;
@@ -206,7 +206,7 @@ void frameCopy(benchmark::State& state) {
     }
 }
 
-// The first text of a process sets the fonts up. It can be timed once, before any other.
+// The first text of a process initialises the fonts. It can be timed once, before any other.
 BENCHMARK(text)->Name("text/first")->Iterations(1)->Repetitions(1)->Unit(benchmark::kMillisecond);
 BENCHMARK(text)->Name("text/later")->Unit(benchmark::kMicrosecond);
 #define TKV_BENCH(function, ...) \

@@ -43,7 +43,7 @@ run_tool() {
 }
 
 # Calls DRAW SIZE COLOUR ALIGNMENT X Y TEXT for each text of the page; X is its left edge, centre
-# or right edge, Y the top of its capitals.
+# or right edge, Y its cap line.
 for_each_text() { # DRAW
     local i x=(130 360 590) alignment=(left centre right)
     "$1" 16 white left 130 46 "$title"
@@ -62,7 +62,7 @@ drawtext() {
     graph+="shadowcolor=black:shadowy=1"
 }
 
-# ffmpeg's filter that keeps the first frames of a loop instead of decoding them again, if tuned.
+# If tuned, ffmpeg's filter that buffers the frames of a loop instead of decoding them again.
 kept() { # FRAMES
     [ -z "$tuned" ] || [ "$1" -ge "$frames" ] || printf ',loop=-1:%d' "$1"
 }
@@ -104,7 +104,7 @@ run_tuned() { run_ffmpeg "$1" tuned; }
 annotate() {
     local -A at=([left]="NorthWest +$4" [centre]="North $(printf %+d $(($4 - 360)))"
         [right]="NorthEast +$((720 - $4))")
-    local y=$(($5 - $1 / 5)) place=${at[$3]} # Its texts hang from the font's ascent.
+    local y=$(($5 - $1 / 5)) place=${at[$3]} # It places text by the font's ascent.
     command+=(-gravity "${place% *}" -pointsize "$1" -fill black
         -annotate "${place#* }+$((y + 1))" "$6" -fill "$2" -annotate "${place#* }+$y" "$6")
 }
@@ -145,7 +145,7 @@ run_floor() { # FOLDER
     "${meter[@]}" "$bin/codec_floor" "$1" "$frames" "$page" "${inputs[@]}"
 }
 
-# These two say how they are used and fail.
+# These two print their usage and exit with an error status.
 run_spumux() { "${meter[@]}" spumux -h || true; }
 run_usage() { "${meter[@]}" "$bin/tkvDvdMenuImg" || [ $? = 1 ]; }
 run_empty() { "${meter[@]}" "$(type -P true)"; }

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Turns an installation into what Debian wants of a package: compressed man pages, a changelog, a
-# copyright file, links within /usr that are relative, and times that do not tell when it was built.
+# copyright file, links within /usr that are relative, and reproducible times.
 #
 #   debian_files.sh FOLDER PACKAGE VERSION MAINTAINER
 set -eu

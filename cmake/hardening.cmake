@@ -1,4 +1,4 @@
-# A release is hard to turn against its user by what the pictures and films of others hold.
+# Hardening of a release against malicious pictures and films.
 include(CheckCXXCompilerFlag)
 set(hardening -fstack-protector-strong -fstack-clash-protection)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|AMD64")

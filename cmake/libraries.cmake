@@ -1,4 +1,4 @@
-# The libraries behind graphics, system and disc: the floors between know none of them but fmt.
+# The libraries behind graphics, system and disc: the layers between know none of them but fmt.
 find_package(PkgConfig REQUIRED)
 find_package(JPEG REQUIRED)
 find_package(PNG REQUIRED)

@@ -1,4 +1,5 @@
-# Read by cpack as it begins. Everything in a package is of the hour of the last commit.
+# Read by cpack as it begins. All times in a package are that of the last commit
+# (SOURCE_DATE_EPOCH).
 if(NOT DEFINED ENV{SOURCE_DATE_EPOCH})
   execute_process(COMMAND git -C ${CPACK_TKV_SOURCES} log -1 --format=%ct
     OUTPUT_VARIABLE time OUTPUT_STRIP_TRAILING_WHITESPACE ERROR_QUIET)

@@ -1,5 +1,5 @@
-// Linked into every program that is built with sanitizers: what they are to know of this project.
-// Visible, since the sanitizers' library looks the functions up.
+// Linked into every program that is built with sanitizers: the options and suppressions of this
+// project. Exported, since the sanitizers' runtime looks the functions up.
 
 #define TKV_SEEN_OUTSIDE extern "C" __attribute__((visibility("default")))
 
@@ -10,7 +10,7 @@ const char* __lsan_default_options() {
     return "print_suppressions=0";
 }
 
-// Font configuration keeps what it has found until the process ends.
+// Fontconfig caches what it has found until the process exits.
 const char* __lsan_default_suppressions() {
     return "leak:libfontconfig";
 }

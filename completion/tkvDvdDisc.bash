@@ -1,4 +1,4 @@
-# Completes the words of tkvDvdDisc in bash.
+# Completes the arguments of tkvDvdDisc in bash.
 _tkvDvdDisc() {
     local cur prev words cword split
     local films='3gp|avi|dv|flv|m2ts|m4v|mkv|mov|mp4|mpeg|mpg|mts|ogv|ts|vob|webm|wmv'

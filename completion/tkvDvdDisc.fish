@@ -1,4 +1,4 @@
-# Completes the words of tkvDvdDisc in fish.
+# Completes the arguments of tkvDvdDisc in fish.
 
 # Folders, and files of the extensions.
 function __tkvDvdDisc_files

@@ -1,5 +1,5 @@
 #compdef tkvDvdDisc
-# Completes the words of tkvDvdDisc in zsh.
+# Completes the arguments of tkvDvdDisc in zsh.
 
 local films='3gp|avi|dv|flv|m2ts|m4v|mkv|mov|mp4|mpeg|mpg|mts|ogv|ts|vob|webm|wmv'
 local sounds="aac|ac3|flac|m4a|mp3|ogg|opus|wav|$films"

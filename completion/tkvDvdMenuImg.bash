@@ -1,4 +1,4 @@
-# Completes the words of tkvDvdMenuImg in bash.
+# Completes the arguments of tkvDvdMenuImg in bash.
 _tkvDvdMenuImg() {
     local cur prev words cword
     _init_completion || return

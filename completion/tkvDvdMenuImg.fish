@@ -1,4 +1,4 @@
-# Completes the words of tkvDvdMenuImg in fish.
+# Completes the arguments of tkvDvdMenuImg in fish.
 
 # Folders, and files of the extensions.
 function __tkvDvdMenuImg_files

@@ -1,5 +1,5 @@
 #compdef tkvDvdMenuImg
-# Completes the words of tkvDvdMenuImg in zsh.
+# Completes the arguments of tkvDvdMenuImg in zsh.
 
 local picture='picture:_files -g "*.(#i)(jpg|jpeg|png|tif|tiff|bmp|gif|webp|heic|avif|jp2|jpx)(-.)"'
 

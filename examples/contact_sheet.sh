@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Draws the same main menu in twelve scripts, and the jacket with today's date as each language writes
-# it, and joins them in one picture to be looked at: boxes, letters that do not join, lines that are
-# cut or stand askew.
+# it, and joins them in one picture for inspection: missing glyphs (boxes), broken ligatures and
+# joins, clipped lines, uneven baselines.
 #
 #   examples/contact_sheet.sh [SHEET.png]        out/contact-sheet.png below the checkout unless named
 #

@@ -4,7 +4,7 @@
 #include "graphics/formats.h"
 #include "graphics/pixels.h"
 
-// Any pixels through each encoder and back: the size stays, and what is lossless stays as it was.
+// Any pixels through each encoder and back: the size is kept, and lossless formats round-trip.
 
 using namespace tkv;
 using namespace tkv::fuzz;

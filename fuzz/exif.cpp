@@ -1,7 +1,7 @@
 #include "fuzzing.h"
 #include "graphics/orientation.h"
 
-// Any bytes as EXIF data, with the mark in front that JPEG has and without.
+// Any bytes as EXIF data, with and without the header that JPEG puts before them.
 
 using namespace tkv;
 using namespace tkv::fuzz;

@@ -8,7 +8,7 @@
 #include "disc/run/fault.h"
 #include "fuzzing.h"
 
-// Any bytes as what ffprobe answers about a film. A film that comes of it can be planned, as the
+// Any bytes as ffprobe's output about a film. A film that comes of it can be planned, as the
 // preview does without counting its frames, and written into a project file.
 
 using namespace tkv;

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace tkv::fuzz {
 
-/// Ends the process with a line that says what did not hold: the input is a crash then.
+/// Aborts with a line that says what did not hold: the input is a crash then.
 void require(bool holds, std::string_view what);
 
 /// A folder of this process alone, made by the first call, and removed when the process ends. From
@@ -21,14 +21,14 @@ void require(bool holds, std::string_view what);
 /// nowhere.
 const std::string& scratchFolder();
 
-/// Writes a file in that folder, and answers its path.
+/// Writes a file in that folder, and returns its path.
 std::string scratchFile(std::string_view name, const std::uint8_t* data, std::size_t size);
 
-/// Whether it can be drawn: sides and nominal size above 0, no colour above its alpha. Reads every
-/// pixel.
+/// Requires a valid bitmap: sides and nominal size above 0, premultiplied (no colour above its
+/// alpha). Reads every pixel.
 void requireSound(const Bitmap& bitmap);
 
-/// Takes values from the front of an input; at its end they are all 0 or empty.
+/// Consumes values from the front of an input; at its end they are all 0 or empty.
 class Input {
   public:
     Input(const std::uint8_t* data, std::size_t size) : data_(data), end_(data + size) {}
@@ -40,7 +40,7 @@ class Input {
     std::size_t below(std::size_t count) { return byte() % count; }
     /// One of 65,536 values from `least` to `most`.
     double between(double least, double most);
-    /// The bytes up to the next zero, which is taken too, or to the end.
+    /// The bytes up to the next NUL, which is consumed too, or to the end.
     std::string word();
     std::string rest();
 

@@ -9,9 +9,9 @@
 #include "system/files.h"
 #include "system/verbose.h"
 
-// Any words as a command line, each ended by a zero, of the real tool: pages are made of tiny
-// pictures, and earlier outputs are removed. All paths are below the scratch folder, whatever they
-// say: outputs in "out", which each run begins without, pictures in "in", which no run may change.
+// Any NUL-terminated arguments, given to the real tool: pages are made of tiny pictures, and
+// earlier outputs are removed. All paths are confined to the scratch folder: outputs to "out",
+// which is empty at the start of each run, pictures to "in", which no run may change.
 
 using namespace tkv;
 using namespace tkv::fuzz;
@@ -44,7 +44,7 @@ std::map<std::string, FileStamp> stamps() {
     return found;
 }
 
-/// A word without ways that lead up, home or to the root.
+/// A word without path traversal, a home or the root.
 std::string tamed(std::string word) {
     for (std::size_t at = 0; (at = word.find("..")) != std::string::npos;)
         word[at] = '_';
@@ -75,7 +75,7 @@ MenuRequest confined(MenuRequest request) {
 
 bool compose(const MenuRequest& given) {
     const MenuRequest request = confined(given);
-    // Of the hundreds of frames of a menu three tell enough, but for a run that copies them.
+    // Of the hundreds of frames of a menu three are enough, except in a run that copies them.
     if (request.mode != MenuMode::definitive || (isVerbose() == 0 && request.title == "all"))
         return dvdMenuPicture(request);
     int frames = 0;

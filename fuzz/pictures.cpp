@@ -30,7 +30,7 @@ void look(const std::optional<Bitmap>& picture) {
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    // All pixels of a large picture would take the time of thousands of other inputs.
+    // Decoding a large picture in full would take the time of thousands of other inputs.
     constexpr std::int64_t kManyPixels = 4'000'000;
     const std::string path = scratchFile("picture", data, size);
     PixelSize full;

@@ -21,7 +21,7 @@ bool isAtOrAbove(const std::string& folder, const std::string& path) {
 
 void checkVerdict(const std::string& path, const std::string& home, const std::string& login) {
     if (removalVerdict(path, home, login) != RemovalVerdict::allowed) return;
-    // Of a path with a slash behind it the text tells less, and the place of the item the rest.
+    // Of a path with a trailing slash the text tells less, and the item's location the rest.
     const bool hasSlash = path.ends_with('/');
     for (const std::string& kept : {home, "/Users/" + login}) {
         const bool isPiece = !path.empty() && kept.find(path) != std::string::npos;
@@ -73,7 +73,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         if (knowsMounts) places.mountPoints->push_back(place);
         places.homes.push_back("/" + place);
     }
-    // As itemLocation answers it: absolute, and no slash behind it.
+    // As itemLocation returns it: absolute, without a trailing slash.
     std::string location = path.starts_with('/') ? path : "/" + path;
     while (location.size() > 1 && location.ends_with('/'))
         location.pop_back();

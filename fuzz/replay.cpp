@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
         static_cast<void>(std::fflush(stdout));
         const auto bytes = tkv::readFile(file);
         if (!bytes) return 1;
-        // An allocation of its own, behind whose end nobody may read.
+        // A separate allocation, so that the address sanitizer catches over-reads.
         LLVMFuzzerTestOneInput(bytes->data(), bytes->size());
     }
     fmt::print("{} inputs\n", files.size());

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Makes the inputs that fuzzing begins with: a folder for each run of a target, in the folder named.
-# They are small: a fuzzer changes a few bytes at a time. No two runs of this make others.
+# They are small: a fuzzer changes a few bytes at a time. Every run makes the same ones
+# (deterministic).
 set -euo pipefail
 here=$(cd "$(dirname "$0")" && pwd)
 seeds=${1:?"usage: seeds.sh FOLDER"}
@@ -52,7 +53,7 @@ for side in 1 6; do
 done
 printf 'MM\0*\0\0\0\010\0\2\001\017\0\2\0\0\0\4abc\0\001\022\0\3\0\0\0\1\0\3\0\0\0\0\0\0' >exif/big
 
-# Numbers of four bytes, the first byte the highest.
+# Big-endian 32-bit numbers.
 numbers() {
     local number
     for number; do
@@ -116,7 +117,7 @@ for path in / /home/ann /Users/ann/ '/*' ~/a /TKVauthoring/x /a/b.eyetv/c /tmp/x
     printf '\2\1%s\0ann\0ann\0%s\0' "$path" /home/ann/disk >"removal/$(echo "$path" | tr / _)"
 done
 
-# ---- Command lines, each word ended by a zero
+# ---- Command lines, each argument NUL-terminated
 mark=totoCestLePlusBeau
 words() {
     local file=$1

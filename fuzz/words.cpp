@@ -1,7 +1,7 @@
 #include "cli/front_end.h"
 #include "fuzzing.h"
 
-// Any words as a command line, each ended by a zero; what would make the picture only looks.
+// Any NUL-terminated arguments; a stub in place of the composer only inspects the request.
 
 using namespace tkv;
 using namespace tkv::fuzz;

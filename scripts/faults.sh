@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Does to both programs what disks, systems and users do to them, and shows in a table what happened.
-# Ends with status 1 when something is not as it should be.
+# Fault injection: does to both programs what disks, systems and users do, and prints a table of
+# what happened. Ends with status 1 when something is not as it should be.
 #
 #     scripts/faults.sh [GROUP]...    groups: disk paths signals streams system disc
 #

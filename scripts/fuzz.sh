@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Gives the targets of fuzz/ inputs that nobody has thought of, for some time, and tells what came
-# of it. What was learnt stays in build/fuzz/corpus, and the next run goes on from there.
+# Runs the fuzz targets for some time and prints a table of the results. The corpus is kept in
+# build/fuzz/corpus, and the next run continues from there.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -17,16 +17,16 @@ cmake --build --preset fuzz
 build=$PWD/build/fuzz
 fuzz/seeds.sh "$build/fuzz/seeds"
 
-# The promises to people are 1 GiB and 3 s for a file of 10 MB; sanitizers take a multiple of both.
-# What is asked for and never written to costs nothing: readers of pictures with 32-bit lengths in
-# their headers ask for up to 4 GiB before they notice that the file is shorter.
+# The documented limits are 1 GiB and 3 s for a file of 10 MB; sanitizers need a multiple of both.
+# Memory that is allocated but never written to costs nothing: readers of pictures with 32-bit
+# lengths in their headers allocate up to 4 GiB before they notice that the file is shorter.
 limits=(-rss_limit_mb=2560 -malloc_limit_mb=4096 -timeout=15 -max_len=16384)
 export ASAN_OPTIONS=allocator_may_return_null=1 UBSAN_OPTIONS=print_stacktrace=1
 export TMPDIR=$build/fuzz/scratch
 mkdir -p "$build/crashes" "$build/logs" "$TMPDIR"
 trap 'rm -rf "$TMPDIR"' EXIT
 
-# Runs a target for some seconds, and on after each crash; writes its row of the table.
+# Runs a target for some seconds, restarting it after each crash; writes its row of the table.
 fuzz_target() {
     local run=$1 program=$2 until=$((SECONDS + $3)) log=$build/logs/$1.log row=$build/logs/$1.row
     local corpus=$build/corpus/$run dictionary=fuzz/dictionaries/$run.dict folder

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Shows pictures that ask for much more than they are worth to a release of the tool, and tells in a
-# table what each took. Ends with status 1 when one took more than 3 seconds of the processor's time
-# or a gigabyte, or ended the tool.
+# Runs a release of the tool on hostile pictures, such as decompression bombs, and prints a table of
+# the time and memory that each took. Exits with status 1 when one took more than 3 seconds of
+# processor time or a gigabyte, or crashed the tool.
 #
 #     scripts/hostile.sh [TOOL]    another build of the tool, to compare
 set -euo pipefail

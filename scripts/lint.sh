@@ -29,13 +29,13 @@ climbing=$(
 }
 
 find src tests fuzz bench examples -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror
-# (Of bench/floor.cpp it gives one path up, and says so.)
+# (cppcheck bails out of one path in bench/floor.cpp, and reports that.)
 cppcheck -j "$(nproc)" --quiet -I src -I tests -I fuzz --std=c++20 \
     --enable=warning,performance,portability --library=googletest --inline-suppr \
     --suppress=cppcheckError:bench/floor.cpp --error-exitcode=1 src tests fuzz bench
-# Files are joined for clang-tidy, since their headers cost more than they do. Its analyzer looks into
-# joined files where their path says "UnifiedSource"; the rules of a folder are looked for beside what
-# joins its files.
+# Files are joined (a unity build) for clang-tidy, since their headers cost more than they do. Its
+# analyzer looks into joined files where their path says "UnifiedSource"; clang-tidy looks for a
+# folder's .clang-tidy beside the file that joins its files.
 cmake --preset lint >/dev/null
 joined=build/lint/UnifiedSource
 for folder in tests fuzz bench; do

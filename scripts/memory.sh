@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Runs a release of both programs under valgrind, once in each mode, and shows what it complains of
+# Runs a release of both programs under valgrind, once in each mode, and shows what it reports
 # besides what scripts/valgrind.supp leaves to libraries; then measures whether the memory of a run
-# of frames grows. Fails when it complains, or when it grows.
+# of frames grows. Fails when valgrind reports anything, or when the memory grows.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -18,7 +18,7 @@ trap 'rm -rf "$work"' EXIT
 cd "$work"
 isFine=true
 
-# ---- Reads and writes that are wrong, and what is lost
+# ---- Invalid reads and writes, and leaks
 
 # Makes a small video file with sound.
 film() {
@@ -56,7 +56,7 @@ memcheck disc "$bin/tkvDvdDisc" --preview film.mpg -o disc
 
 # ---- Memory from pass 75 to the last
 
-# COMMAND…: its resident kilobytes at passes 75, 150 and 744.
+# COMMAND…: its resident set in kilobytes at passes 75, 150 and 744.
 residents() {
     perl -e '
         use strict;
@@ -75,7 +75,7 @@ residents() {
         exit $? >> 8;' "$@"
 }
 
-# LENGTH: what a run needs whose thumbnails are three loops of so many frames.
+# LENGTH: the memory of a run whose thumbnails are three loops of that many frames.
 flatness() {
     local thumbs="" loop early middle late
     for loop in 1 2 3; do
@@ -88,7 +88,7 @@ flatness() {
     read -r early middle late < <(residents "$bin/tkvDvdMenuImg" -v 1 -mode 0 -thumbs "$thumbs" \
         -captions atotoCestLePlusBeaubtotoCestLePlusBeauc -o "$PWD/frames$1")
     printf '%-10s %9d %9d %9d\n' "$1" "$early" "$middle" "$late"
-    # Until then the pictures are being collected that a run keeps, up to a limit.
+    # Until pass 150 the run may fill its cache of pictures, up to its budget.
     [ $((late - middle)) -le 2048 ] || isFine=false
 }
 

@@ -16,12 +16,13 @@ make_packages() {
     rm -rf build/packages
     cmake --preset package
     cmake --build --preset package
-    # The archive around a package tells the modes of the files that cpack made on its way.
+    # A package's outer archive records the modes of cpack's intermediate files.
     (umask 022 && cpack --preset package)
     rm -rf build/packages/_CPack_Packages
 }
 
-# The same from copies of the sources, by somebody who lets nobody else read his files.
+# The same from copies of the sources, with the most restrictive umask and as another user if
+# possible.
 make_again() {
     local as=() time
     time=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct)}
@@ -45,8 +46,8 @@ ls build/packages/*.deb
 
 install_packages "${package_check_packages[@]}"
 lintian --fail-on error,warning build/packages/*.deb
-# What the C library adds at a program's start is not marked for control-flow protection, so no
-# program of Debian 12 is as a whole. Our own objects are looked at instead.
+# The C library's startup objects are not marked for control-flow protection, so no program of
+# Debian 12 is as a whole. Our own objects are checked instead.
 hardening-check --nocfprotection build/package/bin/tkvDvd* \
     "$(find build/package/lib -name tkv_desktop.so)"
 find build/package/src -name '*.o' | while read -r object; do

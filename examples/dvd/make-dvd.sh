@@ -25,7 +25,7 @@ film() {
     for source in "${@:3}"; do
         [ ! -d "$media/$source" ] || source+=/%03d.jpg
         inputs+=(-framerate 25 -loop 1 -t "$2" -i "$media/$source")
-        # The pictures are 16:9, squeezed.
+        # The pictures are anamorphic 16:9.
         joined+="[$i]scale=1280:720,setsar=1[v$i];"
         i=$((i + 1))
     done

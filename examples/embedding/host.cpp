@@ -16,7 +16,7 @@ struct Host {
               *words = nullptr;
     GSubprocess* run = nullptr;  // one at a time
     bool isPreview = false;
-    bool isChanged = false;  // since the run began: another is wanted
+    bool isChanged = false;  // since the run began: start again when it has ended
 };
 
 void start(Host& host, bool isPreview);
@@ -26,7 +26,7 @@ void show(Host& host, const std::string& words) {
     gtk_widget_set_sensitive(host.stop, host.run != nullptr);
 }
 
-// The run is over, and all its lines are read.
+// The run has exited, and its lines are read to the end.
 void end(Host& host) {
     const bool isWell =
         g_subprocess_get_if_exited(host.run) && g_subprocess_get_exit_status(host.run) == 0;
@@ -50,12 +50,12 @@ void readLine(GObject* source, GAsyncResult* result, gpointer data) {
     }
     constexpr const char* kProgress = "pourcentage    : ";
     if (g_str_has_prefix(line, kProgress) && !host.isPreview) {
-        // Not strtod, which in some languages waits for a comma.
+        // Not strtod, which expects the locale's decimal separator.
         const double percent =
             g_ascii_strtod(line + std::char_traits<char>::length(kProgress), nullptr);
         gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(host.bar), percent / 100);
     }
-    // A reason, in plain words.
+    // A message for people.
     if (g_str_has_prefix(line, "tkvDvdMenuImg: ")) g_printerr("%s\n", line);
     g_free(line);
     g_data_input_stream_read_line_async(lines, G_PRIORITY_DEFAULT, nullptr, readLine, data);
@@ -65,7 +65,7 @@ void start(Host& host, bool isPreview) {
     host.isPreview = isPreview;
     host.isChanged = false;
     const std::string output = host.folder + (isPreview ? "/preview.jpg" : "/frames");
-    // Words, no command line: nothing in a title or a path needs quotes.
+    // An argument vector, no shell: nothing in a title or a path needs quotes.
     const char* title = gtk_entry_get_text(GTK_ENTRY(host.title));
     host.run = g_subprocess_new(G_SUBPROCESS_FLAGS_STDERR_PIPE, nullptr, host.tool.c_str(), "-mode",
                                 isPreview ? "-1" : "0", "-isMainMenu", "1", "-title", title, "-bkg",
@@ -75,11 +75,12 @@ void start(Host& host, bool isPreview) {
     gtk_progress_bar_set_fraction(GTK_PROGRESS_BAR(host.bar), 0);
     GDataInputStream* lines = g_data_input_stream_new(g_subprocess_get_stderr_pipe(host.run));
     g_data_input_stream_read_line_async(lines, G_PRIORITY_DEFAULT, nullptr, readLine, &host);
-    g_object_unref(lines);  // The reading keeps it.
+    g_object_unref(lines);  // The pending read holds a reference.
     show(host, isPreview ? "a preview" : "the frames");
 }
 
-// What runs is stopped; the next run begins when it has ended, so that no two write the same files.
+// Stops the current run; the next one starts when it has exited, so that no two write the same
+// files.
 void change(GtkWidget*, gpointer data) {
     auto& host = *static_cast<Host*>(data);
     if (host.run == nullptr) return start(host, true);

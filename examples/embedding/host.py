@@ -19,11 +19,11 @@ REASON = "tkvDvdMenuImg: "
 
 
 class Run:
-    """One run of the tool. `tell` is called with its percentages, and in the end with its status:
-    by another thread."""
+    """One run of the tool. The callback `tell` gets its percentages, and in the end its status, in
+    another thread."""
 
     def __init__(self, words, tell):
-        # A list of words, no shell: nothing in a title or a path needs quotes.
+        # An argument list, no shell: nothing in a title or a path needs quotes.
         self.process = subprocess.Popen(
             words, stdin=subprocess.DEVNULL, stderr=subprocess.PIPE,
             text=True, encoding="utf-8", errors="replace")
@@ -38,7 +38,7 @@ class Run:
         tell("end", self.process.wait())
 
     def stop(self):
-        self.process.terminate()  # SIGTERM: what is half written goes
+        self.process.terminate()  # SIGTERM: the half-written picture is removed
 
 
 class Host:
@@ -50,7 +50,7 @@ class Host:
                      "-captions", SEPARATOR.join(captions)]
         self.run = None  # one at a time
         self.is_preview = self.is_changed = False
-        self.news = queue.Queue()  # from the reading thread: tkinter wants to be left to its own
+        self.news = queue.Queue()  # from the reader thread: tkinter is not thread-safe
 
         self.title = tkinter.StringVar(value="Our summer")
         self.words = tkinter.StringVar()
@@ -78,7 +78,7 @@ class Host:
             self.words.set(str(error))
 
     def change(self):
-        """What runs is stopped; the next run begins when it has ended, so that no two write the
+        """Stops the current run; the next one starts when it has exited, so that no two write the
         same files."""
         if not self.run:
             return self.start(True)

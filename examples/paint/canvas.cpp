@@ -185,7 +185,7 @@ void Picture::save(const std::string& path) const {
     unsigned char* data = cairo_image_surface_get_data(surface.get());
     const int stride = cairo_image_surface_get_stride(surface.get());
     Random random(7);
-    // Rounding with a random threshold spreads the rounding error instead of drawing contours.
+    // Dithering: a random rounding threshold gives noise instead of banding.
     const auto level = [&random](double value) {
         return static_cast<std::uint32_t>(clamp01(value) * 254.999 + random.next());
     };

@@ -55,14 +55,14 @@ class Random {
     std::uint64_t state_;
 };
 
-// Gradient noise. Every function answers roughly -1..1 (ridged: 0..1).
+// Gradient noise. Every function returns roughly -1..1 (ridged: 0..1).
 class Noise {
   public:
     explicit Noise(std::uint32_t seed) : seed_(seed) {}
     double at(double x, double y) const;
     double layers(double x, double y, int count) const;
     double ridged(double x, double y, int count) const;
-    // Drifts along x by `drift` while t goes from 0 to 1 and is the same at both ends.
+    // Drifts along x by `drift` while t goes from 0 to 1, and is periodic in t.
     double looped(double x, double y, double t, double drift, int count) const;
 
   private:
@@ -74,7 +74,7 @@ struct SurfaceFree {
 };
 using Surface = std::unique_ptr<cairo_surface_t, SurfaceFree>;
 
-// Coverage drawn with cairo's antialiasing, whatever colour is put through it later.
+// A coverage mask drawn with cairo's antialiasing, to be filled with any colour later.
 class Mask {
   public:
     Mask(int left, int width, int height);
@@ -89,7 +89,8 @@ class Mask {
     std::unique_ptr<cairo_t, PenFree> pen_;
 };
 
-// Colours stay floating point until they are saved: eight bits would band in wide gradients.
+// Colours stay floating point until they are saved: eight bits would show banding in wide
+// gradients.
 // Rows are counted from 0, columns from `left`.
 class Picture {
   public:

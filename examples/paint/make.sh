@@ -40,7 +40,7 @@ read -r -a cairo <<<"$(pkg-config --cflags --libs cairo)"
 jpeg cover 82
 jpeg icon 85
 
-# What is shown at 16:9 is painted with square pixels; its files have fewer, wider ones.
+# Anamorphic: what is shown at 16:9 is painted with square pixels; its files have fewer, wider ones.
 jpeg background 82 -resize '2400x1600!'
 pal=(-resize '720x576!')
 for name in harbour forest city desert; do

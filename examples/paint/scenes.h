@@ -7,7 +7,7 @@ Picture paintBackground();
 Picture paintCover();
 Picture paintIcon();
 
-// All other scenes, stills and frames, are shown at 16:9: painted with square pixels, 1024 x 576,
+// All other scenes, stills and frames, are anamorphic 16:9: painted with square pixels, 1024 x 576,
 // they are saved with 720 x 576 wider ones. What a scene is about stands in the middle 768 columns,
 // which count from 0; those left and right of them have more of what is around it.
 constexpr int sceneWidth = 1024;

@@ -56,7 +56,7 @@ class Column {
     std::vector<int> hits_;
 };
 
-// Walks one line of sight outwards; answers the row where the land begins.
+// Walks one ray outwards; returns the row where the land begins.
 template <class Height, class Shade>
 double walk(Column& column, const View& view, double side, double bottom, Height height,
             Shade shade) {
@@ -81,8 +81,8 @@ double walk(Column& column, const View& view, double side, double bottom, Height
     return shore;
 }
 
-// Paints height(x, z) with shade(x, z, height). Answers where the land begins in each column,
-// for the water in front of it.
+// Paints height(x, z) with shade(x, z, height). Returns where the land begins in each column, for
+// the water in front of it.
 template <class Height, class Shade>
 std::vector<double> terrain(Picture& picture, const View& view, Height height, Shade shade) {
     std::vector<double> shore;

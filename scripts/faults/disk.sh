@@ -44,7 +44,7 @@ faults_of_disk() {
     faults_of_limits
 }
 
-# A network share that goes while it is written to: each call that reaches it fails then.
+# A network share that disappears while it is written to: each call that reaches it fails then.
 # mount_share, in $folder; its server is $server.
 mount_share() {
     fresh
@@ -104,7 +104,7 @@ faults_of_limits() {
             words_of $mode "$folder"
             # shellcheck disable=SC2016
             try bash -c 'ulimit -v '$((size * 1024))'; exec "$@"' - "$tool" "${words[@]}"
-            # GLib aborts where it gets no memory, and fontconfig reads through a null pointer.
+            # GLib aborts when an allocation fails, and fontconfig dereferences a null pointer.
             tally "0 1 127 133 134 139" "$size MiB"
         done
         row_of_runs "10 to 300 MiB of addresses, mode $mode"

@@ -1,6 +1,6 @@
 # Sourced by ../faults.sh: standard streams that are closed, full or stalled, and the system's log.
 
-# stream FAULT STATUSES RUNNER: a verbose run of $mode by a function that leads its streams elsewhere.
+# stream FAULT STATUSES RUNNER: a verbose run of $mode by a function that redirects its streams.
 stream() {
     fresh
     words_of "$mode" "$folder"
@@ -8,7 +8,7 @@ stream() {
     status=$?
     row_of_run "$2" "$1, mode $mode"
     [ -z "${damaged}" ] || return
-    # No line may have gone into a file that was opened in a closed stream's place.
+    # No line may have gone into a file that was opened with a closed stream's descriptor.
     if grep -rlq -e "tkvDvdMenuImg\[" "$folder"; then row "no lines in files" "lines in files" 1; fi
 }
 

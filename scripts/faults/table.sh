@@ -9,7 +9,7 @@ in_group() {
     echo "== $group"
 }
 
-# row FAULT WHAT_HAPPENED ANSWER: the answer is 0 when it is as wanted.
+# row FAULT WHAT_HAPPENED ANSWER: 0 when it is as expected.
 row() {
     local mark=yes
     if [ "$3" -ne 0 ]; then

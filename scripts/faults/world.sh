@@ -93,7 +93,7 @@ try_mode() {
     try "$tool" "${words[@]}"
 }
 
-# Is a file whole, as far as its end tells?
+# Is a file whole, judged by its end?
 is_whole() {
     case $1 in
         *.jpg) [ "$(tail -c 2 "$1" | od -An -tx1 | tr -d ' \n')" = ffd9 ] ;;

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""Writes picture files that ask for much more than they are worth into the current folder.
+"""Writes hostile picture files, such as decompression bombs, into the current folder.
 
-Each is small, or empty, and valid as far as it goes: what it states, a decoder that believes it
-would hold or do. The names end in .jpg, which the tool asks of thumbnails whatever they are.
+Each is small, or sparse, and valid as far as it goes: a decoder that trusts what it states would
+allocate or do that. The names end in .jpg, which the tool asks of thumbnails whatever they are.
 """
 
 import os
@@ -46,7 +46,7 @@ def jpegs():
     dc, refinement = scan(every, 0, 0, 1, zeros), scan(every, 0, 0, 0x10, zeros)
     colored = frame(PROGRESSIVE, 3000, 3) + dc
     write("3000-scans", START + colored + refinement * 3000 + END)
-    # Not JPEG for those who look at three bytes, but for the library.
+    # Not the usual three-byte signature of JPEG, but libjpeg reads it.
     write("3000-scans-odd-start", START + b"x" + colored + refinement * 3000 + END)
     write("70000-scans", START + colored + refinement * 70000 + END)
     grey = frame(PROGRESSIVE, 22000, 1) + scan([0], 0, 0, 1)
@@ -100,7 +100,7 @@ def png(name, side, bits, color, interlaced, pixel_bytes):
 
 def tiff(name, side, bits, samples):
     short, long = 3, 4
-    # Compressed, so that so few bytes may stand for so many.
+    # LZW, so that few bytes may stand for many.
     tags = [(256, long, side), (257, long, side), (258, short, bits), (259, short, 5),
             (262, short, 2), (273, long, 2000), (277, short, samples), (278, long, side),
             (279, long, 2000)]

@@ -6,18 +6,18 @@
 
 namespace tkv {
 
-/// Looks options up in the words of a command line, the program's name not among them.
+/// Looks options up in the arguments of a command line, without the program's name.
 ///
-/// Every search walks the whole list: a value that reads like an option is found as that option
-/// too, and whatever word follows an option is its value, also one that begins with a hyphen.
+/// Every search scans the whole list: a value that reads like an option is found as that option
+/// too, and whatever argument follows an option is its value, even one that begins with a hyphen.
 class argsHelper {
   public:
     explicit argsHelper(std::vector<std::string> arguments);
 
-    /// Whether some word equals `option` exactly.
+    /// Whether some argument equals `option` exactly.
     bool SearchArg(const std::string& option) const;
 
-    /// The word behind the first `option` that has one behind it.
+    /// The argument after the first `option` that has one after it.
     std::optional<std::string> SearchArgWithParam(const std::string& option) const;
 
   private:

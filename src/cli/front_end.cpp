@@ -39,7 +39,7 @@ constexpr std::string_view kDescription =
     " -icon\t\t\t[optional] input absolute path (only used for jacket)\n"
     "…\n";
 
-// Joins the items of a list in one word of the command line. The host application knows it too.
+// Separates the items of a list within one argument. The host application uses it too.
 constexpr std::string_view kListSeparator = "totoCestLePlusBeau";
 
 constexpr int kFailure = 1;

@@ -13,10 +13,10 @@
 
 namespace {
 
-/// Ends the run as the signal would have, but leaves no half-written file behind.
+/// Terminates as the signal would have, but leaves no half-written file behind.
 void endBySignal(int signal) {
     tkv::removeUnfinishedFile();
-    // Its default is back, and takes effect once this returns.
+    // The default action is restored, and runs once this handler returns.
     static_cast<void>(std::raise(signal));
 }
 
@@ -24,10 +24,10 @@ void endBySignal(int signal) {
 
 int main(int argc, char** argv) {
     tkv::openStandardStreams();
-    // A host that no longer reads the lines still wants the page, so SIGPIPE does not end the run.
+    // A host that has closed its end of the pipe still wants the page, so SIGPIPE is ignored.
     tkv::handleEndingSignals(endBySignal, static_cast<int>(SA_RESETHAND));
     try {
-        // A caller may pass not even the program's name.
+        // argv may be empty, without even the program's name.
         return tkv::runFrontEnd({argv + (argc > 0 ? 1 : 0), argv + argc}, tkv::dvdMenuPicture);
     } catch (const std::bad_alloc&) {
         tkv::writeStandardError("tkvDvdMenuImg: there is not enough memory, exit\n");

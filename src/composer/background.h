@@ -19,8 +19,8 @@ struct Background {
 };
 
 /// The background of a request whose thumbnails are resolved, in all modes but overlay. One that is
-/// missing is dropped; one that equals the first thumbnail is cut to 960 x 540 into "bkgV.jpg" in
-/// the folder that holds the output, and that file becomes the background.
+/// missing is dropped; one that equals the first thumbnail is cropped to 960 x 540 into "bkgV.jpg"
+/// in the folder that holds the output, and that file becomes the background.
 Background prepareBackground(const MenuRequest& request);
 
 /// A picture behind a page: the whole canvas, enlarged `zoom` times about its centre, at 60 %.

@@ -10,10 +10,10 @@ namespace tkv {
 
 namespace {
 
-// Conversions to int cut towards zero. Products and sums are made in single precision, but for the
-// two that a shape names.
+// Conversions to int truncate towards zero. Products and sums are computed in single precision,
+// except for the two that a shape names.
 
-/// The row of a page height.
+/// The raster row of a vertical page position.
 int rowOf(int y, const Raster& raster) {
     return static_cast<int>(static_cast<float>(raster.height) -
                             static_cast<float>(y) * raster.yFactor);
@@ -25,7 +25,7 @@ int topRow(const ButtonShape& shape, int y, const Raster& raster) {
     return static_cast<int>(raster.height - double{raster.yFactor} * top);
 }
 
-/// The column on a 4:3 display of what stands `fromCut` columns right of the part cut off.
+/// The column on a 4:3 display of what is `fromCut` columns right of the cropped part.
 float panScanColumn(int fromCut) {
     return static_cast<float>(fromCut) * kRatioPanscan;
 }
@@ -36,7 +36,7 @@ int panScanRight(float left, double width) {
 
 std::string lineOf(std::string_view name, const ButtonRect& rect) {
     constexpr auto even = [](int value) { return nbMultipleArrondi(value, 2); };
-    // One after the other: each rounding writes a line.
+    // Sequenced, since each rounding writes a line.
     const int x0 = even(rect.x0);
     const int y0 = even(rect.y0);
     const int x1 = even(rect.x1);

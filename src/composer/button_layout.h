@@ -21,7 +21,7 @@ struct ButtonRect {
     bool operator==(const ButtonRect&) const = default;
 };
 
-/// One button on a 16:9 display and on a 4:3 display that shows the middle of the page.
+/// One button on a 16:9 display and on a 4:3 display in pan-scan mode.
 struct ButtonRects {
     ButtonRect wide;
     ButtonRect panScan;
@@ -34,13 +34,13 @@ struct Raster {
     float yFactor;  ///< Rows of the raster for one row of the page.
 };
 
-/// The button of the thumbnail at `index` in its layout; numbers not yet even.
+/// The button of the thumbnail at `index` in its layout; coordinates not yet rounded to even.
 ButtonRects thumbnailButton(const ThumbnailLayout& layout, std::size_t index, const Raster& raster);
 
-/// The button of a navigation label at a page position; numbers not yet even.
+/// The button of a navigation label at a page position; coordinates not yet rounded to even.
 ButtonRects navigationButton(int x, int y, const Raster& raster);
 
-/// What a thumbnail and a navigation button cover on the overlay canvas, to be seen when debugging.
+/// What a thumbnail and a navigation button cover on the overlay canvas, for its debug picture.
 Rect thumbnailArea(const ThumbnailLayout& layout, std::size_t index, const Raster& raster);
 Rect navigationArea(int x, int y, const Raster& raster);
 
@@ -49,7 +49,7 @@ struct ButtonMap {
     std::string wide;
     std::string panScan;
 
-    /// Appends a button's lines, its numbers made even.
+    /// Appends a button's lines, its coordinates rounded to even numbers.
     void add(std::string_view name, const ButtonRects& button);
 };
 

@@ -19,7 +19,7 @@ using PageWriter = std::function<bool(const Page& page, const std::string& path)
 /// Writes the frames of a menu into its output folder.
 class FrameWriter {
   public:
-    /// `draw`: what makes the file of a page that is not copied.
+    /// `draw`: called for each page whose file is not copied.
     FrameWriter(std::string folder, EqualPages equalPages, PageWriter draw);
 
     /// Frame `number`, from 0: "000.jpg" and so on. A failure is only logged.

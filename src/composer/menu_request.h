@@ -9,13 +9,13 @@ namespace tkv {
 
 enum class MenuMode : std::int32_t {
     preview = -1,    ///< one picture of the page, 640 x 360
-    definitive = 0,  ///< the animated page: a folder of 720 x 540 pictures, one a frame
+    definitive = 0,  ///< the animated page: a folder of 720 x 540 pictures, one per frame
     jacket = 1,      ///< one cover picture, 720 x 540
     overlay = 2,     ///< the button map and the highlight and select pictures of the subpicture
 };
 
 /// All that one menu picture is made from. Paths and texts are the bytes of the command line;
-/// nothing in them has been checked unless said otherwise.
+/// nothing in them has been validated unless said otherwise.
 struct MenuRequest {
     bool isMainMenu = false;  ///< the main menu, or else a submenu
     MenuMode mode = MenuMode::definitive;
@@ -27,9 +27,9 @@ struct MenuRequest {
     std::optional<std::string> dvdBt_menuPrev;         ///< label of the button to the previous menu
     std::optional<std::string> dvdBt_menuMain;         ///< label of the button to the main menu
     std::optional<std::string> dvdBt_menuNext;         ///< label of the button to the next menu
-    std::optional<std::vector<std::string>> thumbs;    ///< a button each: a picture or a folder of
+    std::optional<std::vector<std::string>> thumbs;    ///< one per button: a picture or a folder of
                                                        ///< frame pictures
-    std::optional<std::vector<std::string>> captions;  ///< one a thumbnail, in the same order
+    std::optional<std::vector<std::string>> captions;  ///< one per thumbnail, in the same order
     std::string output;  ///< a picture file, or a folder in definitive mode
     bool isPal = true;   ///< the PAL raster, or else the NTSC one
 };

@@ -16,14 +16,14 @@ namespace tkv {
 
 namespace {
 
-/// From this version on the multiplexer wants to be told the video format; it reads a version
-/// a.b.c as 0.0b0c.
+/// From this version on the multiplexer needs to know the video format; it reads a version a.b.c as
+/// 0.0b0c.
 constexpr float kNamesFormatFrom = 0.07F;
 
 constexpr std::string_view kTail = "</spu>\n</stream>\n</subpictures>";
 
-/// The map's start. Paths stand in it as they are; one with an ampersand or a quotation mark makes
-/// a map that the multiplexer refuses.
+/// The beginning of the map, which is XML. Paths are not escaped: one with an ampersand or a
+/// quotation mark makes a map that the multiplexer rejects.
 std::string headOf(const std::string& highlight, const std::string& select, bool isPal) {
     return fmt::format(
         "<subpictures {}>\n"
@@ -44,8 +44,8 @@ bool writeColor(const std::string& path, float opacity, bool isPal) {
     return imgColorPNG(kOrange, path, raster.width, raster.height, opacity);
 }
 
-/// Writes a map where the earlier one has been removed. If it cannot be written whole it goes, but
-/// what could not be removed stays.
+/// Writes a map where the earlier one has been removed. A map that cannot be written completely is
+/// removed, but an earlier one that could not be removed stays.
 void writeMap(const std::string& map, const std::string& text) {
     const std::string path = expandTilde(map);
     const bool isNew = !fileStamp(path);

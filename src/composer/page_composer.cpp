@@ -33,7 +33,7 @@ bool isPicture(const std::optional<std::string>& file) {
 }
 
 void logCaption(const TextLayer& layer, const ThumbnailPlace& place, std::size_t index) {
-    // The place's index stands behind the word "pass".
+    // The line says "pass", but the number is the place's index.
     logLine("dvdMenuPicture       : pass {} - caption '{}' (alignStr:'{}') ", index, layer.text,
             place.alignment);
     if (const Point* point = std::get_if<Point>(&layer.place)) {
@@ -89,7 +89,7 @@ PageComposer::Outcome PageComposer::addThumbnails(Pass& pass, int number) {
 PageComposer::Outcome PageComposer::addThumbnail(Pass& pass, const Thumbnails& thumbnails,
                                                  std::size_t index) {
     const std::string& entry = thumbnails.thumbsA[index];
-    // An overlay shows no picture, and looks for one only to tell of it.
+    // An overlay shows no picture, and looks for one only to log it.
     std::optional<std::string> currentThPathStr;
     if (isDrawn() || isVerbose()) {
         currentThPathStr = frames_.pictureOf(entry, index, thumbnails.pass);
@@ -145,7 +145,7 @@ void PageComposer::addButton(Pass& pass, const Thumbnails& thumbnails, std::size
 PageComposer::Outcome PageComposer::addCaption(Page& page, const Thumbnails& thumbnails,
                                                std::size_t index) const {
     const TextList& captionsA = itemsOf(request_.captions);
-    // Unsigned, so that a page without captions never has one missing.
+    // Unsigned, so that an empty caption list wraps around and never lacks one.
     if (index > std::uint64_t{captionsA.size()} - 1) {
         logLine("captionsA && i : out of range -> end (failure) …i={} && captionsA:{}", index,
                 describe(captionsA));

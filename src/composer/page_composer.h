@@ -27,7 +27,7 @@ class PageComposer {
     /// `request`: its thumbnails resolved; not owned, must outlive the composer.
     PageComposer(const MenuRequest& request, Background background);
 
-    /// Pass `number`; asked once for each from 0 on. None, and the composition has failed, when
+    /// Pass `number`; called once for each, from 0 on. None, and the composition has failed, when
     /// there is a caption list without a caption for some thumbnail. The page of an overlay shows
     /// nothing, or while verbose the areas of its buttons.
     std::optional<Pass> composePass(int number);

@@ -13,7 +13,7 @@ inline constexpr int kPageHeight = 540;
 inline constexpr int kPalRasterHeight = 576;
 inline constexpr int kNtscRasterHeight = 480;
 
-/// Columns of the page that a 4:3 display cuts off each side, and how much it stretches the rest.
+/// Columns of the page that pan-scan crops on each side, and the factor that stretches the rest.
 inline constexpr int kCropPanscan = 90;
 inline constexpr float kRatioPanscan = 1.3333334F;
 

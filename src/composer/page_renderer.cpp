@@ -16,8 +16,7 @@ namespace tkv {
 
 namespace {
 
-/// The whole pixels that a rectangle touches on its canvas, as left, top and size from the top
-/// left.
+/// The pixel-aligned bounding box of a rectangle on its canvas, origin at the top left.
 struct PixelArea {
     int left = 0;
     int top = 0;
@@ -37,7 +36,7 @@ PixelArea visibleArea(const Rect& rect, PixelSize canvas) {
              to(canvas.height - rect.y, canvas.height) - top}};
 }
 
-/// Decodes the picture at the size in which it is shown and scales what is seen of it.
+/// Decodes the picture at the size in which it is shown and scales its visible part.
 std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize canvas) {
     const PixelArea area = visibleArea(layer.destination, canvas);
     if (area.size.width < 1 || area.size.height < 1) return std::nullopt;
@@ -50,7 +49,7 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
                          static_cast<int>(std::ceil(layer.scaledTo.height))};
     });
     if (!picture) {
-        // Without the module its formats are not known; another line tells of it.
+        // Without the module its formats are not known; another line says so.
         if (layer.isNamed && !wasModuleMissed())
             tellWhy(layer.file, whyNoPicture(layer.file, size));
         return std::nullopt;
@@ -81,7 +80,7 @@ double opacityOf(const Layer& layer) {
     return picture != nullptr ? double{picture->opacity} : 1.0;
 }
 
-/// How many layers the pages have in common, counted from the lowest.
+/// The length of the common prefix of the pages' layers, the lowest first.
 std::size_t sharedLayers(const Page& a, const Page& b) {
     if (a.canvas != b.canvas) return 0;
     const auto end = std::ranges::mismatch(a.layers, b.layers).in1;
@@ -108,7 +107,7 @@ PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canv
     if (const auto known = cache_.find(key); known != cache_.end()) return known->second;
     std::optional<PlacedBitmap> made = prepare_(layer, canvas);
     Prepared result = made ? std::make_shared<PlacedBitmap>(*std::move(made)) : nullptr;
-    if (result && !result->isWhole) return result;  // Another page may have more luck.
+    if (result && !result->isWhole) return result;  // Not cached: a later attempt may succeed.
     const std::size_t cost = result ? bytesOf(*result) : 0;
     if (cost <= budgetLeft_) {
         budgetLeft_ -= cost;

@@ -14,21 +14,21 @@
 namespace tkv {
 
 /// Makes a picture or a text ready to be blended on a canvas: decodes and scales the one, lays out
-/// and rasterises the other. None when nothing of it shows; of a picture that the request names it
-/// tells why. Throws std::bad_alloc.
+/// and rasterises the other. None when nothing of it is visible; for a picture that the request
+/// names, a line says why. Throws std::bad_alloc.
 std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas);
 using LayerMaker = std::function<std::optional<PlacedBitmap>(const Layer&, PixelSize canvas)>;
 
 /// Draws pages. A picture is decoded and scaled, a text laid out and rasterised once; later pages
-/// blend what was made, and begin with what the page before has in common with them, as far as it
-/// lies below all else. Prepared layers are kept until their pixels fill the budget; what comes
-/// later is made for its page alone, so that the memory of a run does not grow with its length, and
-/// loops longer than the budget still find their first layers again.
+/// blend the cached pixels, and start from a snapshot of the lowest layers that they share with the
+/// page before. Prepared layers are cached until their pixels fill the budget, and never evicted:
+/// the memory of a run does not grow with its length, and loops longer than the budget still hit
+/// the cache for their first layers.
 class PageRenderer {
   public:
     static constexpr std::size_t kDefaultBudget = 24U << 20U;
 
-    /// `budget`: bytes of pixels kept for later pages. `prepare`: what makes a layer ready.
+    /// `budget`: bytes of pixels to cache. `prepare`: called for layers that are not cached.
     explicit PageRenderer(std::size_t budget = kDefaultBudget, LayerMaker prepare = prepareLayer)
         : budgetLeft_(budget), prepare_(std::move(prepare)) {}
 
@@ -52,7 +52,7 @@ class PageRenderer {
     std::size_t budgetLeft_;
     LayerMaker prepare_;
     std::map<Key, Prepared> cache_;
-    Page before_;                   // of the call before
+    Page before_;                   // of the previous call
     std::optional<Bitmap> ground_;  // its first groundLayers_ layers
     std::size_t groundLayers_ = 0;
 };

@@ -10,7 +10,7 @@
 
 namespace tkv {
 
-/// The style of every text on a page: cut at the tail, with a soft black shadow below.
+/// The style of every text on a page: ellipsized at its end, with a soft black drop shadow.
 /// `alignment`: 'r' right, 'c' centred, 'j' justified, any other or none left. `colour`: none means
 /// white. `size`: pixels; a negative one means 11.
 TextAttributes captionTextAttributes(const std::optional<Color>& colour,

@@ -50,7 +50,7 @@ void endPass(const MenuRequest& request, const Pass& pass) {
     logLine("dstPathStr post-nav : {}", request.output);
 }
 
-// Composes the page of each pass of an animated menu, until `take` answers false.
+// Composes the page of each pass of an animated menu, until `take` returns false.
 bool composeFrames(const MenuRequest& request, const Background& background,
                    const std::function<bool(const Page& page, int number)>& take) {
     PageComposer composer(request, background);
@@ -79,14 +79,14 @@ bool isDevice(const std::string& path) {
     return type != fs::file_type::regular && type != fs::file_type::directory;
 }
 
-// The one picture of a run; tells why it is not there.
+// The single picture of a run; a line says why it is not there.
 bool writeOutput(const Page& page, const std::string& path, PixelSize size, float quality) {
     const std::optional<FileStamp> before = fileStamp(path);
     PageRenderer renderer;
     const bool isThere = writePicture(renderer, page, path, size, quality);
     // What was there before and could not be replaced counts as there; devices do not change.
     const bool isOld = isThere && !isDevice(path) && fileStamp(path) == before;
-    // Without the module nothing was drawn; another line tells of it.
+    // Without the module nothing was drawn; another line says so.
     if ((!isThere || isOld) && !wasModuleMissed()) tellWhy(path, whyNotWritten(path));
     return isThere;
 }

@@ -6,7 +6,8 @@
 #include "composer/menu_request.h"
 
 // The modes of a menu, after its inputs are resolved. Each writes the progress lines of its passes
-// and answers the composition's success. `request`: thumbnails resolved, output's tilde expanded.
+// and returns whether the composition succeeded. `request`: thumbnails resolved, output's tilde
+// expanded.
 
 namespace tkv {
 
@@ -16,7 +17,7 @@ bool writePreview(const MenuRequest& request, const Background& background);
 /// The folder of numbered frames at the output path, one for each pass.
 bool writeFrames(const MenuRequest& request, const Background& background, EqualPages equalPages);
 
-/// The same pages as bitmaps, without a file; also false when `take` has answered false.
+/// The same pages as bitmaps, without a file; also false when `take` has returned false.
 bool drawFrames(const MenuRequest& request, const Background& background, const FrameTaker& take);
 
 /// The button maps and the highlight and select pictures beside the output path, which itself is

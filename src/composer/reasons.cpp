@@ -17,10 +17,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// With fewer bytes than a small picture takes, a disk counts as full.
+/// With less free space than a small picture takes, a disk counts as full.
 constexpr std::uintmax_t kLeastSpace = 1 << 16;
 
-/// As the system says it; empty when the path may be written to.
+/// The system's error message; empty when the path is writable.
 std::string whyNotWritable(const std::string& path) {
     return access(path.c_str(), W_OK) == 0 ? "" : std::generic_category().message(errno);
 }
@@ -39,7 +39,7 @@ std::string whyNotWritten(const std::string& path) {
     if (!fs::exists(folder, error)) return fmt::format("there is no folder {}", folder);
     if (!fs::is_directory(folder, error)) return fmt::format("{} is no folder", folder);
     const bool isThere = fs::exists(path, error);
-    if (error) return error.message();  // Too long a name, for one.
+    if (error) return error.message();  // A name that is too long, for instance.
     if (std::string why = whyNotWritable(isThere ? path : folder); !why.empty()) return why;
     const bool isFull = fs::space(folder, error).available < kLeastSpace && !error;
     return isFull ? "the disk is full" : "it could not be written whole";

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-// What a person is told where the lines that programs read say nothing: why the output is not there
+// Messages for people, where the lines that programs parse say nothing: why the output is not there
 // or a picture that was named is not on the page.
 
 namespace tkv {

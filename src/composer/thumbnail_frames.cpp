@@ -26,7 +26,8 @@ std::vector<std::string> resolveThumbnails(const std::vector<std::string>& entri
     return resolved;
 }
 
-/// Listed anew only when the folder has changed; verbose runs list on every pass, for the lines.
+/// The listing is cached while the folder's stamp is the same; verbose runs list it in every pass,
+/// for the lines.
 const std::vector<std::string>& ThumbnailFrames::filesOf(const std::string& folder) {
     const FileStamp stamp = fileStamp(folder).value_or(FileStamp{});
     const auto [listing, isNew] = listings_.try_emplace(folder);
@@ -36,7 +37,7 @@ const std::vector<std::string>& ThumbnailFrames::filesOf(const std::string& fold
     return listing->second.files;
 }
 
-/// Moves the place's counter to its next frame. Place 0 wraps when it stands exactly on the last
+/// Advances the place's counter to its next frame. Place 0 wraps when it stands exactly on the last
 /// frame, the others also beyond it.
 int ThumbnailFrames::advance(std::size_t place, int pass, int frames) {
     int& counter = counters_[std::min(place, counters_.size() - 1)];

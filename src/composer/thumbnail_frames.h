@@ -16,7 +16,7 @@ namespace tkv {
 std::vector<std::string> resolveThumbnails(const std::vector<std::string>& entries);
 
 /// Picks the picture that a place shows in each pass; the frames of a folder play as a loop. Keeps
-/// the frame counters of one run: asked once for each place of each pass, in order.
+/// the frame counters of one run: called once for each place of each pass, in order.
 class ThumbnailFrames {
   public:
     ThumbnailFrames() { counters_.fill(-1); }

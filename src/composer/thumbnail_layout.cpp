@@ -44,7 +44,7 @@ constexpr ThumbnailLayout kGridLayout{.places = kGrid,
 ///
 /// What is computed in double precision here changes no button on either raster. But on that of 480
 /// rows the top of the upper two of four comes to row 63, and in single precision to 64: the odd
-/// one is rounded, which is told in a line that is always written, so it is part of the interface.
+/// one is rounded, and that line is always logged, so it is part of the interface.
 constexpr std::array<ThumbnailLayout, 4> kBigLayouts{{
     {.places = kOneBig,
      .isBig = true,

@@ -17,31 +17,31 @@ struct ThumbnailPlace {
 };
 
 /// How the buttons of a layout lie on its thumbnails. The 16:9 button spans the columns `left` to
-/// `right`, the 4:3 button those that the page's columns come to, both from the place's x; as it
-/// stands here, on the bands that one to three big thumbnails are.
+/// `right`, the 4:3 button the pan-scan columns of these, both from the place's x; the defaults are
+/// those of the bands of one to three big thumbnails.
 struct ButtonShape {
     int rowsAbove;             ///< From the place's y to the top, on the page.
     bool topInDouble = false;  ///< Is the top's row computed in double precision?
     int left = 20, right = 480;
     int inset = 10;  ///< Rows of the 16:9 button below the top and above the bottom.
-    int strip = 0;   ///< Rows of a 16:9 button that is but a strip; 0 for a whole one.
-    int cut = 80;    ///< Columns that the 4:3 map takes for cut off on the left.
+    int strip = 0;   ///< Rows of a 16:9 button that is only a strip; 0 for a whole one.
+    int cut = 80;    ///< Columns that the 4:3 map takes as cropped on the left.
     double panScanWidth = 640;
     bool panScanWidthInDouble = false;
-    bool wholeAreaY = true, wholeAreaHeight = true;  ///< Is the debug area cut to whole rows?
+    bool wholeAreaY = true, wholeAreaHeight = true;  ///< Is the debug area truncated to whole rows?
 };
 
 /// One arrangement of thumbnails.
 struct ThumbnailLayout {
     std::span<const ThumbnailPlace> places;
     bool isBig;
-    Size scaledTo;          ///< What a thumbnail's picture is resized to, whatever its shape.
-    Rect source;            ///< The part of that which is shown, at its own size.
-    int shiftX;             ///< From the place's x to the picture's left edge.
+    Size scaledTo;  ///< What a thumbnail's picture is resized to, whatever its aspect ratio.
+    Rect source;    ///< The part of that which is shown, at its own size.
+    int shiftX;     ///< From the place's x to the picture's left edge.
     int rightCaptionWidth;  ///< Units, of a caption that is aligned to the right.
     ButtonShape button;
 
-    /// Place `index`, 0 or above; all places beyond the last fall on the last.
+    /// Place `index`, 0 or above; indices beyond the last place give the last one.
     const ThumbnailPlace& place(std::size_t index) const;
 
     /// The picture that place `index` shows.

@@ -8,7 +8,7 @@ namespace {
 
 enum class ByteOrder { littleEndian, bigEndian };
 
-/// An unsigned number of so many bytes; 0 where the file has ended.
+/// An unsigned integer of that many bytes; 0 where it reaches past the end of the file.
 std::size_t numberAt(ByteView file, std::size_t at, std::size_t bytes, ByteOrder order) {
     if (at > file.size() || bytes > file.size() - at) return 0;
     std::size_t number = 0;
@@ -29,7 +29,7 @@ ColorKind storedInPng(ByteView file) {
     return isGrey ? ColorKind::grey : ColorKind::rgb;
 }
 
-/// The entries of the first picture (TIFF 6.0).
+/// The first image file directory (TIFF 6.0).
 class TiffDirectory {
   public:
     explicit TiffDirectory(ByteView file)
@@ -38,7 +38,7 @@ class TiffDirectory {
           begin_(numberAt(file, 4, 4, order_)),
           entries_(numberAt(file, begin_, 2, order_)) {}
 
-    /// The first value of an entry, of 16 or 32 bits; `missing` where there is none.
+    /// The first value of a tag, SHORT or LONG; `missing` where there is none.
     std::size_t value(std::size_t tag, std::size_t missing) const {
         constexpr std::size_t kEntry = 12, kShort = 3;
         for (std::size_t i = 0; i < entries_; ++i) {
@@ -48,7 +48,7 @@ class TiffDirectory {
             const bool isShort = numberAt(file_, at + 2, 2, order_) == kShort;
             const std::size_t count = numberAt(file_, at + 4, 4, order_);
             const std::size_t bytes = isShort ? 2 : 4;
-            // More than four bytes stand elsewhere in the file.
+            // Values of more than four bytes are stored at an offset.
             const bool isElsewhere = count > 4 / bytes;
             const std::size_t place = isElsewhere ? numberAt(file_, at + 8, 4, order_) : at + 8;
             return numberAt(file_, place, bytes, order_);
@@ -71,7 +71,7 @@ ColorKind storedInTiff(ByteView file) {
     return value == kSeparated ? ColorKind::inks : ColorKind::rgb;
 }
 
-/// Visits a WebP file's chunks, by their type and where their content is, until `visit` answers
+/// Calls `visit` with the FourCC, offset and length of each chunk of a WebP file until it returns
 /// false.
 template <typename Visit>
 void forEachWebpChunk(ByteView file, const Visit& visit) {
@@ -86,7 +86,7 @@ void forEachWebpChunk(ByteView file, const Visit& visit) {
     }
 }
 
-/// A side as a file states it; beyond all that is decoded, whatever it states.
+/// A width or height as a file states it, saturated above every limit of the decoders.
 int sideOf(std::size_t number) {
     return static_cast<int>(std::min<std::size_t>(number, 1U << 30U));
 }
@@ -161,7 +161,7 @@ PixelSize heifSize(ByteView file) {
     for (auto at = file.begin();; ++at) {
         at = std::search(at, file.end(), kExtents.begin(), kExtents.end());
         if (at == file.end()) return largest;
-        // The name is followed by a version, the width and the height.
+        // The box type is followed by version and flags, the width and the height.
         const auto name = static_cast<std::size_t>(at - file.begin());
         const PixelSize size{sideOf(numberAt(file, name + 8, 4, ByteOrder::bigEndian)),
                              sideOf(numberAt(file, name + 12, 4, ByteOrder::bigEndian))};

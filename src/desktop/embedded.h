@@ -5,25 +5,25 @@
 #include "graphics/codecs/codecs.h"
 #include "graphics/color_profile.h"
 
-// What files say of their pictures and GdkPixbuf does not.
+// What files state about their pictures and GdkPixbuf does not report.
 
 namespace tkv::desktop {
 
-/// What a file stores, whatever GdkPixbuf makes of it: of PNG and TIFF as they say, of all others
-/// RGB.
+/// The colour model in which a file is stored, whatever GdkPixbuf converts it to: PNG and TIFF
+/// state it, all others count as RGB.
 ColorKind storedColors(ByteView file);
 
-/// The content of a WebP file's first chunk of that name ("EXIF", "ICCP"); empty without one.
+/// The payload of a WebP file's first chunk of that type ("EXIF", "ICCP"); empty without one.
 ByteView webpChunk(ByteView file, std::string_view name);
 
-/// A WebP animation up to its first picture, a whole file again: the reader would hold all of them
+/// A WebP animation reduced to its first frame, as a valid file: the reader would hold all frames
 /// at once. Empty where there is only one.
 Bytes firstOfWebp(ByteView file);
 
-/// What the first picture of a TIFF file states of itself.
+/// The sizes that the first picture of a TIFF file states.
 struct TiffSizes {
     PixelSize picture;
-    std::int64_t pieceBytes = 0;  ///< of a strip or tile, as it comes out of the decoder
+    std::int64_t pieceBytes = 0;  ///< of a decompressed strip or tile
 };
 TiffSizes tiffSizes(ByteView file);
 

@@ -3,8 +3,8 @@
 #include "graphics/codecs/codecs.h"
 #include "graphics/text.h"
 
-// The module's functions. What each does stands where the program declares the one that forwards
-// to it, which has the same name in the namespace above.
+// The module's functions. Each is documented where the program declares its forwarding function,
+// which has the same name in the enclosing namespace.
 
 namespace tkv::desktop {
 

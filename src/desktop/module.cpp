@@ -2,8 +2,7 @@
 #include "graphics/desktop.h"
 #include "system/trash.h"
 
-// The module's only symbols that others see. Their names are those that the types of the tables
-// tell the program to look for.
+// The module's only exported symbols. The types of the tables name them, for the program's dlsym.
 
 #define TKV_SEEN_OUTSIDE extern "C" __attribute__((visibility("default")))
 

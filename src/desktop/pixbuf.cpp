@@ -24,20 +24,19 @@ using Pixbuf = std::unique_ptr<GdkPixbuf, Releaser<g_object_unref>>;
 using PixbufLoader = std::unique_ptr<GdkPixbufLoader, Releaser<g_object_unref>>;
 using Buffer = std::unique_ptr<guint8, Releaser<g_free>>;
 
-/// These readers go over every pixel, at whatever size it is shown, which a file of next to no
-/// bytes can ask for.
+/// These readers decode every pixel, at whatever size the picture is shown, and a file of a few
+/// bytes can ask for any number.
 constexpr std::int64_t kMostPixels = 80'000'000;
 
-/// The bytes that a reader holds for a pixel, a byte for the colour's place in a palette among
-/// them.
+/// The bytes that a reader holds per pixel, one for a palette index included.
 constexpr std::int64_t kPixel = 5;
 
-/// So many bytes tell a format, or no bytes do.
+/// Formats are recognised by this many leading bytes or not at all.
 constexpr std::size_t kHead = 4096;
 
 // ---- Decoding
 
-/// What the loader tells while it reads.
+/// What the loader's signals report while it reads.
 struct Progress {
     const PixbufReader& reader;
     const NeededSize& needed;
@@ -46,7 +45,8 @@ struct Progress {
     bool hasPixels = false;
 };
 
-/// Loaders complain of damaged files on the standard error stream, which is an interface.
+/// Suppresses the warnings that loaders write about damaged files to the standard error stream,
+/// which is an interface.
 class Silence {
   public:
     Silence() = default;
@@ -60,19 +60,19 @@ class Silence {
 };
 
 void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* progress) {
-    // The whole picture is decoded here; only afterwards can it be reduced.
+    // The loader decodes at full size; only afterwards can the picture be reduced.
     const PixelSize size{width, height};
     if (pixelsOf(size) <= kMostPixels &&
         canHold(size, progress->fileBytes + kPixel * pixelsOf(size)))
         return;
     progress->tooLarge = true;
     progress->needed(size);
-    // Most formats' readers stop at this, before they ask for memory.
+    // Most readers stop at this, before they allocate.
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
 
-/// Where a file ends too soon, memory never written to would show. The readers that do not go row
-/// by row tell of a picture when it is complete.
+/// Of a truncated file, uninitialised memory would show. Readers that do not load progressively
+/// report a picture only when it is complete.
 void clear(GdkPixbufLoader* loader, Progress* progress) {
     if (progress->reader.comesRowByRow) gdk_pixbuf_fill(gdk_pixbuf_loader_get_pixbuf(loader), 0);
 }
@@ -81,7 +81,7 @@ void notePixels(GdkPixbufLoader*, int, int, int, int, Progress* progress) {
     progress->hasPixels = true;
 }
 
-/// Turns premultiplied alpha into straight alpha.
+/// Converts premultiplied alpha to straight alpha.
 void unmultiply(GdkPixbuf* pixbuf) {
     const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf));
     guint8* row = gdk_pixbuf_get_pixels(pixbuf);
@@ -97,8 +97,8 @@ void unmultiply(GdkPixbuf* pixbuf) {
 }
 
 Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed) {
-    // The GIF reader goes over the whole picture after each piece, and moves all that is left of a
-    // piece each few bytes: much smaller or larger ones take it ten times as long.
+    // The GIF reader walks over the whole picture after each write, and moves the rest of its
+    // buffer every few bytes: much smaller or larger writes take it ten times as long.
     constexpr std::size_t kPiece = std::size_t{1} << 20U;
     const Silence silence;
     Progress progress{reader, needed, std::ssize(file)};
@@ -110,18 +110,18 @@ Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed)
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
     bool reads = true;
     for (ByteView rest = file; reads && !progress.tooLarge && !rest.empty();) {
-        // The head tells the size of most, which may be refused.
+        // The head has most pictures' size, which may be rejected.
         const bool isHead = rest.size() == file.size();
         const ByteView piece = rest.first(std::min(isHead ? kHead : kPiece, rest.size()));
         reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
         rest = rest.subspan(piece.size());
     }
     const bool isWhole = gdk_pixbuf_loader_close(loader.get(), nullptr) && reads;
-    // Not every loader that hands over a complete picture says that it has pixels.
+    // Not every loader that returns a complete picture emits "area-updated".
     progress.hasPixels |= isWhole && !reader.comesRowByRow;
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (pixbuf == nullptr || progress.tooLarge || !progress.hasPixels) return nullptr;
-    // The TIFF reader hands on what its library made, premultiplied alpha.
+    // The TIFF reader passes on its library's premultiplied alpha.
     if (gdk_pixbuf_get_has_alpha(pixbuf) && reader.name == "tiff") unmultiply(pixbuf);
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
@@ -130,7 +130,7 @@ std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf) {
     std::optional<Bitmap> bitmap =
         Bitmap::create({gdk_pixbuf_get_width(pixbuf), gdk_pixbuf_get_height(pixbuf)});
     if (!bitmap) return std::nullopt;
-    // Three bytes a pixel, or four with straight alpha.
+    // RGB, or RGBA with straight alpha.
     const bool alpha = gdk_pixbuf_get_has_alpha(pixbuf);
     const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf));
     const guint8* row = gdk_pixbuf_read_pixels(pixbuf);
@@ -146,7 +146,7 @@ std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf) {
 
 void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf, ByteView file) {
     const ColorKind kind = storedColors(file);
-    if (kind == ColorKind::inks) return;  // The loader has made colours of them.
+    if (kind == ColorKind::inks) return;  // The loader has converted them to RGB.
     if (const ByteView profile = webpChunk(file, "ICCP"); !profile.empty()) {
         convertToSrgb(bitmap, profile, kind);
         return;
@@ -209,7 +209,7 @@ std::optional<Bytes> save(const Pixbuf& pixbuf, const char* type, std::vector<Op
     return Bytes(owner.get(), owner.get() + length);
 }
 
-/// Dots a metre into the header of a BMP file; the library leaves them out.
+/// Writes the pixels per metre into the header of a BMP file; the library leaves them out.
 void stateResolution(Bytes& file, Resolution dots) {
     constexpr std::size_t kPerMetre = 38;
     if (file.size() < kPerMetre + 8) return;
@@ -223,9 +223,9 @@ void stateResolution(Bytes& file, Resolution dots) {
     write(kPerMetre + 4, dots.down);
 }
 
-/// The bytes for a file in the memory of its reader, and for what is known of the picture.
+/// The bytes for the file's data, and those that its reader will allocate as far as is known.
 std::int64_t bytesFor(ByteView file, const PixbufReader& reader) {
-    // The readers that need the whole file keep it, too.
+    // Readers that need the whole file buffer it, too.
     return std::ssize(file) +
            (reader.bytesFor == nullptr ? 0 : std::ssize(file) + reader.bytesFor(file));
 }
@@ -247,10 +247,10 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     PixelSize atLeast = needed(swapsSides(orientation) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(orientation)) std::swap(atLeast.width, atLeast.height);
 
-    // Two pixels for one that is shown leave the drawing enough to shrink well.
+    // Twice the shown size leaves the drawing enough pixels to downscale well.
     const int factor = std::max(1, std::min(full.width / 2 / std::max(1, atLeast.width),
                                             full.height / 2 / std::max(1, atLeast.height)));
-    // The reduced picture, a bitmap of it, and one that stands upright.
+    // The reduced picture, its bitmap, and the upright one.
     const std::int64_t bytes =
         std::int64_t{12} * pixelsOf({full.width / factor, full.height / factor});
     if (!canHold(full, std::ssize(file) + bytes +
@@ -270,7 +270,7 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
 
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> /*factor*/) {
     const Resolution dots = dotsPerInch(bitmap);
-    // Uncompressed, which every program reads: photographs would hardly shrink.
+    // Uncompressed, which every program reads: photographs would hardly compress.
     return save(toPixbuf(bitmap, Alpha::straight), "tiff",
                 {{"x-dpi", std::to_string(dots.across)},
                  {"y-dpi", std::to_string(dots.down)},

@@ -18,7 +18,7 @@ std::int64_t bytesForTiff(ByteView file) {
     return 4 * pixelsOf(sizes.picture) + sizes.pieceBytes;
 }
 
-// Planes of brightness and colour, of 16 bits in the worst case, and two pictures made of them.
+// YUV and alpha planes, of 16 bits in the worst case, and two RGBA pictures made of them.
 template <PixelSize statedSize(ByteView)>
 std::int64_t bytesForPlanes(ByteView file) {
     return 16 * pixelsOf(statedSize(file));
@@ -36,8 +36,8 @@ constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "pnm", .comesRowByRow = true},
 }};
 
-// A pattern's mask says of each of its bytes what it must be. One that begins with '*' stands
-// anywhere.
+// A pattern's mask has a condition for each byte (GdkPixbufModulePattern). One that begins with '*'
+// is not anchored at the start.
 bool matches(ByteView bytes, std::string_view prefix, std::string_view mask) {
     if (bytes.size() < prefix.size()) return false;
     for (std::size_t i = 0; i < prefix.size(); ++i) {
@@ -61,8 +61,8 @@ bool isIn(ByteView head, const GdkPixbufModulePattern& pattern) {
     return false;
 }
 
-// Whether the file's first box names one of AVIF's brands. The pattern that the reader states asks
-// for a box of one certain length, too, which few programs write.
+// Whether the file's first box names one of AVIF's brands. The reader's own pattern also requires a
+// certain box length, which few programs write.
 bool isAvif(ByteView head) {
     constexpr std::size_t kType = 4, kLength = 8;
     if (head.size() < kType + kLength) return false;

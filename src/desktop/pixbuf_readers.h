@@ -9,16 +9,17 @@ namespace tkv::desktop {
 /// One of GdkPixbuf's formats that are read, and what is known of its reader.
 struct PixbufReader {
     std::string_view name;  ///< as GdkPixbuf calls the format
-    /// What the reader holds at most beside the file, in bytes, as far as the file states it. Null
-    /// for readers that tell the picture's size before they ask for memory.
+    /// The bytes that the reader allocates at most besides the file, as far as the file states
+    /// them. Null for readers that report the picture's size before they allocate.
     std::int64_t (*bytesFor)(ByteView file) = nullptr;
-    /// Where the file ends too soon, the rows before that are there; of others there is nothing.
+    /// Loads progressively: a truncated file has the rows before its end, with other readers
+    /// nothing.
     bool comesRowByRow = false;
 };
 
-/// Which reader a file is for that begins with `head`; null when it is of no known format, or of
-/// one that is not read. Not read are JPEG, which has a codec of its own, and formats whose readers
-/// nothing bounds: vector pictures, and files that hold files of other formats.
+/// The reader for a file that begins with `head`; null for unknown formats, and for those that are
+/// not read: JPEG, which has its own codec, and formats whose readers are unbounded, which are
+/// vector pictures and containers of other formats.
 const PixbufReader* pixbufReaderFor(ByteView head);
 
 }  // namespace tkv::desktop

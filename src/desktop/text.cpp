@@ -29,7 +29,7 @@ using FontOwner = std::unique_ptr<PangoFont, Releaser<g_object_unref>>;
 using Fontset = std::unique_ptr<PangoFontset, Releaser<g_object_unref>>;
 using FontMetrics = std::unique_ptr<PangoFontMetrics, Releaser<pango_font_metrics_unref>>;
 
-/// Pixel rectangle from the top left.
+/// A rectangle in pixels, origin at the top left.
 struct Box {
     int left = 0;
     int top = 0;
@@ -51,12 +51,12 @@ struct Box {
     }
 };
 
-/// Most of the time that a first text takes goes into finding the fonts, so one context serves the
-/// whole process.
+/// Loading the font configuration dominates the first text's time, so the whole process shares one
+/// context.
 PangoContext* sharedContext() {
     static const PangoContextOwner context = [] {
         PangoContextOwner made(pango_font_map_create_context(pango_cairo_font_map_get_default()));
-        // Neither hinting nor sub-pixel colour: the same picture on every machine.
+        // No hinting and no subpixel antialiasing: the same picture on every machine.
         const FontOptions options(cairo_font_options_create());
         cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
         cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
@@ -74,8 +74,8 @@ FontDescription fontOf(float size) {
     return font;
 }
 
-/// The rows of a line, in whole pixels. They are those of the page's own face whatever faces a text
-/// falls back to, so that the captions of a row stand on one baseline.
+/// The metrics of a line, in whole pixels. They are those of the primary font whatever fallback
+/// fonts a text uses, so that the captions of a row share a baseline.
 struct LineBox {
     int ascent;
     int height;
@@ -96,7 +96,7 @@ struct Frame {
     double width;
     double height;
     Alignment alignment;
-    bool growsUpwards;  ///< The last line stands at the bottom, not the first at the top.
+    bool growsUpwards;  ///< Anchored by the last line at the bottom, not the first at the top.
 
     double topOf(std::size_t lineCount, const LineBox& box) const {
         return growsUpwards ? top + height - static_cast<double>(lineCount) * box.height : top;
@@ -118,8 +118,8 @@ Frame frameOf(const TextPlace& place, Alignment alignment, PixelSize canvas) {
     return {point.x, 0, canvas.width - point.x, canvas.height - point.y, Alignment::left, true};
 }
 
-/// The lines that fit into the frame, but one at least; upwards also the two that may still reach
-/// into it from above. A caller's text may be far longer, and laying it all out takes seconds.
+/// The lines that fit into the frame, but at least one; if it grows upwards, also the two that may
+/// overlap it from above. A caller's text may be far longer, and its layout would take seconds.
 std::span<const std::string> shownLines(const std::vector<std::string>& lines, const Frame& frame,
                                         const LineBox& box) {
     const double fitting = std::floor((frame.height + 0.01) / box.height);
@@ -130,7 +130,7 @@ std::span<const std::string> shownLines(const std::vector<std::string>& lines, c
     return frame.growsUpwards ? all.last(count) : all.first(count);
 }
 
-/// Each line ends in an ellipsis where it is wider than the frame.
+/// Lines wider than the frame are ellipsized at their end.
 PangoLayoutOwner layOut(std::span<const std::string> lines, const PangoFontDescription* font,
                         const Frame& frame) {
     constexpr std::size_t kMostCharacters = 4000;
@@ -148,7 +148,7 @@ PangoLayoutOwner layOut(std::span<const std::string> lines, const PangoFontDescr
     return layout;
 }
 
-/// A line of a layout and where its baseline starts, in pixels from the canvas' top left.
+/// A line of a layout and the origin of its baseline, in pixels from the canvas' top left.
 struct PlacedLine {
     PangoLayoutLine* line;  ///< Owned by the layout.
     int x;
@@ -161,7 +161,7 @@ struct PlacedLine {
     }
 };
 
-/// Pango widens the ellipsis of a line to fill the width, which keeps the line from its place.
+/// Pango widens the ellipsis glyph to fill the line's width, which would break the alignment.
 void tightenEllipsis(PangoLayoutLine* line) {
     for (const GSList* at = line->runs; at != nullptr; at = at->next) {
         const auto* run = static_cast<const PangoGlyphItem*>(at->data);
@@ -174,8 +174,8 @@ void tightenEllipsis(PangoLayoutLine* line) {
     }
 }
 
-/// Baselines stand on whole pixels, which keeps the letters crisp. Pango itself would align each
-/// line by the direction of its own text.
+/// Baselines are snapped to whole pixels, which keeps the glyphs crisp. Pango itself would align
+/// each line by its base direction.
 std::vector<PlacedLine> placeLines(PangoLayout* layout, const Frame& frame, const LineBox& box) {
     const auto count = static_cast<std::size_t>(pango_layout_get_line_count(layout));
     long baseline = std::lround(frame.topOf(count, box)) + box.ascent;
@@ -204,7 +204,7 @@ bool drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
     return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
 }
 
-/// For each face of a set. `names` is a string; false goes on to the next face.
+/// Callback for each font of a fontset. `names` is a string; FALSE continues the iteration.
 gboolean appendName(PangoFontset*, PangoFont* face, gpointer names) {
     const FontDescription description(pango_font_describe(face));
     const std::unique_ptr<char, Releaser<g_free>> name(
@@ -231,7 +231,7 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
         ink = ink.joinedWith(line.inkBox());
     if (ink.isEmpty()) return std::nullopt;
 
-    // Letters just off the canvas still cast their shadow onto it.
+    // Glyphs just off the canvas still cast their shadow onto it.
     const int margin = shadowReach(attributes.shadow);
     const Box canvasBox{0, 0, canvas.width, canvas.height};
     const Box box = ink.grownBy(margin).cutTo(canvasBox.grownBy(margin));

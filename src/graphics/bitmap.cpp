@@ -20,8 +20,8 @@ std::optional<Bitmap> Bitmap::create(PixelSize size, std::size_t rowBytes) {
     if (rowBytes == 0) rowBytes = tight;
     if (rowBytes < tight || rowBytes % 4 != 0) return std::nullopt;
     if (rowBytes > std::numeric_limits<std::size_t>::max() / rows) return std::nullopt;
-    // Only the pixels are cleared: the rest of wide rows is several times as much memory, and none
-    // of it is ever looked at.
+    // Only the pixels are cleared: the padding of a wide stride is several times as much memory,
+    // and is never read.
     const bool wide = rowBytes > tight;
     Memory pixels(static_cast<std::uint8_t*>(wide ? std::malloc(rows * rowBytes)
                                                   : std::calloc(rows, rowBytes)));

@@ -11,16 +11,16 @@
 
 namespace tkv {
 
-/// The one picture in memory: premultiplied sRGB with alpha, one native-endian 32-bit word a pixel
-/// (0xAARRGGBB), rows from the top down, each `rowBytes` after the one before. Owns its pixels;
-/// moves, and copies only when asked.
+/// The one in-memory picture: premultiplied sRGB with alpha, one native-endian 32-bit word per
+/// pixel (0xAARRGGBB), rows top-down with a stride of `rowBytes`. Owns its pixels; movable, copied
+/// only by an explicit call.
 class Bitmap {
   public:
     /// A fully transparent bitmap, or none when a side is below 1 or there is no memory for it.
-    /// `rowBytes`: distance of two rows, a multiple of 4 and at least 4 * width; 0 means 4 * width.
+    /// `rowBytes`: the stride, a multiple of 4 and at least 4 * width; 0 means 4 * width.
     static std::optional<Bitmap> create(PixelSize size, std::size_t rowBytes = 0);
 
-    /// The same picture once more; none when there is no memory for it.
+    /// A copy; none when there is no memory for it.
     std::optional<Bitmap> copy() const;
 
     PixelSize size() const { return size_; }

@@ -7,7 +7,7 @@
 #include "graphics/bitmap.h"
 #include "graphics/releaser.h"
 
-// cairo's objects with owners; for the sources of this floor alone.
+// Owning handles (RAII) of cairo's objects, private to this layer.
 
 namespace tkv {
 

@@ -22,7 +22,7 @@ using Transform = std::unique_ptr<void, Releaser<cmsDeleteTransform>>;
 
 constexpr bool kBlueFirst = std::endian::native == std::endian::little;
 constexpr cmsUInt32Number kPixelType = kBlueFirst ? TYPE_BGRA_8 : TYPE_ARGB_8;
-// A grey pixel has the same value in its three colours: blue, at one end of the word, will do.
+// A grey pixel has equal channels: blue, at one end of the word, serves as the grey.
 constexpr cmsUInt32Number kGreyPixels = COLORSPACE_SH(PT_GRAY) | CHANNELS_SH(1) | BYTES_SH(1) |
                                         EXTRA_SH(3) | (kBlueFirst ? 0 : SWAPFIRST_SH(1));
 
@@ -43,7 +43,7 @@ constexpr KindOfProfile profileFor(ColorKind kind) {
     return {cmsSigRgbData, kPixelType};
 }
 
-/// A primary's profile tags, and where sRGB has it (IEC 61966-2-1, adapted to D50).
+/// A primary's colorant and tone curve tags, and its place in sRGB (IEC 61966-2-1, adapted to D50).
 struct Primary {
     cmsTagSignature colorant;
     cmsTagSignature curve;
@@ -59,8 +59,8 @@ double encoded(double light) {
     return light <= 0.0031308 ? 12.92 * light : 1.055 * std::pow(light, 1 / 2.4) - 0.055;
 }
 
-/// Whether the profile has that primary of sRGB: within what makes no pixel another by more than a
-/// level or two, since hardly two makers of such profiles round alike.
+/// Whether the profile has that primary of sRGB, within a tolerance of a level or two in any pixel:
+/// hardly two makers of such profiles round alike.
 bool hasPrimary(const Profile& profile, const Primary& primary) {
     const auto* place = static_cast<const cmsCIEXYZ*>(cmsReadTag(profile.get(), primary.colorant));
     const auto* curve = static_cast<const cmsToneCurve*>(cmsReadTag(profile.get(), primary.curve));
@@ -76,15 +76,15 @@ bool hasPrimary(const Profile& profile, const Primary& primary) {
     return true;
 }
 
-/// Of a profile for RGB. Most are sRGB's, and converting would change nothing. Their names do not
-/// tell.
+/// Whether an RGB profile is sRGB's, as most are, so that there is nothing to convert. Their names
+/// do not tell.
 bool isSrgb(const Profile& profile) {
     return cmsIsMatrixShaper(profile.get()) && !cmsIsTag(profile.get(), cmsSigAToB0Tag) &&
            std::ranges::all_of(
                kPrimaries, [&](const Primary& primary) { return hasPrimary(profile, primary); });
 }
 
-/// The colour space that the header of a profile names: any number, as it stands there.
+/// The colour space signature in the header of a profile, unchecked.
 std::uint32_t colorSpaceOf(std::span<const std::uint8_t> icc) {
     constexpr std::size_t kSpace = 16;
     std::uint32_t space = 0;
@@ -93,7 +93,7 @@ std::uint32_t colorSpaceOf(std::span<const std::uint8_t> icc) {
     return space;
 }
 
-/// How pictures of one kind are brought from one profile to sRGB.
+/// A cached transform of one kind of pictures from one profile to sRGB.
 struct Conversion {
     Conversion() = default;
     Conversion(std::span<const std::uint8_t> icc, ColorKind pictures)
@@ -122,7 +122,8 @@ struct Conversion {
 }  // namespace
 
 bool convertToSrgb(Bitmap& bitmap, std::span<const std::uint8_t> icc, ColorKind kind) {
-    // To prepare one takes longer than to decode a small picture, and those of a loop share it.
+    // Creating a transform takes longer than decoding a small picture, and the frames of a loop
+    // share one.
     thread_local Conversion conversion;  // The module keeps one of its own.
     if (!conversion.isFor(icc, kind)) conversion = Conversion(icc, kind);
     if (!conversion.transform) return conversion.isNone;
@@ -131,7 +132,7 @@ bool convertToSrgb(Bitmap& bitmap, std::span<const std::uint8_t> icc, ColorKind 
     const auto width = static_cast<std::size_t>(bitmap.width());
     for (int y = 0; y < bitmap.height(); ++y) {
         const std::span row(bitmap.row(y), width);
-        // The colours are converted as they are without their alpha, which stays.
+        // The profile applies to straight colours; alpha is kept.
         if (!inks) std::ranges::transform(row, row.begin(), straight);
         cmsDoTransform(conversion.transform.get(), row.data(), row.data(),
                        static_cast<cmsUInt32Number>(width));

@@ -6,7 +6,7 @@ namespace tkv {
 
 namespace {
 
-/// What the module's function answers; none or false without the module.
+/// What the module's function returns; none or false without the module.
 template <typename Function, typename... Args>
 auto fromModule(Function DesktopGraphics::*function, const Args&... args)
     -> decltype((std::declval<DesktopGraphics>().*function)(args...)) {

@@ -7,7 +7,7 @@
 namespace tkv {
 
 /// What the desktop module has for pictures. The functions of the same names in this namespace
-/// forward to it, and answer none where the module is not installed.
+/// forward to it, and return none where the module is not installed.
 struct DesktopGraphics {
     static constexpr const char* kSymbol = "tkvDesktopGraphics";
     TableStamp stamp;

@@ -11,7 +11,7 @@ namespace tkv {
 
 namespace {
 
-/// The same rectangle, given in the bitmap's drawing units, in its pixels.
+/// Converts a rectangle from the bitmap's drawing units to its pixels.
 PixelRect pixelsOf(const Bitmap& bitmap, const Rect& units) {
     const PixelRect& extent = bitmap.extent();
     const double x = extent.width / bitmap.nominalSize().width;
@@ -28,14 +28,14 @@ CairoContext contextOn(Bitmap& bitmap) {
     return CairoContext(cairo_create(surfaceOn(bitmap).get()));
 }
 
-/// Contexts and surfaces keep the first error that they met, and do nothing from then on; that of
-/// a surface shows in the context that draws on it or with it.
+/// cairo's errors are sticky: contexts and surfaces keep the first one, and do nothing from then
+/// on; a surface's error propagates to the context that draws on it or with it.
 bool isDrawn(cairo_t* context) {
     return cairo_status(context) == CAIRO_STATUS_SUCCESS;
 }
 
 void sampleSource(cairo_t* context, cairo_extend_t beyond, cairo_filter_t filter) {
-    if (!isDrawn(context)) return;  // cairo would make a source for this question, and lose it.
+    if (!isDrawn(context)) return;  // cairo_get_source would create a source, and leak it.
     cairo_pattern_set_extend(cairo_get_source(context), beyond);
     cairo_pattern_set_filter(cairo_get_source(context), filter);
 }
@@ -51,7 +51,7 @@ PixelRect common(const PixelRect& a, const PixelRect& b) {
             std::min(a.top + a.height, b.top + b.height) - top};
 }
 
-/// The whole pixels that a rectangle touches.
+/// The pixel-aligned bounding box of a rectangle.
 PixelRect touched(const PixelRect& rect) {
     const double left = std::floor(rect.left);
     const double top = std::floor(rect.top);
@@ -59,7 +59,7 @@ PixelRect touched(const PixelRect& rect) {
             std::ceil(rect.top + rect.height) - top};
 }
 
-/// What stands at `rect` when `from` is scaled to `to`.
+/// Maps `rect` by the transformation that maps `from` to `to`.
 PixelRect scaled(const PixelRect& rect, const PixelRect& from, const PixelRect& to) {
     const double x = to.width / from.width;
     const double y = to.height / from.height;
@@ -67,8 +67,8 @@ PixelRect scaled(const PixelRect& rect, const PixelRect& from, const PixelRect& 
             rect.width * x, rect.height * y};
 }
 
-/// Whether cairo may scale a picture by that many of its pixels for each drawn one: straight lines
-/// between pixels do for enlarging, and while nearly all pixels are kept.
+/// Whether cairo may scale a picture by that many of its pixels per drawn one: bilinear filtering
+/// is good enough for enlarging, and while nearly all pixels are kept.
 bool cairoScales(const Bitmap& picture, double across, double down) {
     constexpr double kNearlyAll = 1.25;
     constexpr int kLargestSurface = 32767;
@@ -76,14 +76,14 @@ bool cairoScales(const Bitmap& picture, double across, double down) {
            std::max(picture.width(), picture.height()) <= kLargestSurface;
 }
 
-/// Sets a picture as what is painted, its part `from` at `to`.
+/// Sets a picture as cairo's source, its part `from` at `to`.
 void setSource(cairo_t* context, const Bitmap& picture, const PixelRect& from,
                const PixelRect& to) {
     cairo_translate(context, to.left, to.top);
     cairo_scale(context, to.width / from.width, to.height / from.height);
     const CairoSurface pixels = surfaceOn(picture);
     cairo_set_source_surface(context, pixels.get(), -from.left, -from.top);
-    // Padding keeps the filter from mixing transparency into the picture's edges.
+    // Padding keeps the filter from blending transparency into the picture's edges.
     sampleSource(context, CAIRO_EXTEND_PAD, CAIRO_FILTER_BILINEAR);
 }
 
@@ -131,7 +131,7 @@ bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const 
                     source.height / destination.height)) {
         setSource(cr, picture, source, destination);
     } else {
-        // The clip cuts edges between pixels; what is made here covers whole ones.
+        // The clip antialiases fractional edges; the resampled bitmap covers whole pixels.
         const PixelRect area = touched(seen);
         const PixelSize size{static_cast<int>(area.width), static_cast<int>(area.height)};
         made = resampled(picture, scaled(area, destination, source), size);

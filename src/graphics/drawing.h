@@ -5,7 +5,7 @@
 
 namespace tkv {
 
-// Each of these answers false when the drawing library failed, as it does without memory and on
+// Each of these returns false when the drawing library failed, as it does without memory and on
 // targets with a side above 32,767 pixels: the target then lacks what was to be drawn.
 
 enum class Compositing { sourceOver, destinationOver };
@@ -14,14 +14,14 @@ enum class Compositing { sourceOver, destinationOver };
 [[nodiscard]] bool fillRect(Bitmap& target, const Rect& area, const Color& color);
 
 /// Draws the part `from` of the picture (in the picture's drawing units; `Rect{}` means all of
-/// it) into the rectangle `to` of the target (in the target's drawing units), scaled, at
-/// `opacity` in 0..1. Where `from` reaches beyond the picture nothing is drawn. Shrinking averages,
-/// enlarging interpolates linearly.
+/// it) into the rectangle `to` of the target (in the target's drawing units), scaled, at `opacity`
+/// in 0..1. Where `from` reaches beyond the picture nothing is drawn. Downscaling averages,
+/// upscaling is bilinear.
 [[nodiscard]] bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from,
                                const Rect& to, Compositing compositing, double opacity);
 
-/// Pixels made for one place of a canvas, ready to be blended there as they are: the top left one
-/// stands `left` pixels from the canvas' left edge and `top` from its top edge, also beyond them.
+/// Pixels made for one place of a canvas, ready to be blended there unscaled: the top left one is
+/// `left` pixels from the canvas' left edge and `top` from its top edge; both may be negative.
 struct PlacedBitmap {
     Bitmap pixels;
     int left = 0;

@@ -14,10 +14,10 @@ namespace tkv {
 namespace {
 
 struct Format {
-    /// None in a format that is only read.
+    /// Null for a format that is only read.
     std::array<std::string_view, 2> extensions{};
     /// Whether a file that begins with these bytes is of this format; null where GdkPixbuf, which
-    /// tells its own formats apart, reads it.
+    /// does its own detection, reads it.
     bool (*isIn)(ByteView head) = nullptr;
     std::optional<Bitmap> (*decode)(ByteView file, const NeededSize& needed) = decodeWithPixbuf;
     std::optional<Bytes> (*encode)(const Bitmap& bitmap, std::optional<float> factor) = nullptr;
@@ -25,8 +25,8 @@ struct Format {
     bool heedsQuality = false;
 };
 
-/// In the order in which a file is tried. Pictures in JPEG 2000 stand on black although the format
-/// could keep alpha: that is part of the interface.
+/// In the order in which a file's format is probed. Pictures in JPEG 2000 stand on black although
+/// the format could keep alpha: that is part of the interface.
 constexpr std::array kFormats{
     Format{.extensions = {"jpg", "jpeg"},
            .isIn = isJpeg,
@@ -77,7 +77,7 @@ std::optional<Bitmap> decodePicture(const std::string& path, const NeededSize& n
         });
         if (file) return format->decode(*file, needed);
     } catch (const std::bad_alloc&) {
-        // A picture that memory cannot hold is one that cannot be shown.
+        // A picture that does not fit into memory counts as one that cannot be decoded.
     }
     return std::nullopt;
 }

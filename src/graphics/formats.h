@@ -15,9 +15,9 @@ namespace tkv {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// Asked once, when a picture's upright size in pixels is known (as stored, of one that is too
-/// large to be decoded): answers the smallest size in pixels that will do. A decoder may then
-/// answer any reduction of which no side is below it.
+/// Callback, called once when a picture's upright size in pixels is known (as stored, for one that
+/// is too large to be decoded): returns the smallest size in pixels that is sufficient. A decoder
+/// may then return any reduced picture that is at least that large.
 using NeededSize = std::function<PixelSize(PixelSize full)>;
 
 /// Asks for every pixel of the picture.

@@ -31,7 +31,7 @@ struct Rect {
     auto operator<=>(const Rect&) const = default;
 };
 
-/// A rectangle in pixels, also between whole ones: origin at the top-left corner, y downwards.
+/// A rectangle in pixels, possibly fractional: origin at the top-left corner, y downwards.
 struct PixelRect {
     double left = 0;
     double top = 0;

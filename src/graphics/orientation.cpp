@@ -18,15 +18,15 @@ namespace {
 
 constexpr std::array<char, 6> kExifHeader{'E', 'x', 'i', 'f', 0, 0};
 
-/// How the stored pixel for an upright one at (x, y) is found: swapped to (y, x) where the picture
-/// lies on its side (swapsSides), then counted from the right or from the bottom edge.
+/// How an upright pixel's (x, y) maps to the stored one: transposed where the picture lies on its
+/// side (swapsSides), then mirrored horizontally or vertically.
 struct Turn {
     bool fromRight;
     bool fromBottom;
 };
 
 constexpr std::array<Turn, 9> kTurns{{
-    {},  // Orientations count from 1.
+    {},  // Orientations are numbered from 1.
     {false, false},
     {true, false},
     {true, true},
@@ -42,7 +42,7 @@ constexpr std::array<Turn, 9> kTurns{{
 int exifOrientation(std::span<const std::uint8_t> exif) {
     constexpr std::string_view header(kExifHeader.data(), kExifHeader.size());
     std::string bytes(exif.begin(), exif.end());
-    // The library would search anything else for a whole JPEG file.
+    // The library would parse anything else as a whole JPEG file.
     if (bytes.starts_with("II*") || bytes.starts_with("MM")) bytes.insert(0, header);
     if (!bytes.starts_with(header)) return 1;
     const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(exif_data_new_from_data(

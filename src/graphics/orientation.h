@@ -18,8 +18,8 @@ constexpr bool swapsSides(int orientation) {
     return orientation >= 5 && orientation <= 8;
 }
 
-/// The bitmap turned or mirrored so that it stands upright; as it is for orientation 1. None when
-/// there is no memory for the turned one.
+/// The bitmap rotated or mirrored so that it stands upright; as it is for orientation 1. None when
+/// there is no memory for the rotated one.
 std::optional<Bitmap> upright(Bitmap bitmap, int orientation);
 
 }  // namespace tkv

@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// A format that is read only where some package is installed, or not at all: `mark` stands `at`
-/// its files' beginning.
+/// A format that is read only where some package is installed, or not at all: its files have the
+/// signature `mark` at the offset `at`.
 struct RareFormat {
     std::size_t at;
     std::string_view mark;

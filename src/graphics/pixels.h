@@ -45,7 +45,7 @@ constexpr std::uint32_t premultiplied(std::uint32_t straight) {
                    times(blueOf(straight)));
 }
 
-/// The reverse; what is fully transparent has no colour left and turns black.
+/// From premultiplied to straight; what is fully transparent has no colour left and turns black.
 constexpr std::uint32_t straight(std::uint32_t premultiplied) {
     const unsigned alpha = alphaOf(premultiplied);
     if (alpha == 255) return premultiplied;
@@ -57,7 +57,7 @@ constexpr std::uint32_t straight(std::uint32_t premultiplied) {
                    over(blueOf(premultiplied)));
 }
 
-/// The opaque colour that amounts of ink in 0..255 leave of white paper, without any profile.
+/// The opaque colour of CMYK in 0..255, converted without a profile.
 constexpr std::uint32_t pixelOfInks(unsigned cyan, unsigned magenta, unsigned yellow,
                                     unsigned black) {
     const auto left = [black](unsigned ink) { return ((255 - ink) * (255 - black) + 127) / 255; };

@@ -12,13 +12,13 @@ namespace tkv {
 
 namespace {
 
-/// How much the pixels before and behind weigh: the triangle of linear interpolation, two pixels
-/// wide, averaged over a narrow and a wide box.
+/// The filter kernel: the triangle of linear interpolation, two pixels wide, convolved with a
+/// narrow and a wide box.
 class Kernel {
   public:
-    /// `step`: source pixels for each pixel of the answer.
+    /// `step`: source pixels per output pixel.
     explicit Kernel(double step) {
-        // The boxes vanish where nothing is shrunk, and there nothing is to be blurred.
+        // Without downscaling the boxes vanish, so that nothing is blurred.
         const double growth = std::sqrt(std::max(0.0, step * step - 1));
         if (growth < 0.01) return;
         narrow_ = growth;
@@ -37,7 +37,7 @@ class Kernel {
     }
 
   private:
-    /// The triangle integrated twice.
+    /// The second integral of the triangle.
     static double integral(double x) {
         const auto cube = [](double value) { return std::abs(value * value * value); };
         return (cube(x + 1) - 2 * cube(x) + cube(x - 1)) / 12;
@@ -47,13 +47,14 @@ class Kernel {
     double wide_ = 0;
 };
 
-/// Which pixels of one of the source's sides make each pixel of the answer's, and how much of each.
+/// Along one axis, the filter taps of each output pixel: the source pixels and their weights.
 class Axis {
   public:
-    /// As many at a time are mixed without a branch.
+    /// Taps are summed in unrolled groups of this many.
     static constexpr int kAtOnce = 4;
 
-    /// `from`, `length`: the shown part of a side of `pixels` pixels; `answer`: what it becomes.
+    /// `from`, `length`: the shown part of a side of `pixels` pixels; `answer`: the output's
+    /// pixels.
     Axis(double from, double length, int pixels, int answer)
         : step_(length / answer), kernel_(step_), pixels_(pixels) {
         taps_ = kAtOnce * static_cast<int>(std::ceil(2 * kernel_.reach() / kAtOnce));
@@ -65,15 +66,15 @@ class Axis {
         end_ = std::min(first_.back() + taps_, pixels);
     }
 
-    /// The first of the pixels that make pixel `i`.
+    /// The first tap of output pixel `i`.
     int first(int i) const { return first_[static_cast<std::size_t>(i)]; }
     const std::vector<int>& firsts() const { return first_; }
-    /// How many of them have weights: always a multiple of kAtOnce, some of them 0, and of pixels
-    /// beyond the last one all.
+    /// The number of taps, a multiple of kAtOnce; padding taps, and all past the last pixel, weigh
+    /// 0.
     int taps() const { return taps_; }
     const float* weights(int i) const { return &weights_[offset(i)]; }
 
-    /// All the pixels that are needed: the first one, and the one behind the last.
+    /// The half-open range of all source pixels that are needed.
     int begin() const { return begin_; }
     int end() const { return end_; }
 
@@ -82,7 +83,7 @@ class Axis {
         return static_cast<std::size_t>(i) * static_cast<std::size_t>(taps_);
     }
 
-    /// Weighs the pixels around `center`, so that the sum is 1.
+    /// Sets the weights around `center`, normalised to a sum of 1.
     void weigh(double center, float* weights) {
         const auto begin = static_cast<int>(std::floor(center - kernel_.reach())) + 1;
         const auto end = static_cast<int>(std::ceil(center + kernel_.reach()));
@@ -113,7 +114,7 @@ constexpr std::size_t channels(int pixels) {
     return std::size_t{4} * static_cast<std::size_t>(pixels);
 }
 
-/// One row of the answer's height, as wide as the source: the channels of the needed columns.
+/// The vertical pass: one output row, still as wide as the source's needed columns.
 void mixRows(const Bitmap& source, const Axis& columns, const Axis& rows, int y,
              std::vector<float>& mixed) {
     const std::size_t length = channels(columns.end() - columns.begin());
@@ -135,10 +136,10 @@ void mixRows(const Bitmap& source, const Axis& columns, const Axis& rows, int y,
     }
 }
 
-/// The four channels of a pixel.
+/// The four channels of a pixel, a SIMD vector.
 using Channels [[gnu::vector_size(16)]] = float;
 
-/// That row at the answer's width, with a half more of each channel, so that cutting rounds.
+/// The horizontal pass: that row at the output's width, plus a half so that truncation rounds.
 void mixColumns(const std::vector<float>& row, const Axis& columns, std::vector<float>& mixed) {
     const float* weights = columns.weights(0);
     float* to = mixed.data();
@@ -171,7 +172,7 @@ std::optional<Bitmap> resampled(const Bitmap& source, const PixelRect& part, Pix
     if (!answer) return std::nullopt;
     const Axis columns(part.left, part.width, source.width(), size.width);
     const Axis rows(part.top, part.height, source.height(), size.height);
-    // Pixels beyond the last one are read too, and weigh nothing.
+    // Taps past the last pixel are read too, with a weight of 0.
     std::vector<float> high(channels(columns.end() - columns.begin() + columns.taps()));
     std::vector<float> mixed(channels(size.width));
     for (int y = 0; y < size.height; ++y) {

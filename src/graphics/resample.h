@@ -6,13 +6,13 @@
 
 namespace tkv {
 
-/// The part `part` of the source's pixels, which need not begin or end at whole ones, scaled to
-/// `size` pixels; beyond the source's edges its last pixels go on. Pixels that are neither scaled
-/// nor moved stay what they are. None when there is no memory.
+/// The part `part` of the source's pixels, whose edges may be fractional, scaled to `size` pixels;
+/// beyond the source its edge pixels repeat. Pixels that are neither scaled nor moved are
+/// unchanged. None when there is no memory.
 ///
-/// Enlarging joins the pixels by straight lines. Shrinking averages these lines over the width of
-/// one pixel of the answer, and that over the width of one and a half: no weight is negative, so
-/// nothing rings, and of a pattern too fine for the answer's pixels next to nothing is left.
+/// Upscaling interpolates linearly. Downscaling convolves that with boxes of about one and one and
+/// a half output pixels: no weight is negative, so there is no ringing, and of a pattern above the
+/// output's Nyquist frequency next to no aliasing is left.
 std::optional<Bitmap> resampled(const Bitmap& source, const PixelRect& part, PixelSize size);
 
 }  // namespace tkv

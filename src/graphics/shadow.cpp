@@ -13,7 +13,7 @@ namespace tkv {
 namespace {
 
 /// A shadow's blur radius is twice the standard deviation, as in the canvas and style-sheet
-/// standards of the web, and the Gaussian is cut where it falls under a hundredth.
+/// standards of the web, and the Gaussian is truncated where it falls below a hundredth.
 constexpr double kRadiusPerDeviation = 2.0;
 constexpr double kDeviationsKept = 3.0;
 
@@ -38,7 +38,8 @@ std::vector<float> kernel(double blurRadius, double offset) {
     return weights;
 }
 
-/// Convolves `lines` lines of `length` values; values of a line stand `step` apart, lines `stride`.
+/// Convolves `lines` lines of `length` values; the values of a line are `step` apart, lines
+/// `stride`.
 void convolve(const std::vector<float>& in, std::vector<float>& out,
               const std::vector<float>& weights, int length, int step, int lines, int stride) {
     const int reach = static_cast<int>(weights.size() / 2);
@@ -57,7 +58,7 @@ void convolve(const std::vector<float>& in, std::vector<float>& out,
     }
 }
 
-/// The bitmap's alpha in 0..1, blurred and moved.
+/// The bitmap's alpha in 0..1, blurred and offset.
 std::vector<float> blurredShape(const Bitmap& bitmap, const Shadow& shadow) {
     const int width = bitmap.width();
     const int height = bitmap.height();
@@ -76,7 +77,7 @@ std::vector<float> blurredShape(const Bitmap& bitmap, const Shadow& shadow) {
     return shape;
 }
 
-/// `color` at `coverage` below the premultiplied `pixel`.
+/// `color` at `coverage`, composited below the premultiplied `pixel` (destination-over).
 std::uint32_t under(std::uint32_t pixel, const Color& color, float coverage) {
     const float visible =
         coverage * color.alpha * (1.0F - static_cast<float>(alphaOf(pixel)) / 255.0F);

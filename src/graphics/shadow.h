@@ -5,7 +5,7 @@
 
 namespace tkv {
 
-/// A soft shadow of what is drawn: its shape, moved and blurred, in one colour underneath.
+/// A drop shadow: the shape of what is drawn, offset and blurred, in one colour underneath.
 struct Shadow {
     Color color = kBlack;
     double offsetX = 0;     ///< Pixels to the right.
@@ -15,11 +15,11 @@ struct Shadow {
     auto operator<=>(const Shadow&) const = default;
 };
 
-/// How far, in whole pixels, the shadow reaches beyond the shape on its farthest side.
+/// The largest extent of the shadow beyond the shape on any side, in whole pixels.
 int shadowReach(const Shadow& shadow);
 
-/// Puts the shadow of the bitmap's pixels under them. What would fall outside the bitmap is cut:
-/// leave a margin of shadowReach.
+/// Puts the shadow of the bitmap's pixels under them. The shadow is clipped to the bitmap: leave a
+/// margin of shadowReach.
 void addShadow(Bitmap& bitmap, const Shadow& shadow);
 
 }  // namespace tkv

@@ -14,7 +14,7 @@ enum class Alignment { left = 0, right = 1, center = 2, justified = 3 };
 
 /// The look of a text; one sans-serif font serves all.
 struct TextAttributes {
-    float fontSize = 11;  ///< Pixels an em; a text of no positive size draws nothing.
+    float fontSize = 11;  ///< Pixels per em; a text without a positive size draws nothing.
     Alignment alignment = Alignment::left;
     Shadow shadow;
     Color color = kWhite;
@@ -25,8 +25,8 @@ struct TextAttributes {
 /// Where a text stands, in drawing units of the canvas. At a point: the bottom-left corner of its
 /// box, each line from there to the right edge of the canvas at most. In a rectangle: the first
 /// line's top at the rectangle's top, lines aligned in its width; lines after the first that do not
-/// fit into its height are left out. A line that is too wide ends in an ellipsis. Lines are as high
-/// as the font's ascent and descent, each in whole pixels: 14 at size 11.
+/// fit into its height are left out. A line that is too wide is ellipsized at its end. The line
+/// height is the font's ascent plus its descent, each in whole pixels: 14 at size 11.
 using TextPlace = std::variant<Point, Rect>;
 
 /// Lays a text out for a canvas, shapes it, and draws it with its shadow. `text`: any bytes; what
@@ -35,9 +35,9 @@ using TextPlace = std::variant<Point, Rect>;
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
 
-/// The faces in which letters are looked for, a line each, in their order: those of the one font,
-/// then the system's others as the user's language prefers them. Texts look the same where this is
-/// the same; empty without the module. Takes some hundredths of a second.
+/// The fonts in which glyphs are looked up, one per line and in order: the primary font, then the
+/// fallback fonts as the user's language prefers them. Texts look the same where this is the same;
+/// empty without the module. Takes some hundredths of a second.
 std::string fallbackFaces();
 
 }  // namespace tkv

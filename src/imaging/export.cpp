@@ -12,13 +12,13 @@ namespace tkv {
 
 namespace {
 
-/// What is no factor in (0, 1], not-a-number included, stands for 0.9.
+/// Whatever is not in (0, 1], NaN included, means 0.9.
 float compressionFactor(float quality) {
     return quality > 0 && quality <= 1.0F ? quality : 0.9F;
 }
 
 void writeIfEncoded(const std::string& path, const std::optional<Bytes>& file) {
-    // The verdict is the file's existence afterwards, so a failed write needs no answer here.
+    // Success is the file's existence afterwards, so the write's result is not needed here.
     if (file) static_cast<void>(writeFile(expandTilde(path), *file));
 }
 

@@ -16,8 +16,8 @@ constexpr bool isOutputSize(PixelSize size) {
            std::max(size.width, size.height) <= kLargestOutputSide;
 }
 
-/// A transparent bitmap for a picture to be written, rows 32 bytes a pixel apart: that is eight
-/// times what the pixels need (the bits a pixel taken for bytes), and part of the interface.
+/// A transparent bitmap for a picture to be written, with a stride of 32 bytes per pixel: that is
+/// eight times what the pixels need (bits per pixel taken for bytes), and part of the interface.
 /// None when a side is below 1 or too large to draw or hold.
 inline std::optional<Bitmap> newOutputBitmap(PixelSize size) {
     constexpr std::size_t kRowBytesPerPixel = 32;

@@ -36,7 +36,7 @@ RescaleMode modeRoutine(int modeInt) {
     }
 }
 
-/// The size at which a picture covers the box; no mode shows more of its pixels.
+/// The size at which a picture covers the box; no mode needs more of its pixels.
 PixelSize coveringSize(PixelSize full, int dstW, int dstH) {
     const double f =
         std::min(static_cast<double>(full.width) / dstW, static_cast<double>(full.height) / dstH);

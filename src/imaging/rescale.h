@@ -14,12 +14,12 @@ namespace tkv {
 /// owned), or neither.
 using PictureSource = std::variant<std::monostate, std::string, const Bitmap*>;
 
-/// The modes of imgRescale: how a picture meets a box.
-inline constexpr int kFillAndCrop = 2;  ///< Fills the box; what does not fit is cut on both sides.
-inline constexpr int kFitWithBars = 1;  ///< Fits into the box, with bars around.
-inline constexpr int kStretch = 0;      ///< Each axis on its own.
+/// The modes of imgRescale: how a picture is fitted into a box.
+inline constexpr int kFillAndCrop = 2;  ///< Fills the box; what does not fit is cropped equally.
+inline constexpr int kFitWithBars = 1;  ///< Fits into the box, letterboxed or pillarboxed.
+inline constexpr int kStretch = 0;      ///< Fills the box, aspect ratio ignored.
 inline constexpr int kFit = -1;    ///< As kFitWithBars, but the output is as large as the picture.
-inline constexpr int kCover = -2;  ///< As kFillAndCrop, but nothing is cut.
+inline constexpr int kCover = -2;  ///< As kFillAndCrop, but nothing is cropped.
 
 /// Fits a picture into a box of dstW x dstH pixels and writes it to `dstPathStr` through imgExport.
 /// `resolution`: dots per inch of the output; 0 or below means 72.

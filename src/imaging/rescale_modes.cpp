@@ -13,12 +13,12 @@ namespace tkv {
 
 namespace {
 
-/// 0, less and no number at all stand for one unit a pixel.
+/// 0, negative values and NaN mean one unit per pixel.
 double usableResolution(double resolution) {
     return resolution > 0 ? resolution : kUnitsPerInch;
 }
 
-/// Truncates towards zero; not-a-number gives 0, what an int cannot hold its nearest value.
+/// Truncates towards zero and saturates at the limits of int; NaN gives 0.
 int truncated(double value) {
     if (std::isnan(value)) return 0;
     constexpr double kLowest = std::numeric_limits<int>::min();
@@ -31,7 +31,7 @@ float product(int a, float b) {
     return static_cast<float>(a) * b;
 }
 
-/// How the picture's size meets the box: `f` source units make one output pixel.
+/// How the picture is scaled to the box: by `f` source units per output pixel.
 struct Fit {
     int srcW;
     int srcH;
@@ -92,8 +92,8 @@ Rect nominalRect(const Bitmap& bitmap) {
     return {0, 0, bitmap.nominalSize().width, bitmap.nominalSize().height};
 }
 
-/// Draws the picture's part `from` into `to`; the ground `blackFill` is laid first unless alpha is
-/// kept. False when the drawing failed.
+/// Draws the picture's part `from` into `to`; the background `blackFill` is painted first unless
+/// alpha is kept. False when the drawing failed.
 bool drawOn(Bitmap& canvas, const Bitmap& image, const Rect& blackFill, const Rect& from,
             const Rect& to, bool keepAlpha) {
     if (!keepAlpha && !fillRect(canvas, blackFill, kBlack)) return false;
@@ -117,8 +117,8 @@ std::optional<Bitmap> imgRescaleFillCrop(const Bitmap* image, int dstW, int dstH
     const auto offX = static_cast<float>(halfX);
     const int srcOffY = truncated(offY * fit.f);
     const int srcOffX = truncated(offX * fit.f);
-    // The offsets are not multiplied by the resolution while the region is: kept, and without
-    // effect at 72 dots per inch.
+    // The region is scaled by the resolution and the offsets are not: kept so, and without effect
+    // at 72 dots per inch.
     const auto region = [&](int scaled, float offset) {
         return truncated(truncated(product(scaled, fit.f)) * dotsPerInch / kUnitsPerInch +
                          truncated(2 * offset * fit.f) * dotsPerInch / kUnitsPerInch);
@@ -192,7 +192,7 @@ std::optional<Bitmap> imgRescaleCover(const Bitmap* image, int dstW, int dstH, d
     const Fit fit = fitToBox(*image, dstW, dstH, covering);
     std::optional<Bitmap> canvas = newCanvas({fit.scaledW, fit.scaledH}, dotsPerInch, Logging::on);
     if (!canvas) return std::nullopt;
-    // The ground is four units larger than the box and may still be smaller than the bitmap.
+    // The background is four units larger than the box and may still be smaller than the bitmap.
     const Rect ground = boxRect(dstW + 4, dstH + 4);
     const Rect from{0, 0, double{product(fit.scaledW, fit.f)} * dotsPerInch / kUnitsPerInch,
                     double{product(fit.scaledH, fit.f)} * dotsPerInch / kUnitsPerInch};

@@ -27,8 +27,8 @@ class Descriptor {
     int number_;
 };
 
-/// Repeats `transfer(done)`, which answers as read and write do, until `size` bytes are done, the
-/// end of the file or an error; answers how many are done.
+/// Repeats `transfer(done)`, which returns as read and write do, until `size` bytes are done, the
+/// end of the file or an error; returns how many are done.
 template <typename Transfer>
 std::size_t transferAll(std::size_t size, Transfer transfer) {
     std::size_t done = 0;

@@ -19,13 +19,13 @@ namespace tkv {
 
 namespace {
 
-// Without O_NONBLOCK the opening of a FIFO would wait for somebody to write to it.
+// Without O_NONBLOCK, opening a FIFO would block until it has a writer.
 Descriptor openForReading(const std::string& path) {
     return Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
 }
 
-// A file that is made if it is missing. A FIFO that nobody reads fails instead of waiting for a
-// reader; one that is read is written to at its reader's pace.
+// Creates the file if it is missing. Opening a FIFO without a reader fails instead of blocking;
+// writing to one with a reader blocks as usual.
 Descriptor openForWriting(const std::string& path, int flags) {
     Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC | flags, 0666));
     if (file.number() >= 0) {
@@ -34,18 +34,17 @@ Descriptor openForWriting(const std::string& path, int flags) {
     return file;
 }
 
-// How many bytes could be written where the file stands.
+// Writes at the file offset; returns how many bytes could be written.
 std::size_t writeAll(const Descriptor& file, const void* bytes, std::size_t size) {
     return transferAll(size, [&](std::size_t done) {
         return write(file.number(), static_cast<const std::uint8_t*>(bytes) + done, size - done);
     });
 }
 
-// Copies up to `size` bytes from where the one file stands to where the other does; answers as
-// read and write do.
+// Copies up to `size` bytes from one file's offset to the other's; returns as read and write do.
 ssize_t copyRange(const Descriptor& from, const Descriptor& to, std::size_t size) {
-    // The kernel copies within itself, or lets both files share the blocks, but not on every file
-    // system. Whatever its objection, reading and writing tell whether the copy is possible.
+    // The kernel copies in kernel space, or shares the blocks (reflink), but not on every file
+    // system. Whatever its error, reading and writing decide whether the copy is possible.
     const ssize_t copied = copy_file_range(from.number(), nullptr, to.number(), nullptr, size, 0);
     if (copied >= 0) return copied;
     std::array<std::uint8_t, 65536> buffer{};
@@ -58,7 +57,7 @@ bool isDigit(char c) {
     return c >= '0' && c <= '9';
 }
 
-// The significant digits of the number at `position`, which moves behind it.
+// The significant digits of the number at `position`, which advances past it.
 std::string_view digitsAt(std::string_view text, std::size_t& position) {
     while (position < text.size() && text[position] == '0')
         ++position;
@@ -133,7 +132,7 @@ bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes) {
     const UnfinishedFile unfinished(path);
     held.reset();
     const std::size_t written = writeAll(file, bytes.data(), bytes.size());
-    // A full disk or quota may show only when the file is closed.
+    // A full disk or quota may be reported only by close.
     const bool isWhole = file.close() && written == bytes.size();
     if (!isWhole) removePartOfFile(path);
     return isWhole;
@@ -168,7 +167,7 @@ bool copyFile(const std::string& from, const std::string& to) {
         !S_ISREG(sourceStatus.st_mode)) {
         return false;
     }
-    // Truncating comes after the look at what was opened: the two names may be links to one file.
+    // Truncated only after the comparison: the two names may be links to one file.
     std::optional<SignalsHeld> held(std::in_place);
     Descriptor target = openForWriting(to, 0);
     struct stat targetStatus {};

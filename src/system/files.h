@@ -9,13 +9,12 @@
 #include <system_error>
 #include <vector>
 
-// Files as the disk has them. Paths are taken as they stand: tilde already expanded, links
-// followed.
+// Files on disk. Paths are used unchanged: tilde already expanded, symbolic links followed.
 
 namespace tkv {
 
-/// Tells one state of a file from another: it changes when the file is replaced or written anew,
-/// but for a rewrite of the same length within one tick of the file system's clock.
+/// Identifies one state of a file: it changes when the file is replaced or rewritten, except for a
+/// rewrite of the same length within the file system's timestamp granularity.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -28,12 +27,12 @@ struct FileStamp {
 /// None when nothing is at `path`.
 std::optional<FileStamp> fileStamp(const std::string& path);
 
-/// Whether the path can be opened for reading, as a folder may be too; never waits.
+/// Whether the path can be opened for reading, as a folder may be too; never blocks.
 bool canBeRead(const std::string& path);
 
 /// The whole of a regular file; none when it cannot be read, is no regular file or larger than
-/// `most` bytes, or when `isWanted`, asked with its first bytes (4096, or all of a smaller one),
-/// answers false: then no more is read.
+/// `most` bytes, or when the callback `isWanted`, given its first bytes (4096, or all of a smaller
+/// one), returns false: then no more is read.
 using HeadTest = std::function<bool(std::span<const std::uint8_t> head)>;
 std::optional<std::vector<std::uint8_t>> readFile(
     const std::string& path, std::int64_t most = std::int64_t{1} << 30U,
@@ -43,20 +42,20 @@ std::optional<std::vector<std::uint8_t>> readFile(
 /// regular file is then removed, so that no part is taken for the whole.
 bool writeFile(const std::string& path, std::span<const std::uint8_t> bytes);
 
-/// Removes the regular file at `path`, be it behind links, if one is there: for what was written in
-/// part only, which would be taken for the whole.
+/// Removes the regular file at `path`, symbolic links followed, if there is one: for a partially
+/// written file, which would be taken for a complete one.
 void removePartOfFile(const std::string& path);
 
 /// Makes an empty file, unless one is there already that may be read and written. False when the
 /// path cannot be opened for both.
 bool createFile(const std::string& path);
 
-/// Writes `bytes` behind all that is in the file. False when the path cannot be opened for reading
-/// and writing, has no end to write at (a FIFO), or some bytes could not be written.
+/// Appends `bytes` to the file. False when the path cannot be opened for reading and writing, is
+/// not seekable (a FIFO), or some bytes could not be written.
 bool appendToFile(const std::string& path, std::string_view bytes);
 
 /// Writes `bytes` over the first ones of the file, whose rest stays; nothing when the path cannot
-/// be opened for writing. Never waits.
+/// be opened for writing. Never blocks.
 void overwriteStart(const std::string& path, std::string_view bytes);
 
 /// Makes `to` a copy of the regular file `from`, created or truncated first. False when both names
@@ -72,7 +71,7 @@ std::optional<std::vector<std::string>> folderNames(const std::string& path);
 /// cannot be found, and for a path that ends in ".", ".." or the root, whatever folder that is.
 std::optional<std::string> itemLocation(const std::string& path);
 
-/// What is known of a file system: sizes in bytes, counts of its inodes, its number.
+/// Statistics of a file system: sizes in bytes, inode counts, its identifier.
 struct FileSystemFigures {
     std::uint64_t freeNodes = 0;
     std::uint64_t freeBytes = 0;  ///< For users without privileges.

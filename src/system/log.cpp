@@ -46,7 +46,8 @@ void writeLog(std::string_view text) {
     const std::string entry = validUtf8(text);
     const std::string_view end = entry.ends_with('\n') ? "" : "\n";
     if (logSink()) return logSink()(fmt::format("{}{}", entry, end));
-    // One write an entry, so that entries of several processes on one terminal do not mix.
+    // One write per entry, so that entries of several processes on one terminal are not
+    // interleaved.
     writeStandardError(fmt::format("{}{}{}", logPrefix(), entry, end));
     static const SyslogSocket syslog;
     syslog.send(kProgram, entry);

@@ -11,15 +11,15 @@ bool wasMissed = false;
 }
 
 const void* moduleTable(const char* symbol, std::size_t bytes) {
-    // Looked for as any library is: in the folder that the program was linked with, unless the
-    // environment names others.
+    // Found by the loader's search path: the program's RUNPATH, unless LD_LIBRARY_PATH overrides
+    // it.
     static void* const library = dlopen("tkv_desktop.so", RTLD_LAZY | RTLD_LOCAL);
     const void* const found = library == nullptr ? nullptr : dlsym(library, symbol);
     const auto* const stamp = static_cast<const TableStamp*>(found);
     if (stamp != nullptr && *stamp == TableStamp{TKV_MODULE_VERSION, bytes}) return found;
     if (!wasMissed) {
         const char* const reason =
-            // Each thread has a message of its own. NOLINTNEXTLINE(concurrency-mt-unsafe)
+            // dlerror's message is thread-local. NOLINTNEXTLINE(concurrency-mt-unsafe)
             stamp == nullptr ? dlerror() : "tkv_desktop.so: built for another version";
         logLine("desktop module      :-( {}", reason == nullptr ? symbol : reason);
         wasMissed = true;

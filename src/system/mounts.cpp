@@ -12,7 +12,7 @@ std::optional<std::vector<std::string>> mountPoints() {
         setmntent("/proc/self/mounts", "re"), endmntent);
     if (!table) return std::nullopt;
     std::vector<std::string> points;
-    // Only the thread that removes asks. NOLINTNEXTLINE(concurrency-mt-unsafe)
+    // Only the thread that removes calls this. NOLINTNEXTLINE(concurrency-mt-unsafe)
     while (const mntent* entry = getmntent(table.get()))
         points.emplace_back(entry->mnt_dir);
     return points;

@@ -18,7 +18,7 @@ std::string_view trimmed(std::string_view path) {
 
 }  // namespace
 
-// The environment changes only before there are other threads, and one thread asks for accounts.
+// The environment changes only before there are other threads, and one thread looks accounts up.
 // NOLINTBEGIN(concurrency-mt-unsafe)
 
 std::string homeFolder() {

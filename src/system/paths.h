@@ -4,7 +4,7 @@
 #include <string_view>
 #include <vector>
 
-// Paths as plain strings of any bytes; nothing here looks at the disk.
+// Paths as plain strings of any bytes; nothing here accesses the disk.
 
 namespace tkv {
 
@@ -17,8 +17,8 @@ std::string loginName();
 /// The home folders of all accounts of the user database.
 std::vector<std::string> accountHomes();
 
-/// The path with a leading "~" or "~user" replaced by that home folder; a user nobody knows leaves
-/// it as it is.
+/// The path with a leading "~" or "~user" replaced by that home folder; an unknown user leaves it
+/// unchanged.
 std::string expandTilde(std::string_view path);
 
 /// `name` below `folder`, with one slash between them; just `name` when `folder` is empty.

@@ -22,15 +22,15 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Programs that were started and have not been seen to end.
+// Child processes that have not been reaped.
 std::vector<pid_t> children;
 
-// Takes leave of those that have ended; waits for none.
+// Reaps those that have exited, without blocking.
 void reap() {
     std::erase_if(children, [](pid_t child) { return waitpid(child, nullptr, WNOHANG) != 0; });
 }
 
-// Waits until there is something to read, or the end of it; false when that comes too late.
+// Waits for data or the end of file; false when the deadline `end` passes first.
 bool isReadableBy(steady_clock::time_point end, int descriptor) {
     pollfd waiting{descriptor, POLLIN, 0};
     int found = -1;
@@ -41,7 +41,7 @@ bool isReadableBy(steady_clock::time_point end, int descriptor) {
     return found != 0;
 }
 
-// Reads to the end, or to one of the limits; then `isCut` is set.
+// Reads to the end of file, or to one of the limits; then `isCut` is set.
 std::string readAnswer(int descriptor, const PipelineLimits* limits, bool& isCut) {
     const auto end = steady_clock::now() + (limits != nullptr ? limits->time : milliseconds(0));
     std::string bytes;
@@ -84,7 +84,8 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
     bool isCut = false;
     std::string output = readAnswer(pipes.back().readEnd.number(), limits, isCut);
     if (isCut) {
-        // Those that had ended by themselves are still this process's, so the numbers are theirs.
+        // Those that have exited are zombies until they are reaped, so no process id has been
+        // reused.
         for (std::size_t i = others; i < children.size(); ++i)
             kill(children[i], SIGKILL);
         if (!isUtf8(output)) output = firstCharacters(output, characterCount(output) - 1);

@@ -18,7 +18,7 @@ namespace tkv {
 
 namespace {
 
-// Cuts what a stream brings into lines and hands them on.
+// Splits a stream into lines and passes them to a callback.
 class LineReader {
   public:
     LineReader(Descriptor stream, const std::function<void(std::string_view)>& onLine)
@@ -26,7 +26,7 @@ class LineReader {
 
     int number() const { return stream_.number(); }
 
-    // Reads what is there; at the stream's end hands on the last line and closes it.
+    // Reads what is available; at the end of file passes on the last line and closes the stream.
     void read() {
         std::array<char, 4096> buffer{};
         const ssize_t got = ::read(number(), buffer.data(), buffer.size());
@@ -59,7 +59,7 @@ class LineReader {
 
 void readLines(LineReader& output, LineReader& errors) {
     while (output.number() >= 0 || errors.number() >= 0) {
-        // A closed stream has the number -1, which poll passes over.
+        // A closed stream's descriptor is -1, which poll ignores.
         std::array<pollfd, 2> waiting{{{output.number(), POLLIN, 0}, {errors.number(), POLLIN, 0}}};
         if (poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents != 0) output.read();
@@ -67,7 +67,7 @@ void readLines(LineReader& output, LineReader& errors) {
     }
 }
 
-// Waits until the child has ended, without reaping it: until then its number is nobody else's.
+// Waits until the child has exited, without reaping it: its process id cannot be reused until then.
 void waitFor(pid_t child) {
     siginfo_t ended{};
     while (waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT) < 0 &&
@@ -87,7 +87,7 @@ ProgramEnd reap(pid_t child) {
 
 void openStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // The lowest free number is given out, and those below this one are taken.
+        // open returns the lowest free descriptor, and those below this one are open.
         if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", O_RDWR) != stream) return;
     }
 }
@@ -112,18 +112,18 @@ void ProgramStop::stop() {
     }
 }
 
-ProgramStop::Place::Place(ProgramStop& stop, pid_t child) {
-    for (std::atomic<pid_t>& place : stop.running_) {
+ProgramStop::Slot::Slot(ProgramStop& stop, pid_t child) {
+    for (std::atomic<pid_t>& slot : stop.running_) {
         pid_t nobody = 0;
-        if (!place.compare_exchange_strong(nobody, child)) continue;
-        place_ = &place;
+        if (!slot.compare_exchange_strong(nobody, child)) continue;
+        slot_ = &slot;
         break;
     }
-    if (stop.stopped_) kill(child, SIGTERM);  // It came too late for stop().
+    if (stop.stopped_) kill(child, SIGTERM);  // It was registered too late for stop().
 }
 
-ProgramStop::Place::~Place() {
-    if (place_ != nullptr) *place_ = 0;
+ProgramStop::Slot::~Slot() {
+    if (slot_ != nullptr) *slot_ = 0;
 }
 
 ProgramEnd runProgram(Program program, ProgramStop& stop) {
@@ -138,8 +138,8 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
     }
     if (input.number() < 0) return {ProgramEnd::How::noFile, errno};
     const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
-    const Descriptor file(program.output.empty() ? -1
-                                                 : open(placed(program.output).c_str(), flags, 0666));
+    const Descriptor file(
+        program.output.empty() ? -1 : open(placed(program.output).c_str(), flags, 0666));
     if (file.number() < 0 && !program.output.empty()) return {ProgramEnd::How::noFile, errno};
 
     std::vector<Pipe> pipes = makePipes(2);
@@ -152,13 +152,13 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
         startProgram(program.command, environ, {input.number(), written, errors.writeEnd.number()},
                      Lookup::inPath, child, program.folder);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
-    // Whoever feeds the program is to see when nobody reads any more.
+    // Closed, so that whoever writes to the program gets a broken pipe when it exits.
     input.close();
     output.writeEnd.close();
     errors.writeEnd.close();
 
     {
-        const ProgramStop::Place place(stop, child);
+        const ProgramStop::Slot slot(stop, child);
         LineReader outputLines(std::move(output.readEnd), program.onOutput);
         LineReader errorLines(std::move(errors.readEnd), program.onError);
         readLines(outputLines, errorLines);

@@ -14,52 +14,52 @@
 
 namespace tkv {
 
-/// Leads those of the standard streams that are closed to /dev/null, so that no file that is opened
-/// later is taken for one of them. To be called first.
+/// Opens /dev/null in place of closed standard streams, so that no file opened later gets their
+/// descriptors. To be called first.
 void openStandardStreams();
 
 /// This process's environment variables, by name.
 std::map<std::string, std::string> environmentVariables();
 
-/// Ends programs together: those that are run with it.
+/// Terminates programs together: those that are run with it.
 class ProgramStop {
   public:
     ProgramStop() = default;
     ProgramStop(ProgramStop&&) = delete;
 
-    /// Ends all that are running, SIGTERM first and, the second time, SIGKILL, and keeps others
-    /// from being started. Async-signal-safe.
+    /// Terminates all that are running, at the first call by SIGTERM, then by SIGKILL, and keeps
+    /// others from being started. Async-signal-safe.
     void stop();
 
     bool isStopped() const { return stopped_; }
 
-    /// A running program that can be stopped while this lives. When all places are taken it ends by
-    /// itself.
-    class Place {
+    /// Registers a child process during its lifetime. If all slots are taken, the child is not
+    /// stopped.
+    class Slot {
       public:
-        Place(ProgramStop& stop, pid_t child);
-        ~Place();
-        Place(Place&&) = delete;
+        Slot(ProgramStop& stop, pid_t child);
+        ~Slot();
+        Slot(Slot&&) = delete;
 
       private:
-        std::atomic<pid_t>* place_ = nullptr;
+        std::atomic<pid_t>* slot_ = nullptr;
     };
 
   private:
     static_assert(std::atomic<pid_t>::is_always_lock_free);
 
     std::atomic<bool> stopped_ = false;
-    std::array<std::atomic<pid_t>, 64> running_{};  // 0 in a free place
+    std::array<std::atomic<pid_t>, 64> running_{};  // 0 is a free slot
 };
 
-/// A program that is started by itself, and what becomes of its streams.
+/// A program to start, and the redirection of its streams.
 struct Program {
     std::vector<std::string> command;  ///< looked up in $PATH unless it has a slash; its arguments
-    std::string folder;  ///< where it runs and its files' relative paths begin; empty: here
-    std::string input;   ///< a file; empty: nothing is to be read
-    std::string output;  ///< a file that is created or emptied; empty: its lines are handed on
-    /// Is given each line of the standard output and of the standard error stream, as soon as it is
-    /// written, without its end; carriage returns end lines too. Called in the thread that waits.
+    std::string folder;  ///< its working directory, where relative paths begin; empty: this one
+    std::string input;   ///< a file; empty: /dev/null
+    std::string output;  ///< a file, created or truncated; empty: its lines go to the callback
+    /// Callbacks for each line of standard output and of standard error, as soon as it is written,
+    /// without its line end; carriage returns end lines too. Called in the waiting thread.
     std::function<void(std::string_view line)> onOutput, onError;
     /// The read end of a pipe, instead of the input file.
     Descriptor stream = Descriptor(-1);
@@ -75,7 +75,7 @@ struct ProgramEnd {
         stopped,     ///< by its ProgramStop
     };
     How how = How::exited;
-    int status = 0;  ///< of the exit, or the signal's number, or errno of what did not work
+    int status = 0;  ///< the exit status, the signal's number, or errno of the failure
 };
 
 /// Runs a program and waits until it has ended. Any number may run at once, in threads.

@@ -42,8 +42,7 @@ int startProgram(const std::vector<std::string>& command, char* const* environme
 
     if (!folder.empty()) posix_spawn_file_actions_addchdir_np(&actions, folder.c_str());
 
-    // Whatever this process blocks or ignores, a program whose reader is gone is to end, and one
-    // whose file grows too large.
+    // Whatever this process blocks or ignores, SIGPIPE and SIGXFSZ are to terminate a program.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t signals;

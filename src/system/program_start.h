@@ -10,13 +10,14 @@
 
 namespace tkv {
 
-/// So many pipes; none when there are too many open files.
+/// That many pipes; none when there are too many open files.
 std::vector<Pipe> makePipes(std::size_t count);
 
-/// An argv or envp array of the words, which must outlive it and are not to be changed.
+/// A null-terminated argv or envp array of pointers into the words, which must outlive it
+/// unchanged.
 std::vector<char*> argvOf(const std::vector<std::string>& words);
 
-/// What a program gets as its streams; -1 leaves one as this process has it.
+/// Descriptors for a program's standard streams; with -1 it inherits that of this process.
 struct Streams {
     int input = -1;
     int output = -1;
@@ -25,9 +26,9 @@ struct Streams {
 
 enum class Lookup { asItStands, inPath };
 
-/// Starts the command, its program and arguments, with no signal blocked and those that this
-/// process ignores as a program expects them. `folder`: where it runs; empty: here. Returns 0, or
-/// errno of why that was not possible.
+/// Starts the command, its program and arguments, with an empty signal mask, and the default action
+/// of signals that this process ignores. `folder`: its working directory; empty: this one. Returns
+/// 0, or errno of the failure.
 int startProgram(const std::vector<std::string>& command, char* const* environment,
                  const Streams& streams, Lookup lookup, pid_t& child,
                  const std::string& folder = {});

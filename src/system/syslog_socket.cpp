@@ -16,7 +16,7 @@ namespace {
 
 constexpr std::string_view kSystemPath = _PATH_LOG;
 
-// The C library's syslog() waits for as long as the socket is full.
+// The C library's syslog() blocks while the socket is full.
 Descriptor connectedTo(std::string_view path) {
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
@@ -43,10 +43,10 @@ void SyslogSocket::send(std::string_view program, std::string_view text) const {
     std::tm local{};
     const std::time_t now = std::time(nullptr);
     localtime_r(&now, &local);
-    // The form that RFC 3164 describes; the socket's owner adds the machine.
+    // The format of RFC 3164; the daemon adds the host name.
     const std::string entry =
         fmt::format("<{}>{:%b %e %H:%M:%S} {}: {}", LOG_USER | LOG_NOTICE, local, program, text);
-    // A listener that is gone is no reason to end: SIGPIPE is not raised for such sockets.
+    // No SIGPIPE when the daemon is gone: it is not raised for datagram sockets.
     static_cast<void>(::send(connection_.number(), entry.data(), entry.size(), 0));
 }
 

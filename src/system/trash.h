@@ -11,7 +11,7 @@ namespace tkv {
 /// the text alone.
 bool moveToTrash(const std::string& path);
 
-/// What the desktop module has for this.
+/// The desktop module's function table for this.
 struct DesktopTrash {
     static constexpr const char* kSymbol = "tkvDesktopTrash";
     TableStamp stamp;

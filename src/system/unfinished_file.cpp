@@ -11,7 +11,7 @@ namespace tkv {
 
 namespace {
 
-// Read by a signal's handler: the path stands there before the flag says so.
+// Read by a signal handler: the path is set before the flag.
 std::array<char, PATH_MAX> unfinishedPath{};
 volatile std::sig_atomic_t isUnfinished = 0;
 

@@ -5,7 +5,8 @@
 
 namespace tkv {
 
-/// Holds back SIGTERM, SIGINT and SIGHUP while it lives. They come afterwards.
+/// Blocks SIGTERM, SIGINT and SIGHUP during its lifetime; they stay pending and are delivered
+/// afterwards.
 class SignalsHeld {
   public:
     SignalsHeld();
@@ -16,9 +17,9 @@ class SignalsHeld {
     sigset_t before_{};
 };
 
-/// While it lives, the regular file at a path, be it behind links, counts as unfinished. To be made
-/// while the signals are still held that were held for the file's opening, so that none comes in
-/// between. There is one at a time: a second one takes the first one's place.
+/// During its lifetime, the regular file at a path, symbolic links followed, counts as unfinished.
+/// To be constructed while the signals that were blocked to open the file are still blocked, so
+/// that none is delivered in between. There is one at a time: a second one replaces the first.
 class UnfinishedFile {
   public:
     explicit UnfinishedFile(const std::string& path);
@@ -26,8 +27,8 @@ class UnfinishedFile {
     UnfinishedFile(UnfinishedFile&&) = delete;
 };
 
-/// Removes the file that counts as unfinished, if one does; for the signal handlers of a program
-/// that is to end. Async-signal-safe.
+/// Removes the file that counts as unfinished, if one does; for the signal handlers that terminate
+/// a program. Async-signal-safe.
 void removeUnfinishedFile();
 
 }  // namespace tkv

@@ -17,9 +17,8 @@ namespace tkv {
 
 namespace {
 
-// The user's locale for dates, by the C library's order of variables. Of what follows the name
-// ("sr_RS.UTF-8@latin") only a script says something to ICU. The C locale has no language: it
-// speaks English.
+// The user's locale for dates, by the C library's precedence of variables. Of what follows the name
+// ("sr_RS.UTF-8@latin") ICU understands only a script. The C locale has no language: English.
 icu::Locale dateLocale() {
     std::string name;
     for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
@@ -45,21 +44,21 @@ icu::Locale dateLocale() {
     return hasLanguage ? locale : icu::Locale::getUS();
 }
 
-// What is not UTF-8 becomes U+FFFD, and so does a zero byte, which would end the text in the C
-// libraries that it is handed to.
+// What is not UTF-8 becomes U+FFFD, and so does a NUL, which would terminate the string in C
+// libraries.
 icu::UnicodeString decoded(std::string_view text) {
     return icu::UnicodeString::fromUTF8(text).findAndReplace(UChar32{0}, UChar32{0xFFFD});
 }
 
 std::string encoded(const icu::UnicodeString& text) {
-    // ICU's strings throw nothing: they are empty where there was no memory for them.
+    // ICU's strings do not throw: they are bogus, and read as empty, when memory is short.
     if (text.isBogus()) throw std::bad_alloc();
     std::string bytes;
     text.toUTF8String(bytes);
     return bytes;
 }
 
-// Georgian's capitals are for headlines and in few fonts: its everyday letters stand for them.
+// Georgian capitals (Mtavruli) are for headlines and in few fonts: Mkhedruli letters replace them.
 icu::UnicodeString withEverydayGeorgian(icu::UnicodeString text) {
     for (int32_t i = 0; i < text.length(); ++i) {
         if (ublock_getCode(text[i]) != UBLOCK_GEORGIAN_EXTENDED) continue;
@@ -84,7 +83,7 @@ void dropBlanksAtEnd(icu::UnicodeString& line) {
     line.truncate(length);
 }
 
-// Whether a byte of valid UTF-8 begins a character.
+// Whether a byte of valid UTF-8 is a lead byte.
 bool isLeadByte(char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
 }
@@ -92,7 +91,7 @@ bool isLeadByte(char byte) {
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
-    // What is not valid is decoded as U+FFFD and comes back as other bytes.
+    // Invalid sequences are decoded as U+FFFD and do not survive the round trip.
     return encoded(icu::UnicodeString::fromUTF8(bytes)) == bytes;
 }
 

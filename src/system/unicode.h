@@ -8,17 +8,17 @@
 
 namespace tkv {
 
-/// Whether the bytes are valid UTF-8; a zero byte is.
+/// Whether the bytes are valid UTF-8; a NUL is.
 bool isUtf8(std::string_view bytes);
 
-/// The text as valid UTF-8: what is not (a stray byte, a sequence cut short) and each zero byte are
+/// The text as valid UTF-8: invalid bytes (a stray one, a truncated sequence) and each NUL are
 /// replaced by U+FFFD.
 std::string validUtf8(std::string_view text);
 
-/// Number of Unicode characters in a valid UTF-8 text.
+/// Number of code points in a valid UTF-8 text.
 std::size_t characterCount(std::string_view text);
 
-/// The first `count` characters of a valid UTF-8 text.
+/// The first `count` code points of a valid UTF-8 text.
 std::string_view firstCharacters(std::string_view text, std::size_t count);
 
 /// The text as valid UTF-8 for a line of a terminal: control characters are replaced by U+FFFD.
@@ -28,22 +28,22 @@ std::string printable(std::string_view text);
 /// scripts most characters take two.
 std::string firstColumns(std::string_view text, int columns);
 
-/// Upper case by Unicode's full rules in no language's own way: "straße" gives "STRASSE", and "i"
-/// gives "I" for a Turkish user too. Georgian keeps its everyday letters.
-/// The text may be any bytes; the answer is valid UTF-8.
+/// Upper case by Unicode's full case mapping, independent of the locale: "straße" gives "STRASSE",
+/// and "i" gives "I" for a Turkish user too. Georgian keeps its Mkhedruli letters.
+/// The text may be any bytes; the result is valid UTF-8.
 std::string upperCased(std::string_view text);
 
-/// The first letter of each word upper case, the others lower case, by Unicode's word boundaries:
-/// "l'été" gives "L'été". Otherwise as upperCased.
+/// Title case, the other letters lower case, by Unicode's word boundaries: "l'été" gives "L'été".
+/// Otherwise as upperCased.
 std::string capitalized(std::string_view text);
 
-/// The text in Latin letters without accents, as far as ICU knows how to write its script in them:
-/// "Un été à Αθήνα" gives "Un ete a Athena". The text may be any bytes; what has no such letters
-/// stays in it.
+/// The text transliterated to Latin letters without accents, as far as ICU knows its script: "Un
+/// été à Αθήνα" gives "Un ete a Athena". The text may be any bytes; what has no such letters stays
+/// in it.
 std::string latinLetters(std::string_view text);
 
 /// The local date of `time` in the long style of the user's date language, in that language's upper
-/// case, such as "1 AOÛT 2026"; in English where nobody knows that language.
+/// case, such as "1 AOÛT 2026"; in English where ICU does not know that language.
 std::string upperCasedLongDate(std::time_t time);
 
 /// The lines of a text as they are drawn: without control characters but tabs, blanks at their

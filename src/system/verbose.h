@@ -9,7 +9,8 @@ int isVerbose();
 /// Keeps the low byte of `value`, as a signed number.
 void setVerbose(int value);
 
-/// The gate before the most detailed diagnostics, with their level (1 or 2): closed at every level.
+/// Whether the most detailed diagnostics of a level (1 or 2) are enabled: they are not, at either
+/// level.
 constexpr bool debugAlertsEnabled(int /*level*/) {
     return false;
 }

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-// Whether something is there. None of these throws or writes a line; no path answers false.
+// Whether something is there. None of these throws or writes a line; no path gives false.
 
 namespace tkv {
 
@@ -15,8 +15,8 @@ bool folderExists(const std::optional<std::string>& path);
 /// or is a link to something that exists. A file that may not be read counts as absent.
 bool fileExists(const std::optional<std::string>& path);
 
-/// Where a desktop's workspace wants to hear that a path has changed, this tells it. File managers
-/// on Linux watch the disk themselves, so that nobody is told here.
+/// Notifies the desktop that a path has changed, where it needs that. File managers on Linux watch
+/// the disk themselves (inotify), so that this does nothing.
 void noteFileChanged(const std::optional<std::string>& path);
 
 }  // namespace tkv

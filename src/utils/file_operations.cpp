@@ -29,8 +29,8 @@ bool makeFolders(const fs::path& folder, Permissions permissions) {
     if (error == std::errc::filename_too_long) return false;
     const fs::path parent = folder.parent_path();
     if (!parent.empty() && parent != folder && !makeFolders(parent, permissions)) return false;
-    // By now it may be there: made by another run at the same time, or as its own parent where the
-    // path ends in a slash or in dots.
+    // It may exist by now: created by a concurrent run, or as its own parent where the path ends in
+    // a slash or in dots.
     const bool isMade = fs::create_directory(folder, error);
     if (isMade && permissions == Permissions::openToAll)
         fs::permissions(folder, fs::perms::all, error);

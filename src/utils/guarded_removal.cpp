@@ -32,8 +32,8 @@ bool isPieceOf(std::string_view piece, std::string_view text) {
     return !piece.empty() && text.find(piece) != std::string_view::npos;
 }
 
-// The item at a path, which lies at `location`. A slash behind it says that it is meant to be a
-// folder: anything else stays.
+// The item at a path, which lies at `location`. With a trailing slash only a folder is meant:
+// anything else stays.
 std::error_code removeItem(const std::string& path, const std::optional<std::string>& location) {
     std::error_code error;
     if (!location) return std::make_error_code(std::errc::no_such_file_or_directory);
@@ -66,7 +66,7 @@ std::string describeFileSystem(const FileSystemFigures& system) {
 }
 
 // Whether something is at a path that could not be opened; if not, removes what may be left there,
-// such as a link to nothing.
+// such as a dangling symbolic link.
 bool isPresentOrRemoved(const std::string& path, const std::optional<std::string>& location) {
     std::error_code error;
     const std::optional<FileSystemFigures> system = fileSystemOf(path, error);
@@ -88,7 +88,7 @@ std::string fichier_dirname(const std::optional<std::string>& path) {
     if (!path) return "";
     std::string item = expandTilde(*path);
     if (item.find(kMovieShare) != std::string::npos) {
-        // The share's length is cut from the end wherever it stands: so the interface has it.
+        // The share's length is cut from the end, wherever it occurs: that is the interface.
         item = firstCharacters(item, characterCount(item) - kMovieShare.size());
         verboseLine("bundle imovie        : {}", item);
     }
@@ -144,7 +144,7 @@ bool rmCocoa(const std::optional<std::string>& path) {
     const std::string target = expandTilde(*path);
     const std::string home = parentFolder(expandTilde("~/Movies"));
     const std::string login = loginName();
-    // Found once, so that what is guarded is what is removed.
+    // Resolved once, so that what is checked is what is removed.
     const std::optional<std::string> location = itemLocation(target);
     RemovalVerdict verdict = removalVerdict(target, home, login);
     if (verdict == RemovalVerdict::allowed && location && isGuarded(*location, home, login)) {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-// A delete that refuses the paths whose loss could take a home, a volume or the whole disk along.
+// A delete that refuses paths whose removal could take a home, a volume or the whole disk along.
 
 namespace tkv {
 
@@ -25,8 +25,8 @@ enum class RemovalVerdict {
     refusedWildcard,  ///< begins with a wildcard that some shell has left unexpanded
 };
 
-/// Whether `path` (tilde expanded) may be removed, as far as its text tells. `home`: the user's
-/// home folder; `login`: the user's login name. Writes the lines of fichier_dirname.
+/// Whether `path` (tilde expanded) may be removed, by its text alone. `home`: the user's home
+/// folder; `login`: the user's login name. Writes the lines of fichier_dirname.
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login);
 
@@ -36,7 +36,7 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
 /// really is, as a refusedDirname.
 /// True when nothing is there afterwards, and also for a file that may not be opened, or that is no
 /// folder though the path ends in a slash: both are left alone. False for a refused path and for
-/// what stayed in spite of both ways. Nothing on the disk makes it throw.
+/// what neither could be removed nor moved. Nothing on the disk makes it throw.
 bool rmCocoa(const std::optional<std::string>& path);
 
 }  // namespace tkv

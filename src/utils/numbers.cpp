@@ -16,7 +16,7 @@ std::int32_t intValue(const std::string& text) {
 }
 
 std::int32_t nbMultipleArrondi(std::int32_t value, std::int32_t multiple) {
-    // In 64 bits neither the remainder nor the sum overflows at the limits of 32.
+    // In 64 bits neither the remainder nor the sum of 32-bit values overflows.
     const std::int64_t remainder = std::int64_t{value} % multiple;
     if (remainder == 0) return value;
     const std::int64_t down = value - remainder;

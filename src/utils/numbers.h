@@ -8,7 +8,8 @@
 namespace tkv {
 
 /// The number at the start of a text: white space is skipped, then come a sign, if any, and decimal
-/// digits up to the first other character. No digits give 0; beyond 32 bits the limit is answered.
+/// digits up to the first other character. No digits give 0; the result saturates at the limits of
+/// 32 bits.
 std::int32_t intValue(const std::string& text);
 
 /// Rounds to a multiple of `multiple` (not 0): up from half of it, the half truncated to an

@@ -26,7 +26,7 @@ bool isDirectlyIn(const std::vector<std::string>& folders, const std::string& lo
     return std::ranges::count(folders, parentFolder(location)) > 0;
 }
 
-/// Adds to each path the one that it resolves to.
+/// Adds the canonical path of each, symbolic links resolved.
 std::vector<std::string> withResolved(std::vector<std::string> paths) {
     for (std::size_t i = paths.size(); i > 0; --i) {
         std::error_code error;
@@ -44,14 +44,14 @@ ItemKind kindOf(const std::string& location) {
         case fs::file_type::regular:
             return ItemKind::file;
         case fs::file_type::not_found:
-        case fs::file_type::none:  // A link to what cannot be reached.
+        case fs::file_type::none:  // A symbolic link whose target is inaccessible.
             return ItemKind::nothing;
         default:
             return ItemKind::other;
     }
 }
 
-/// What matters to an item of that kind.
+/// The places that matter to an item of that kind.
 GuardedPlaces guardedPlaces(ItemKind kind, const std::string& home, const std::string& login) {
     GuardedPlaces places;
     places.roots = withResolved({"/", "/Volumes", "/Users"});

@@ -14,13 +14,13 @@ bool ecritureFichier(const std::optional<std::string>& path, const std::optional
                      bool withBOM) {
     if (!path || path->empty() || !text || text->empty()) return false;
     const std::optional<std::string> target = expandTilde(*path);
-    // Nothing is allocated once there is a file, which would be left empty.
+    // No allocation once the file exists: a failed one would leave it empty.
     const std::string bytes = validUtf8(*text);
     std::optional<UnfinishedFile> unfinished;
     if (!fileExists(*target)) {
         verboseLine("a creer…");
         const SignalsHeld held;
-        // A file that may not be read is not there for `fileExists`, but cannot be opened here.
+        // An unreadable file does not exist for `fileExists`, but cannot be opened here.
         if (!createFile(*target)) {
             writeStandardError("Impossible to create destination file !\n");
             return false;

@@ -8,7 +8,7 @@
 namespace tkv {
 
 /// Appends the text to a file, made when it is missing; the path's leading tilde is expanded. What
-/// is in a file stays there. A part of the text that is not valid is written as U+FFFD.
+/// is in a file stays there. Invalid parts of the text are written as U+FFFD.
 /// `withBOM`: a file that is made begins with the byte-order mark. Only a file that is made counts
 /// as unfinished (system/unfinished_file.h) meanwhile.
 /// True when all the text was written; false also for no or an empty path or text.

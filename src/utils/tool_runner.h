@@ -9,15 +9,15 @@
 
 namespace tkv {
 
-/// Runs the command or pipeline that the words make and answers what its last command printed to
-/// both its output streams, as UTF-8.
+/// Runs the command or pipeline that the words make and returns what its last command wrote to
+/// standard output and standard error, as UTF-8.
 ///
-/// `words`: the word "|" separates the commands; each begins with the path of its program, no
-/// search path is looked at. A word's leading tilde is expanded unless the word is a URL.
+/// `words`: the word "|" separates the commands; each begins with the path of its program; $PATH is
+/// not searched. A word's leading tilde is expanded unless the word is a URL.
 ///
 /// None, with nothing started, for no words, an empty command or a program that is not there; none
-/// also when all that was printed is nothing, a blank, a line feed or both, or is not UTF-8.
-/// `limits`: as runPipeline takes them; without, it waits as long and reads as much as it has to.
+/// also when the output is empty, a blank, a line feed or both, or is not UTF-8. `limits`: as
+/// runPipeline takes them; none means unlimited.
 std::optional<std::string> taskArrayPipes(const std::vector<std::string>& words,
                                           const PipelineLimits* limits = nullptr);
 

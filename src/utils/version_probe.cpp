@@ -71,7 +71,7 @@ float versionSpumux(bool requireSpumux, const std::string& resources,
     for (const std::string& line : linesOfText(output)) {
         const std::size_t start = line.find("version ");
         if (start == std::string::npos) continue;
-        // With the word before it the major number reads as 0, which is the scale of the answer.
+        // With the word before it the major number parses as 0, which is the scale of the result.
         version = floatFromString(line.substr(start));
         if (version > 0.0F) break;
     }

@@ -17,10 +17,10 @@ float floatFromString(const std::string& text);
 std::vector<std::string> linesOfText(const std::optional<std::string>& text);
 
 /// The version of the `spumux` program among the resources, minor and patch number only: 0.7.2
-/// gives 0.0702. 0 when it tells none, and when the program that must be there is not: `spumux`
+/// gives 0.0702. 0 when it prints none, and when the program that must be there is not: `spumux`
 /// with `requireSpumux`, `dvdauthor` without.
-/// It reads nothing, its answer counts up to one mebibyte, and after `patience` it is killed, where
-/// what it has printed by then counts.
+/// Its input is empty, its output is read up to one mebibyte, and after the timeout `patience` it
+/// is killed; what it has printed by then counts.
 float versionSpumux(bool requireSpumux, const std::string& resources = resourceFolder(),
                     std::chrono::milliseconds patience = std::chrono::seconds(10));
 

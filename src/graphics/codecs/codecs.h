@@ -7,12 +7,12 @@
 #include "graphics/bitmap.h"
 #include "graphics/formats.h"
 
-// The picture formats, one source file each. A decoder takes a whole file in memory and gives an
+// The picture formats, one source file each. A decoder takes a whole file in memory and returns an
 // upright sRGB bitmap, or none when the bytes are not a picture that it can show; `needed` and the
-// nominal size are as decodePicture says. An encoder gives the bytes of a whole file, or none when
-// its library fails; each file states the bitmap's resolution (72 dots per inch when as many
-// drawing units as pixels) where its format can hold one. `factor` is a compression factor in
-// (0, 1] or none, which only the JPEG encoder heeds. All may throw std::bad_alloc.
+// nominal size are as decodePicture says. An encoder returns the bytes of a whole file, or none
+// when its library fails; each file states the bitmap's resolution (72 dots per inch when as many
+// drawing units as pixels) where its format can hold one. Only the JPEG encoder honours `factor`, a
+// compression factor in (0, 1] or none. All may throw std::bad_alloc.
 
 namespace tkv {
 
@@ -22,36 +22,36 @@ using ByteView = std::span<const std::uint8_t>;
 bool isJpeg(ByteView head);
 /// Decodes at the full size or the smallest half, quarter or eighth of it that `needed` allows.
 std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
-/// Written at quality round(100 * factor), with full colour resolution from 0.95 on; without a
-/// factor at quality 75. Alpha is dropped: what is transparent turns black.
+/// Written at quality round(100 * factor), without chroma subsampling (4:4:4) from 0.95 on; without
+/// a factor at quality 75. Alpha is dropped: what is transparent turns black.
 std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor = {});
 
 bool isJpeg2000(ByteView head);
-/// A boxed file or a bare codestream, halved once less often than `needed` allows: beside edges a
-/// reduced picture of this format overshoots, which the drawing then averages away.
+/// A JP2 file or a raw codestream, one resolution level finer than `needed` asks for: reduced
+/// pictures of this format overshoot at edges, which the drawing's downscaling then averages away.
 std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
-/// Lossless, boxed (JP2); with an alpha channel only when some pixel is not opaque.
+/// Lossless JP2; with an alpha channel only when some pixel is not opaque.
 std::optional<Bytes> encodeJpeg2000(const Bitmap& bitmap, std::optional<float> factor = {});
 
 bool isReadByPixbuf(ByteView head);
-/// What the system's GdkPixbuf loads of PNG, GIF, BMP, TIFF, WebP, AVIF, HEIF, TGA and PNM;
-/// the first picture of an animation.
+/// What the system's GdkPixbuf loads of PNG, GIF, BMP, TIFF, WebP, AVIF, HEIF, TGA and PNM; the
+/// first frame of an animation.
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);
 /// With alpha.
 std::optional<Bytes> encodePng(const Bitmap& bitmap, std::optional<float> factor = {});
-/// All of one colour, which is not premultiplied; at 72 dots per inch.
+/// A solid colour, not premultiplied, at 72 dots per inch.
 std::optional<Bytes> encodePlainPng(PixelSize size, std::uint32_t straight);
 /// With alpha.
 std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> factor = {});
-/// 24 bits a pixel; what is transparent turns black.
+/// 24 bits per pixel; what is transparent turns black.
 std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor = {});
 
-/// At most 256 colours, exact where the bitmap has no more and dithered where it has; pixels below
-/// half opacity share one transparent index.
+/// Paletted: exact up to 256 colours, quantised and dithered beyond; pixels below half opacity
+/// share one transparent index.
 std::optional<Bytes> encodeGif(const Bitmap& bitmap, std::optional<float> factor = {});
 
-/// The largest pictures that are decoded: pixels a side as stored, and the bytes that are held at
-/// once meanwhile, those of the file, of the library and of the bitmaps.
+/// The limits of decoding: pixels a side as stored, and the bytes held at the peak by the file, the
+/// library and the bitmaps.
 inline constexpr int kLargestSide = 32768;
 inline constexpr std::int64_t kMostBytes = std::int64_t{960} << 20U;
 
@@ -62,7 +62,7 @@ constexpr std::int64_t pixelsOf(PixelSize size) {
     return std::int64_t{size.width} * size.height;
 }
 
-/// Whether a picture of this size, for which so many bytes are held, is within those limits.
+/// Whether a picture of this size, for which that many bytes are held, is within those limits.
 constexpr bool canHold(PixelSize full, std::int64_t bytes) {
     return full.width >= 1 && full.height >= 1 && full.width <= kLargestSide &&
            full.height <= kLargestSide && bytes <= kMostBytes;

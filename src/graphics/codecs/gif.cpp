@@ -22,13 +22,13 @@ constexpr int kLargestGifSide = 65535;
 
 using ColorMap = std::unique_ptr<ColorMapObject, Releaser<GifFreeMapObject>>;
 
-/// Closing ends the file, and writes what is left of it.
+/// Closing writes the trailer and flushes the file.
 struct CloseGif {
     void operator()(GifFileType* gif) const { EGifCloseFile(gif, nullptr); }
 };
 using Gif = std::unique_ptr<GifFileType, CloseGif>;
 
-/// A picture in few colours: an index a pixel, rows from the top down.
+/// A paletted picture: one index per pixel, rows top-down.
 struct Indexed {
     std::vector<std::uint32_t> palette;
     std::vector<GifPixelType> indices;
@@ -43,7 +43,7 @@ bool isTransparent(std::uint32_t pixel) {
     return alphaOf(pixel) < 128;
 }
 
-/// What is not transparent, as colours without alpha.
+/// The colours of the opaque pixels, without alpha.
 std::vector<std::uint32_t> opaqueColors(const Bitmap& bitmap) {
     std::vector<std::uint32_t> colors;
     for (int y = 0; y < bitmap.height(); ++y) {
@@ -54,9 +54,9 @@ std::vector<std::uint32_t> opaqueColors(const Bitmap& bitmap) {
     return colors;
 }
 
-/// Hands on what each pixel is short of its colour to its neighbours (Floyd and Steinberg), every
-/// other row from the right. Without that the gradients of photographs break into bands; in full
-/// it would make grain of what the palette has almost.
+/// Floyd-Steinberg error diffusion with serpentine scanning. Without it the gradients of
+/// photographs show banding; at full strength it would make grain of colours that the palette
+/// nearly has.
 class Diffusion {
   public:
     Diffusion(std::span<const std::uint32_t> palette, int width)
@@ -70,18 +70,18 @@ class Diffusion {
         std::ranges::fill(below_, Channels{});
     }
 
-    /// The index for a pixel of the row; `next` is the side on which the next one lies, 1 or -1.
+    /// The palette index for a pixel of the row; `next` is the scan direction, 1 or -1.
     std::size_t indexFor(std::uint32_t color, std::size_t x, int next);
 
   private:
     std::span<const std::uint32_t> palette_;
     NearestColor nearest_;
-    // What the pixels are to make up for, in 1/256; one more place at both ends.
+    // The diffused error in 1/256, with one more element at both ends.
     std::vector<Channels> here_, below_;
 };
 
 std::size_t Diffusion::indexFor(std::uint32_t color, std::size_t x, int next) {
-    constexpr int kHandedOn = 14;  // Sixteenths.
+    constexpr int kHandedOn = 14;  // Sixteenths of the error.
     const std::size_t at = x + 1;
     Channels wanted = channelsOf(color);
     for (std::size_t i = 0; i < wanted.size(); ++i)
@@ -128,7 +128,7 @@ Indexed indexed(const Bitmap& bitmap) {
 }
 
 bool write(GifFileType* gif, PixelSize size, Indexed& picture) {
-    // A file's palette has a power of two of entries, at least two.
+    // A file's palette has a power of two entries, at least two.
     const int bits = GifBitSize(static_cast<int>(picture.palette.size()));
     const ColorMap map(GifMakeMapObject(1 << bits, nullptr));
     if (!map) return false;

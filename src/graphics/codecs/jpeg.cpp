@@ -25,21 +25,21 @@ namespace tkv {
 
 namespace {
 
-/// The order in which a pixel word's bytes stand in memory.
+/// The byte order of a pixel word in memory.
 constexpr J_COLOR_SPACE kColorSpace =
     std::endian::native == std::endian::little ? JCS_EXT_BGRA : JCS_EXT_ARGB;
 
-/// Encoders write some ten scans. Each may cost a pass over the whole picture for a few bytes, so
-/// that the blocks of all scans have a limit too: some seconds' work, or six scans of the largest
-/// picture whose coefficients can be held.
+/// Encoders write some ten scans. A scan of a few bytes may cost a pass over the whole picture, so
+/// that the blocks of all scans together have a limit too: some seconds' work, or six scans of the
+/// largest picture whose coefficients fit into memory.
 constexpr int kMostScans = 100;
 constexpr std::int64_t kMostBlocks = 48'000'000;
 
 constexpr int kExifMarker = JPEG_APP0 + 1;
 constexpr int kIccMarker = JPEG_APP0 + 2;
 
-/// libjpeg gives up by a call that must not return, and prints its warnings. Here it prints none,
-/// and gives up by a jump out of the step that was run.
+/// libjpeg's error_exit must not return, and by default it prints warnings. This error manager
+/// prints none, and leaves the running step by longjmp.
 class Errors {
   public:
     /// To be called before the codec is created; the object must outlive it.
@@ -51,8 +51,8 @@ class Errors {
         manager_.output_message = [](j_common_ptr) {};
     }
 
-    /// False when libjpeg gave up. The jump runs no destructors, so `step` must not have local
-    /// objects with one, nor may what it calls.
+    /// False after an error. longjmp runs no destructors, so neither `step` nor what it calls may
+    /// have local objects with one.
     template <typename Step>
     bool run(const Step& step) {
         if (setjmp(exit_) != 0) return false;
@@ -69,7 +69,7 @@ class Errors {
     std::jmp_buf exit_{};
 };
 
-/// Counts scans and their blocks while they are read, and makes libjpeg give up beyond the limits.
+/// Counts scans and their blocks while they are read, and raises an error beyond the limits.
 class ScanCount {
   public:
     /// To be called before the header is read; the object must outlive the codec.
@@ -92,7 +92,7 @@ class ScanCount {
         if (self.last_ > kMostScans || self.blocks_ > kMostBlocks) common->err->error_exit(common);
     }
 
-    jpeg_progress_mgr manager_{};  // The first member, so that libjpeg's pointer is to the whole.
+    jpeg_progress_mgr manager_{};  // First member, so that libjpeg's pointer casts back.
     int last_ = 0;
     std::int64_t blocks_ = 0;
 };
@@ -155,8 +155,8 @@ PixelSize reducedSize(PixelSize full, int divisor) {
     return {(full.width + divisor - 1) / divisor, (full.height + divisor - 1) / divisor};
 }
 
-/// The DCT coefficients, of two bytes: of a file with several scans all of them are kept until the
-/// last one, at whatever size the picture is shown.
+/// The bytes of the DCT coefficients: of a multi-scan file libjpeg buffers all of them until the
+/// last scan, at whatever size the picture is shown.
 std::int64_t coefficientBytes(jpeg_decompress_struct& codec) {
     if (!jpeg_has_multiple_scans(&codec)) return 0;
     std::int64_t blocks = 0;
@@ -167,8 +167,8 @@ std::int64_t coefficientBytes(jpeg_decompress_struct& codec) {
     return blocks * DCTSIZE2 * 2;
 }
 
-/// 8, 4, 2 or 1: at these each pixel is the mean of a square. At the sizes between the library cuts
-/// frequencies off, and edges ring.
+/// 8, 4, 2 or 1: at these scales each pixel is a box average. At those between, libjpeg drops
+/// frequencies, and edges ring.
 int largestDivisor(PixelSize full, PixelSize needed) {
     int divisor = DCTSIZE;
     while (divisor > 1) {
@@ -183,7 +183,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     file = wholeJpegSegments(file);
     const Bytes lighter = withoutSurplusMetadata(file);
     if (!lighter.empty()) file = lighter;
-    // A file cut off before its first scan has nothing to show.
+    // A file truncated before its first scan has nothing to show.
     if (!readHeader(file) || codec_.src->bytes_in_buffer == 0) return std::nullopt;
 
     const int turn = orientation();
@@ -192,7 +192,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     PixelSize atLeast = needed(swapsSides(turn) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(turn)) std::swap(atLeast.width, atLeast.height);
     const int divisor = largestDivisor(full, atLeast);
-    // The file again without some scans, the coefficients, a bitmap and one that stands upright.
+    // A copy of the file without some scans, the coefficients, a bitmap and the upright one.
     if (!canHold(full, 2 * std::ssize(file) + coefficientBytes(codec_) +
                            std::int64_t{8} * pixelsOf(reducedSize(full, divisor)))) {
         return std::nullopt;
@@ -209,7 +209,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     if (!shorter.empty()) {
         if (!readHeader(shorter)) return std::nullopt;
         setUp();
-        // What is missing is not to be guessed from the blocks around: it would not be shown.
+        // No interblock smoothing: the coefficients that it would estimate are the invisible ones.
         codec_.do_block_smoothing = FALSE;
     }
     if (!errors_.run([&] { jpeg_start_decompress(&codec_); })) return std::nullopt;
@@ -223,10 +223,10 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     return upright(std::move(*bitmap), turn);
 }
 
-/// The file without the scans of which nothing is seen at the size that is set up; empty when each
-/// is seen.
+/// The file without the scans that are invisible at the size that is set up; empty when there are
+/// none.
 Bytes Decoder::withoutSparedScans(ByteView file) {
-    // Luma or grey, blue and red difference, black.
+    // Y (or grey), Cb, Cr, K.
     constexpr std::array<std::array<double, 3>, 4> kDifferences{
         {{1, 1, 1}, {0, 0.344, 1.772}, {1.402, 0.714, 0}, {1, 1, 1}}};
     constexpr std::array<std::array<double, 3>, 4> kPrimaries{
@@ -259,10 +259,10 @@ bool Decoder::readRows(Bitmap& bitmap) {
     });
 }
 
-/// To sRGB. Four inks take as many bytes as a pixel, so the rows hold them until here.
+/// To sRGB. CMYK takes as many bytes as a pixel, so the rows hold it until here.
 void Decoder::convertColors(Bitmap& bitmap) {
     const bool inks = codec_.out_color_space == JCS_CMYK;
-    // Adobe's programs write the inks inverted, and nearly all such files are theirs.
+    // Adobe's programs write inverted CMYK, and nearly all such files are theirs.
     const std::uint32_t inversion = codec_.saw_Adobe_marker ? 0xFFFFFFFF : 0;
     const auto forEachPixel = [&](const auto& change) {
         for (int y = 0; y < bitmap.height(); ++y)
@@ -340,7 +340,7 @@ std::optional<Bytes> JpegEncoder::encode(const Bitmap& bitmap, std::optional<flo
         }
         jpeg_finish_compress(&codec_);
     });
-    // The buffer moves as it grows, and `data` follows only here.
+    // The buffer is reallocated as it grows, and `data` is updated only here.
     if (!done) codec_.dest->term_destination(&codec_);
     const Buffer owner(data);
     if (!done) return std::nullopt;

@@ -25,12 +25,12 @@ constexpr std::array<std::uint8_t, 12> kBoxedStart{0,   0,   0,    12,   'j',  '
                                                    ' ', ' ', 0x0D, 0x0A, 0x87, 0x0A};
 constexpr std::array<std::uint8_t, 4> kBareStart{0xFF, 0x4F, 0xFF, 0x51};
 
-/// Four inks and an alpha channel; a file may state thousands, to no use but to fill memory.
+/// CMYK and alpha; a file may state thousands of components, only to exhaust memory.
 constexpr unsigned kMostComponents = 5;
 
-/// A picture that its bytes cannot code is refused before memory is taken for it: solid colours
-/// come to a byte for some thousand samples. So is one of so many samples, after reduction, that a
-/// few bytes for each block could keep the decoder at work for long.
+/// A picture that so few bytes cannot code is rejected before any allocation: solid colours
+/// compress to a byte for some thousand samples. So is one of so many samples, after reduction,
+/// that a few bytes for each code block could keep the decoder busy for long.
 constexpr std::int64_t kSamplesFreely = 16'000'000, kSamplesPerByte = 4096;
 constexpr std::int64_t kMostSamples = 32'000'000;
 
@@ -47,7 +47,7 @@ bool startsWith(ByteView file, ByteView start) {
 
 // ---- Decoding
 
-/// One component of a picture, as 8-bit values over the picture's grid.
+/// One component of a picture, upsampled to its grid and scaled to 8 bits.
 class Channel {
   public:
     Channel(const opj_image_comp_t& component, PixelSize picture)
@@ -79,10 +79,10 @@ class Channel {
   private:
     const opj_image_comp_t& component_;
     std::int64_t most_;
-    std::int64_t lift_;   // Brings signed values to 0 and above.
+    std::int64_t lift_;   // Level shift of signed samples.
     std::int64_t scale_;  // To 8 bits, in 1/2^32.
     int height_;
-    std::vector<std::size_t> columns_;  // Components may have fewer columns than the picture.
+    std::vector<std::size_t> columns_;  // Components may be subsampled.
     const OPJ_INT32* row_ = nullptr;
 };
 
@@ -113,7 +113,7 @@ std::uint32_t pixelOfInkColors(const Colors& colors, int x) {
     return pixelOfInks(colors[0].at(x), colors[1].at(x), colors[2].at(x), colors[3].at(x));
 }
 
-/// As a profile for inks expects them.
+/// As a CMYK profile expects it.
 std::uint32_t bareInks(const Colors& colors, int x) {
     std::array<std::uint8_t, 4> amounts{};
     for (std::size_t ink = 0; ink < amounts.size(); ++ink)
@@ -126,12 +126,12 @@ using PixelOf = std::uint32_t (*)(const Colors& colors, int x);
 PixelOf colorModel(const opj_image_t& image, std::size_t colors) {
     if (colors < 3) return pixelOfGrey;
     if (image.color_space == OPJ_CLRSPC_CMYK && colors >= 4) return pixelOfInkColors;
-    // Only colour differences are ever stored coarser than the first component.
+    // Only chroma is ever subsampled.
     const bool coarser = image.comps[1].dx > image.comps[0].dx;
     return image.color_space == OPJ_CLRSPC_SYCC || coarser ? pixelOfYcc : pixelOfRgb;
 }
 
-/// The largest component's size when every side is halved `halvings` times.
+/// The largest component's size at the reduction factor `halvings`.
 PixelSize sizeAfter(const opj_image_t& image, unsigned halvings) {
     const auto side = [halvings](std::int64_t start, std::int64_t length) {
         const auto halved = [halvings](std::int64_t edge) {
@@ -149,7 +149,7 @@ PixelSize sizeAfter(const opj_image_t& image, unsigned halvings) {
 }
 
 /// Where the whole picture lies on its pixels: of every 2^halvings pixels of the reference grid one
-/// is kept, in its own place.
+/// is kept, at its own position.
 PixelRect extentAfter(const opj_image_comp_t& component, PixelSize full, unsigned halvings) {
     const double step = std::exp2(halvings);
     const auto edge = [step](double position, double start) {
@@ -185,7 +185,7 @@ void paint(Bitmap& bitmap, Colors& colors, PixelOf pixelOfColors) {
 void paintColors(Bitmap& bitmap, const opj_image_t& image, Colors& colors) {
     const ByteView profile(image.icc_profile_buf, image.icc_profile_len);
     if (colors.size() >= 4) {
-        // Beside a profile no file states that its colours are inks.
+        // A file with a profile names no colour space itself: whether it is CMYK, the profile says.
         paint(bitmap, colors, bareInks);
         if (convertToSrgb(bitmap, profile, ColorKind::inks)) return;
     }
@@ -249,7 +249,7 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     const PixelSize atLeast = needed(full);
     if (!canHold(full, overhead)) return std::nullopt;
 
-    // The mean of two places in a palette is no place between them.
+    // Palette indices cannot be averaged.
     unsigned halvings = indexed > 0 ? 0 : mostHalvings(info);
     for (; halvings > 0; --halvings) {
         const PixelSize reduced = sizeAfter(*image, halvings);
@@ -261,7 +261,8 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     };
     if (samples(0) > kSamplesFreely + kSamplesPerByte * std::ssize(file)) return std::nullopt;
     if (halvings > 0 && samples(halvings - 1) <= kMostSamples) --halvings;
-    // The library keeps every component apart, four bytes a sample, of a picture and of a tile.
+    // The library holds planar components of four bytes a sample, both of the picture and of a
+    // tile.
     const std::int64_t bytes =
         overhead + 8 * samples(halvings) + 4 * pixelsOf(sizeAfter(*image, halvings));
     if (samples(halvings) > kMostSamples || !canHold(full, bytes) ||
@@ -332,7 +333,7 @@ std::optional<Bytes> encode(const Bitmap& bitmap) {
     parameters.tcp_rates[0] = 0;  // Lossless.
     parameters.cp_disto_alloc = 1;
     parameters.tcp_mct = 1;
-    // Each resolution halves the sides, and the last must have a pixel.
+    // Each decomposition level halves the sides, and the lowest resolution must have a pixel.
     const int shorter = std::min(bitmap.width(), bitmap.height());
     while (1 << (parameters.numresolution - 1) > shorter)
         --parameters.numresolution;

@@ -12,8 +12,7 @@ std::uint32_t readWord(const std::uint8_t* at) {
            at[3];
 }
 
-/// Visits the boxes that follow each other in these bytes by their type and content, which a cut
-/// file may end.
+/// Calls `visit` with the type and content of each box in these bytes; truncation may cut the last.
 template <typename Visit>
 void forEachBox(ByteView boxes, const Visit& visit) {
     while (boxes.size() >= 8) {
@@ -40,7 +39,7 @@ unsigned paletteColors(ByteView file) {
         if (type == "pclr" && content.size() >= 3) most = std::max<unsigned>(most, content[2]);
     };
     forEachBox(file, [&](std::string_view type, ByteView content) {
-        note(type, content);  // The library heeds misplaced ones too.
+        note(type, content);  // The library accepts misplaced ones too.
         if (type == "jp2h") forEachBox(content, note);
     });
     return most;
@@ -49,7 +48,7 @@ unsigned paletteColors(ByteView file) {
 void stateResolution(Bytes& file, Resolution dots) {
     constexpr std::string_view kStart("\0\0\0\x1Ares \0\0\0\x12resd", 16);
     Bytes box(kStart.begin(), kStart.end());
-    // Dots a metre, down before across, as fractions (dots / 254) and powers of ten (both 4).
+    // Pixels per metre, vertical first, as fractions (dots / 254) and decimal exponents (both 4).
     for (const int count : {dots.down, dots.across}) {
         for (const int byte : {count >> 8, count & 0xFF, 0, 254})
             box.push_back(static_cast<std::uint8_t>(byte));

@@ -14,7 +14,8 @@ std::int64_t tileBytes(ByteView file) {
     const auto at = std::search(file.begin(), file.end(), kStart.begin(), kStart.end(),
                                 [](std::uint8_t a, char b) { return char(a) == b; });
     const ByteView size = file.subspan(static_cast<std::size_t>(at - file.begin()));
-    // Sides of the reference grid and of its tiles, where both begin, and the components.
+    // The SIZ marker segment: sizes of the reference grid and of its tiles, their offsets, and the
+    // number of components.
     if (size.size() < 42) return 0;
     const auto wordAt = [&](std::size_t offset) {
         std::int64_t word = 0;
@@ -25,7 +26,7 @@ std::int64_t tileBytes(ByteView file) {
     const auto count = [&](std::size_t side, std::size_t tile, std::size_t start) {
         const std::int64_t length = wordAt(tile);
         if (length == 0) return std::int64_t{0};
-        constexpr std::int64_t kMostTiles = 65536;  // Of more the library wants nothing to know.
+        constexpr std::int64_t kMostTiles = 65536;  // The library rejects more.
         return std::clamp<std::int64_t>((wordAt(side) - wordAt(start) + length - 1) / length, 0,
                                         kMostTiles);
     };
@@ -37,7 +38,7 @@ std::int64_t structureBytes(const opj_codestream_info_v2_t& info, PixelSize full
     constexpr std::int64_t kBlock = 900, kPrecinct = 400;
     constexpr unsigned kStatesPrecincts = 1, kLargestPrecinct = 15;
     const auto parts = [](std::int64_t length, unsigned exponent) {
-        return (length >> std::min(exponent, 31U)) + 2;  // The first and the last may be cut.
+        return (length >> std::min(exponent, 31U)) + 2;  // The first and the last may be partial.
     };
     const std::int64_t width = std::min<std::int64_t>(full.width, info.tdx);
     const std::int64_t height = std::min<std::int64_t>(full.height, info.tdy);
@@ -50,7 +51,7 @@ std::int64_t structureBytes(const opj_codestream_info_v2_t& info, PixelSize full
             const std::int64_t across = width >> halvings, down = height >> halvings;
             const unsigned precinctAcross = isStated ? coding.prcw[i] : kLargestPrecinct;
             const unsigned precinctDown = isStated ? coding.prch[i] : kLargestPrecinct;
-            // All but the smallest resolution are three bands of half the sides.
+            // All resolutions but the lowest have three subbands of half the sides.
             const unsigned half = i > 0 ? 1 : 0;
             const auto exponent = [half](unsigned block, unsigned precinct) {
                 return std::min(block, precinct > half ? precinct - half : 0);

@@ -22,8 +22,8 @@ struct Jpeg2000Target {
     Bytes file;
     std::size_t position = 0;
 
-    /// Moves on by `count` bytes, which become part of the file, and answers the first of them;
-    /// null when memory is short.
+    /// Advances by `count` bytes, which become part of the file, and returns a pointer to the
+    /// first; null when memory is short.
     std::uint8_t* advance(std::size_t count);
 };
 

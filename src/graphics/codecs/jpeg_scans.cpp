@@ -15,15 +15,15 @@ constexpr unsigned kEndOfImage = 0xD9;
 constexpr unsigned kStartOfScan = 0xDA;
 constexpr unsigned kQuantizers = 0xDB;
 
-/// What stands between two places of a file: a marker, alone or with its segment.
+/// The byte range of a marker segment.
 struct Segment {
     std::size_t begin;
     std::size_t end;
     unsigned marker;
 };
 
-/// The next marker at or behind `at` and its segment, cut off at the file's end; none when only
-/// coded data follows.
+/// The next marker segment at or after `at`, whose end may lie past that of the file; none when
+/// only entropy-coded data follows.
 std::optional<Segment> nextSegment(ByteView file, std::size_t at) {
     while (at + 1 < file.size()) {
         if (file[at] != 0xFF) {
@@ -35,7 +35,7 @@ std::optional<Segment> nextSegment(ByteView file, std::size_t at) {
         const unsigned marker = file[at + 1];
         if (marker == kEndOfImage) return std::nullopt;  // Another picture may follow.
         const bool bare = marker <= 0x01 || (marker >= 0xD0 && marker <= 0xD8);
-        if (bare || marker == 0xFF) {  // No segment follows, or this is a fill byte.
+        if (bare || marker == 0xFF) {  // A marker without a segment, or a fill byte.
             at += bare ? 2 : 1;
             continue;
         }
@@ -45,20 +45,20 @@ std::optional<Segment> nextSegment(ByteView file, std::size_t at) {
     return std::nullopt;
 }
 
-/// One scan: its header, and its coded data up to the next segment or the file's end.
+/// One scan: its header, and its entropy-coded data up to the next segment or the file's end.
 struct Scan {
     std::size_t begin = 0;
     std::size_t end = 0;
-    std::vector<std::size_t> components;  // By their places in the list.
-    std::size_t first = 0;                // Coefficients, in zigzag order.
+    std::vector<std::size_t> components;  // By index.
+    std::size_t first = 0;                // Spectral selection, in zigzag order.
     std::size_t last = 0;
-    unsigned bitsBefore = 0;  // That were missing; 0 in the coefficients' first scan.
+    unsigned bitsBefore = 0;  // Successive approximation's Ah; 0 in a first scan.
 };
 
-/// None when the header is no valid one or names other components.
+/// None when the header is invalid or names other components.
 std::optional<Scan> scanAt(ByteView file, const Segment& segment,
                            const std::vector<JpegComponent>& components) {
-    constexpr std::size_t kBefore = 4;  // The marker and the length.
+    constexpr std::size_t kBefore = 4;  // The marker and the length field.
     const std::size_t length = segment.end - segment.begin;
     if (length <= kBefore) return std::nullopt;
     const ByteView header = file.subspan(segment.begin + kBefore, length - kBefore);
@@ -78,14 +78,14 @@ std::optional<Scan> scanAt(ByteView file, const Segment& segment,
     return scan;
 }
 
-/// All scans in order; none when there is anything odd about one.
+/// All scans in order; none when one is malformed or the quantiser tables change between them.
 std::optional<std::vector<Scan>> scansOf(ByteView file,
                                          const std::vector<JpegComponent>& components) {
     std::vector<Scan> scans;
     std::optional<Segment> segment = nextSegment(file, 0);
     while (segment) {
         const std::optional<Segment> next = nextSegment(file, segment->end);
-        // The steps are those of the first scan.
+        // The quantiser steps are those of the first scan.
         if (segment->marker == kQuantizers && !scans.empty()) return std::nullopt;
         if (segment->marker == kStartOfScan) {
             std::optional<Scan> scan = scanAt(file, *segment, components);
@@ -98,8 +98,7 @@ std::optional<std::vector<Scan>> scansOf(ByteView file,
     return scans;
 }
 
-/// Row times eight plus column of each coefficient in zigzag order: by diagonals, each the other
-/// way than the one before.
+/// The natural-order index (8 * row + column) of each coefficient in zigzag order.
 constexpr std::array<std::size_t, 64> zigzag() {
     std::array<std::size_t, 64> order{};
     std::size_t next = 0;
@@ -112,7 +111,8 @@ constexpr std::array<std::size_t, 64> zigzag() {
     return order;
 }
 
-/// The most that a unit of the frequency adds to one of the `samples` along a side of a block.
+/// The largest absolute value of a DCT basis function, averaged down to `samples` along a side of a
+/// block.
 double gain(std::size_t frequency, int samples) {
     const double scale = frequency == 0 ? std::numbers::sqrt2 / 4 : 0.5;
     const int each = 8 / samples;
@@ -126,10 +126,10 @@ double gain(std::size_t frequency, int samples) {
     return most < 1e-9 ? 0 : most;
 }
 
-/// Steps, and levels for one, far beyond all that can be borne.
+/// A number of steps, or of levels per step, far beyond any tolerance.
 constexpr double kUnbounded = 1e9;
 
-/// How far off the picture can be when scans are left out.
+/// An upper bound of the error in a picture's pixels when scans are left out.
 class Losses {
   public:
     explicit Losses(const std::vector<JpegComponent>& components) : components_(&components) {
@@ -147,9 +147,9 @@ class Losses {
         }
     }
 
-    /// Counts all that the scan says as lost.
+    /// Counts all bits of the scan as lost.
     void add(const Scan& scan) {
-        // A coefficient whose first bits do not come may be anything.
+        // Without its first scan, a coefficient may be anything.
         const double steps = scan.bitsBefore == 0 ? kUnbounded : (1U << scan.bitsBefore) - 1;
         for (const std::size_t component : scan.components) {
             std::fill(missing_[component].begin() + scan.first,
@@ -157,7 +157,7 @@ class Losses {
         }
     }
 
-    /// The levels by which a pixel can be off.
+    /// The largest possible error of a pixel, in levels.
     double worst() const {
         std::array<double, 3> sums{};
         for (std::size_t component = 0; component < components_->size(); ++component) {
@@ -171,7 +171,7 @@ class Losses {
   private:
     using Weights = std::array<double, 64>;
 
-    /// Samples are whole levels, so each part of one may make a whole one.
+    /// Samples are rounded to whole levels, so any fraction may become a whole one.
     double levelsOf(std::size_t component) const {
         double sum = 0;
         for (std::size_t i = 0; i < 64; ++i) {
@@ -183,10 +183,10 @@ class Losses {
 
     const std::vector<JpegComponent>* components_;
     std::vector<Weights> weights_;
-    std::vector<Weights> missing_;  // Quantiser steps.
+    std::vector<Weights> missing_;  // In quantiser steps.
 };
 
-/// Which coefficients of which component some kept scan holds.
+/// Which coefficients of each component are coded in a scan that is kept.
 class Kept {
   public:
     explicit Kept(std::size_t components) : held_(components) {}
@@ -245,7 +245,7 @@ Bytes withoutSparedScans(ByteView file, const std::vector<JpegComponent>& compon
     Losses losses(components);
     Kept kept(components.size());
     std::vector<Scan> spared;
-    // From the last one on: a scan is of no use without those that say the bits before its own.
+    // Backwards: a refinement scan is of no use without those of the higher bits.
     for (auto scan = scans->rbegin(); scan != scans->rend(); ++scan) {
         Losses more = losses;
         more.add(*scan);

@@ -9,7 +9,7 @@ namespace tkv {
 
 namespace {
 
-/// Colours that are to become one.
+/// A box of median cut: colours that are to become one palette entry.
 struct Box {
     explicit Box(std::span<std::uint32_t> all) : colors(all) {
         std::array<double, 3> sums{}, squares{};
@@ -61,11 +61,11 @@ std::vector<std::uint32_t> distinctColors(std::span<const std::uint32_t> colors,
     return found;
 }
 
-/// Cuts the box with the largest error in two, at its mean, until there are enough (a median cut
-/// that minds the error instead of the count).
+/// Splits the box with the largest error in two, at its mean, until there are enough (median cut by
+/// variance instead of population).
 std::vector<std::uint32_t> cut(std::span<std::uint32_t> colors, std::size_t most) {
     std::vector<Box> boxes{Box(colors)};
-    // Where colours differ at all the error is a half at least; less is what doubles cannot tell.
+    // Where colours differ at all the error is at least a half; less is rounding error.
     while (boxes.size() < most && boxes.front().error > 0.25) {
         std::ranges::pop_heap(boxes, hasLessError);
         const Box box = boxes.back();
@@ -84,8 +84,8 @@ std::vector<std::uint32_t> cut(std::span<std::uint32_t> colors, std::size_t most
     return palette;
 }
 
-/// About as many of the colours as wanted. Each is taken one further from the one before than that
-/// was, so that those of a picture do not all come from the same columns.
+/// A subsample of about as many colours as wanted. The stride is skewed, so that those of a picture
+/// do not all come from the same columns.
 std::vector<std::uint32_t> sample(std::span<const std::uint32_t> colors, std::size_t wanted) {
     const std::size_t step = std::max<std::size_t>(1, colors.size() / wanted);
     std::vector<std::uint32_t> some;
@@ -99,7 +99,7 @@ std::vector<std::uint32_t> sample(std::span<const std::uint32_t> colors, std::si
 std::vector<std::uint32_t> choosePalette(std::span<const std::uint32_t> colors, std::size_t most) {
     std::vector<std::uint32_t> palette = distinctColors(colors, most);
     if (palette.size() <= most) return palette;
-    // Enough to tell where the many are; more would only take longer.
+    // Enough for the distribution; more would only take longer.
     std::vector<std::uint32_t> some = sample(colors, 40'000);
     return cut(some, most);
 }
@@ -112,8 +112,8 @@ NearestColor::NearestColor(std::span<const std::uint32_t> palette) : cells_(kCel
     }
 }
 
-/// Notes the colours that are nearest to some place of the cell: all that are no further from its
-/// centre than the nearest one and twice its radius.
+/// Stores the colours that can be nearest to a point of the cell: all whose distance from its
+/// centre is at most that of the nearest one plus twice the cell's radius.
 void NearestColor::fill(Cell& cell, const Channels& lowest) {
     constexpr float kHalf = (kCellSide - 1) / 2.0F, kTwiceRadius = 2 * 1.7321F * kHalf;
     std::array<float, 256> distances{};

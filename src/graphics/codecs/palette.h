@@ -7,12 +7,12 @@
 
 #include "graphics/pixels.h"
 
-// A few colours that stand for many. Colours are pixels without alpha, 0x00RRGGBB.
+// Colour quantisation. Colours are pixels without alpha, 0x00RRGGBB.
 
 namespace tkv {
 
-/// The colours themselves where there are no more than `most`; otherwise so many, chosen to differ
-/// as little as they can from all of `colors`, which is not empty.
+/// The distinct colours where there are no more than `most`; otherwise that many, chosen for a
+/// small squared error over all of `colors`, which is not empty.
 /// `most`: 2 to 256.
 std::vector<std::uint32_t> choosePalette(std::span<const std::uint32_t> colors, std::size_t most);
 
@@ -33,8 +33,8 @@ class NearestColor {
     std::size_t indexOf(const Channels& channels);
 
   private:
-    /// The space of all colours is cut into cells, each with the few colours that can be nearest
-    /// to a place in it; they are looked for when the cell is first asked for.
+    /// The colour space is a grid of cells, each with its few candidates for the nearest colour;
+    /// they are computed lazily, at the first lookup in the cell.
     static constexpr int kCellSide = 8;
     static constexpr std::size_t kCellsASide = 256 / kCellSide;
     static constexpr std::size_t kCells = kCellsASide * kCellsASide * kCellsASide;
@@ -50,7 +50,7 @@ class NearestColor {
 
     void fill(Cell& cell, const Channels& lowest);
 
-    std::array<std::vector<float>, 3> palette_;  // By channel, since floats are compared at once.
+    std::array<std::vector<float>, 3> palette_;  // By channel, for SIMD.
     std::vector<Candidate> candidates_;
     std::vector<Cell> cells_;
 };

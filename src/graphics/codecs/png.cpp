@@ -13,11 +13,11 @@ namespace tkv {
 
 namespace {
 
-/// zlib's level: of those that shrink a page at all the fastest. The next take half as long again
-/// for a sixth less.
+/// zlib's fastest level that compresses at all. The next ones take half as long again for a sixth
+/// less.
 constexpr int kCompressionLevel = 1;
 
-/// libpng gives up by a call that must not return: it jumps out of the step that was run.
+/// libpng's error handler must not return: this one leaves the running step by longjmp.
 [[noreturn]] void leave(png_structp png, png_const_charp) {
     png_longjmp(png, 1);
 }
@@ -28,7 +28,7 @@ void append(png_structp png, png_bytep data, png_size_t length) {
     try {
         file->insert(file->end(), data, data + length);
     } catch (const std::bad_alloc&) {
-        isAppended = false;  // The jump must not leave the handler: the exception would stay.
+        isAppended = false;  // No longjmp out of a catch block: the exception would leak.
     }
     if (!isAppended) png_error(png, "no memory");
 }
@@ -47,8 +47,8 @@ class PngEncoder {
     bool encode(PixelSize size, std::uint32_t straight, Bytes& file);
 
   private:
-    // False when libpng gave up. The jump runs no destructors, so `step` must not have local
-    // objects with one.
+    // False after an error. longjmp runs no destructors, so `step` must not have local objects with
+    // one.
     template <typename Step>
     bool run(const Step& step) {
         if (setjmp(png_jmpbuf(png_)) != 0) return false;
@@ -63,7 +63,7 @@ class PngEncoder {
     png_infop info_;
 };
 
-/// Makes the four bytes of a pixel, as a file holds them.
+/// Stores a pixel as RGBA, as the file has it; returns the position after it.
 std::uint8_t* store(std::uint32_t straight, std::uint8_t* to) {
     *to++ = static_cast<std::uint8_t>(redOf(straight));
     *to++ = static_cast<std::uint8_t>(greenOf(straight));
@@ -85,7 +85,7 @@ void PngEncoder::writeHeader(PixelSize size, Resolution dots) {
 }
 
 void PngEncoder::writeRows(const Bitmap& bitmap, std::vector<std::uint8_t>& row) {
-    // Trying every filter on every row would take longer than the compression itself.
+    // A fixed filter: adaptive filtering would take longer than the compression itself.
     png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_SUB);
     for (int y = 0; y < bitmap.height(); ++y) {
         std::uint8_t* to = row.data();
@@ -121,7 +121,7 @@ bool PngEncoder::encode(PixelSize size, std::uint32_t straight, Bytes& file) {
     png_set_write_fn(png_, &file, append, nullptr);
     return run([&] {
         writeHeader(size, {kDots, kDots});
-        // Every row is like the one above it: the compression finds it without a filter.
+        // All rows are equal, which the compression finds without a filter.
         png_set_filter(png_, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
         for (int y = 0; y < size.height; ++y)
             png_write_row(png_, row.data());
