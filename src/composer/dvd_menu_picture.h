@@ -1,5 +1,14 @@
 #pragma once
 
+// Composes menu pages:
+//
+//     tkv::MenuRequest menu;
+//     menu.mode = tkv::MenuMode::preview;
+//     menu.title = "Chapters";
+//     menu.thumbs = {"/films/sailing", "/films/city.jpg"};
+//     menu.output = "preview.png";
+//     const bool isWritten = tkv::dvdMenuPicture(menu);
+
 #include <functional>
 
 #include "composer/menu_request.h"

@@ -1,5 +1,13 @@
 #pragma once
 
+// Decodes and encodes picture files:
+//
+//     const auto needed = [](tkv::PixelSize) { return tkv::PixelSize{160, 120}; };
+//     const std::optional<tkv::Bitmap> picture = tkv::decodePicture("photo.jpg", needed);
+//     if (!picture) return false;
+//     const std::optional<tkv::Bytes> png = tkv::encodePicture(*picture, "png", 1);
+//     return png && tkv::writeFile("photo.png", *png);  // system/files.h
+
 #include <cstdint>
 #include <functional>
 #include <optional>

@@ -1,5 +1,13 @@
 #pragma once
 
+// Fits pictures into boxes:
+//
+//     if (const auto size = tkv::imgSizes("photo.jpg")) {
+//         const auto [width, height] = *size;
+//         tkv::imgRescale("photo.jpg", "half.jpg", width / 2, height / 2, 72, tkv::kFit, 0.9F);
+//     }
+//     tkv::imgRescale("photo.jpg", "wide.png", 640, 360, 72, tkv::kFitWithBars, 1);
+
 #include <array>
 #include <optional>
 #include <string>
