@@ -9,13 +9,13 @@
 #   D1  a whole disc of three films, against the bare encoding of the films (disc.sh)
 #
 # ffmpeg        one filter graph; its background is scaled to the page and dimmed beforehand
-# ffmpeg tuned  the same page; decodes at reduced size and keeps what it has scaled
-# ImageMagick   one command a frame with the JPEG size hint; 20 frames are timed
-# floor         nothing but the decoding, encoding and writing that nobody can avoid (floor.cpp)
+# ffmpeg tuned  the same page; decodes at reduced size and caches scaled frames
+# ImageMagick   one command per frame with the JPEG size hint; 20 frames are timed
+# floor         the lower bound: bare decoding, encoding and writing of files (floor.cpp)
 #
-# For W4 everybody gets the photograph itself as background. W6 stands against `spumux -h`, W7
-# against an empty process. Inputs are made once, in build/bench-data, some 400 MB; delete the
-# folder to have them made again.
+# For W4 all get the photograph itself as background. W6 is compared with `spumux -h`, W7 with an
+# empty process. Inputs are made once, in build/bench-data, some 400 MB; delete the folder to have
+# them made again.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -59,8 +59,8 @@ check() { # PEER
     }
 }
 
-# Sets `median` (microseconds) and `memory` (KiB) of each peer. The first round is not timed: it
-# warms the caches, is checked and metered. Then the peers take turns.
+# Sets `median` (microseconds) and `memory` (peak resident size, KiB) of each peer. The first round
+# is a warm-up: its output is checked and its memory measured. The timed rounds are interleaved.
 measure() { # WORKLOAD
     define "$1"
     local peer round times=() sorted
@@ -93,7 +93,7 @@ seconds() { # MICROSECONDS
     awk -v us="$1" 'BEGIN { if (us < 1e6) printf "%.1f ms", us / 1e3; else printf "%.2f s", us / 1e6 }'
 }
 
-# A quotient, with its target if there is one: "12.3 (>= 10: met)".
+# A ratio, with its target if there is one: "12.3 (>= 10: met)".
 quotient() { # DIVIDEND DIVISOR [TARGET]
     awk -v a="$1" -v b="$2" -v target="${3:-}" 'BEGIN {
         q = a / b
@@ -105,7 +105,7 @@ quotient() { # DIVIDEND DIVISOR [TARGET]
 }
 
 # Measures a workload and adds its row to the table.
-row() { # WORKLOAD FFMPEG-TARGET MAGICK-TARGET FLOOR-TARGET MEMORY-TARGET
+row() { # WORKLOAD FLOOR-TARGET MEMORY-TARGET
     local -A median=() memory=()
     measure "$1"
     local tool=${peers[0]} last=${peers[-1]}
@@ -114,14 +114,14 @@ row() { # WORKLOAD FFMPEG-TARGET MAGICK-TARGET FLOOR-TARGET MEMORY-TARGET
     if [ "$last" = floor ]; then
         m=$((median[magick] * frames / sample))
         cells+=("$(seconds "${median[ffmpeg]}")" "$(seconds "${median[tuned]}")" "$(seconds "$m")"
-            "$(seconds "$f")" "$(quotient "${median[ffmpeg]}" "$t" "$2")"
-            "$(quotient "${median[tuned]}" "$t")" "$(quotient "$m" "$t" "$3")"
-            "$(quotient "$t" "$f" "$4")")
+            "$(seconds "$f")" "$(quotient "${median[ffmpeg]}" "$t")"
+            "$(quotient "${median[tuned]}" "$t")" "$(quotient "$m" "$t")"
+            "$(quotient "$t" "$f" "$2")")
     else
         cells+=("" "" "" "$(seconds "$f") ($last)" "" "" ""
-            "+$(quotient $((t - f)) 1000 "$4 ms")")
+            "+$(quotient $((t - f)) 1000 "$2 ms")")
     fi
-    cells+=("$(quotient "${memory[$tool]}" 1024 "$5")"
+    cells+=("$(quotient "${memory[$tool]}" 1024 "$3")"
         "${memory[ffmpeg]:+$((memory[ffmpeg] / 1024))}")
     printf -v m '| %s ' "${cells[@]}"
     table+=("$m|")
@@ -145,16 +145,16 @@ main() {
             once loops-75 make_loops 75
         fi
         case $workload in
-        W1) row W1 '>= 40' '' '<= 1.5' '<= 64' ;;
+        W1) row W1 '<= 1.5' '<= 64' ;;
         W2)
             once loops-749 make_loops 749
-            row W2 '>= 5' '' '<= 1.4' '<= 64'
+            row W2 '<= 1.4' '<= 64'
             ;;
-        W3) row W3 '>= 60' '' '<= 1.5' '<= 64' ;;
-        W4) row W4 '>= 6' '>= 6' '< 1' '<= 96' ;;
-        W5) row W5 '>= 20' '' '<= 2' '<= 64' ;;
-        W6) row W6 '' '' '<= 15' '<= 64' ;;
-        W7) row W7 '' '' '<= 3' '<= 64' ;;
+        W3) row W3 '<= 1.5' '<= 64' ;;
+        W4) row W4 '< 1' '<= 96' ;;
+        W5) row W5 '<= 2' '<= 64' ;;
+        W6) row W6 '<= 15' '<= 64' ;;
+        W7) row W7 '<= 3' '<= 64' ;;
         D1) once films make_films ;;
         *) echo "compare.sh: no workload '$workload'" >&2 && exit 2 ;;
         esac

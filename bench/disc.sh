@@ -1,7 +1,7 @@
 # Sourced by compare.sh: the workload D1, from films to a disc.
 #
-# Three films of two minutes in 1080p, one of them with a chapter menu, against ffmpeg
-# encoding the same films with the same settings, one after another.
+# Three films of two minutes in 1080p, one of them with a chapter menu, against ffmpeg encoding
+# the same films with the same settings, one after another.
 
 # Slow camera moves over painted pictures, with film grain: what an H.264 camera file holds.
 make_films() { # FOLDER
