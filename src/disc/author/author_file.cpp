@@ -6,18 +6,18 @@
 #include <sstream>
 #include <utility>
 
-// How a player finds its way. Each film is a title set of its own, so that each has its own shape
-// and sound; the pages of the films stand in the disc's own menu domain, chapter menus in the
-// domain of their set. Titles can reach no other set, so what follows a film always goes through
-// the disc's menus. The first program of each domain, the one that the remote's keys and the ends
-// of films lead to, has no picture: it only leads on. Page `i` is menu i + 2.
+// Navigation. Each film is a title set of its own, so that each has its own aspect ratio and sound;
+// the pages of the films stand in the VMGM domain, chapter menus in the menu domain of their title
+// set. Titles can reach no other set, so what follows a film always goes through the VMGM domain.
+// The first PGC of each domain, the one that the remote's keys and the ends of films lead to, has
+// no video: it only dispatches. Page `i` is menu i + 2.
 
 namespace tkv::disc {
 
 namespace {
 
-// The registers of the player that hold where the viewer is. Buttons are kept as the player counts
-// them, times 1024; with a button of 0 nothing would be highlighted.
+// The general-purpose registers that hold where the viewer is. Buttons are kept as the player
+// counts them, times 1024; with a button of 0 nothing would be highlighted.
 constexpr std::string_view kPage = "g0";           // of the films, from 1
 constexpr std::string_view kButton = "g1";         // there
 constexpr std::string_view kNextFilm = "g2";       // to be played by its page; else 0
@@ -47,8 +47,9 @@ void addText(pugi::xml_node& parent, const char* name, const std::string& comman
     parent.append_child(name).text().set(braced(commands).c_str());
 }
 
-// A part of a menu domain without a picture.
-pugi::xml_node addProgram(pugi::xml_node& menus, const char* entry, const std::string& commands) {
+// A PGC without video.
+pugi::xml_node addDispatcher(pugi::xml_node& menus, const char* entry,
+                             const std::string& commands) {
     pugi::xml_node pgc = menus.append_child("pgc");
     if (entry != nullptr) pgc.append_attribute("entry") = entry;
     addText(pgc, "pre", commands);
@@ -93,14 +94,14 @@ class AuthorFile {
 
         pugi::xml_node menus = addMenus(manager);
         const auto* titled = std::get_if<PlayFilm>(&plan_.titleKey);
-        addProgram(menus, "title",
-                   titled != nullptr ? toTitle(titled->film) + ' '
-                                     : toKeptPage(kPage, plan_.filmPages.count));
-        // Without menus there is still a program for each nine films, of which one is played next.
+        addDispatcher(menus, "title",
+                      titled != nullptr ? toTitle(titled->film) + ' '
+                                        : toKeptPage(kPage, plan_.filmPages.count));
+        // Without menus there is still a PGC for each nine films, of which one is played next.
         for (std::size_t i = 0; i <= plan_.films.back().page; ++i) {
             std::string commands = playNext(i);
             if (!hasMenus()) {
-                addProgram(menus, nullptr, commands + "exit; ");
+                addDispatcher(menus, nullptr, commands + "exit; ");
                 continue;
             }
             add(commands, "{} = 0; {} = 0; {} = {}; button = {};", kPlayingAll, kChapterPage, kPage,
@@ -131,13 +132,13 @@ class AuthorFile {
     void addSetMenus(pugi::xml_node& titleset, const DiscFilm& film) {
         pugi::xml_node menus = addMenus(titleset);
         if (const auto* shown = std::get_if<ShowFilms>(&film.keys.menu)) {
-            addProgram(menus, "root", toFilmsPage(*shown));
+            addDispatcher(menus, "root", toFilmsPage(*shown));
             return;
         }
         std::string root;
         add(root, "{} = 0; if ({} eq 0) {{ {} = 1; {} = {}; }}", kPlayingAll, kChapterPage,
             kChapterPage, kChapterButton, buttonNumber(0));
-        addProgram(menus, "root", root + toKeptPage(kChapterPage, film.chapterPages.count));
+        addDispatcher(menus, "root", root + toKeptPage(kChapterPage, film.chapterPages.count));
         for (std::size_t i = 0; i < film.chapterPages.count; ++i) {
             std::string commands;
             add(commands, "{} = {}; button = {};", kChapterPage, i + 1, kChapterButton);
@@ -167,7 +168,7 @@ class AuthorFile {
     void addPage(pugi::xml_node& menus, std::size_t number, const std::string& commands,
                  Commands commandsOf) const {
         const MenuPage& page = plan_.pages[number];
-        pugi::xml_node pgc = addProgram(menus, nullptr, commands);
+        pugi::xml_node pgc = addDispatcher(menus, nullptr, commands);
         pgc.append_child("vob").append_attribute("file") = pieces_.clips[number].c_str();
         for (std::size_t i = 0; i < page.buttons.size(); ++i) {
             pugi::xml_node button = pgc.append_child("button");

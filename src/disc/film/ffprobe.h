@@ -10,7 +10,7 @@
 namespace tkv::disc {
 
 /// Asks ffprobe about some files, as one input, and hands on the lines of its answer. `questions`:
-/// its words but for the input. Throws as Tools::run when it cannot read them.
+/// its arguments but for the input. Throws as Tools::run when it cannot read them.
 void askFfprobe(const std::vector<std::string>& files, const std::vector<std::string>& questions,
                 const Tools& tools, const Failure& failure,
                 const std::function<void(std::string_view line)>& onLine);

@@ -20,7 +20,7 @@ inline constexpr std::size_t kMostTracks = 8;
 enum class Fields { progressive, topFirst, bottomFirst };
 
 struct AudioTrack {
-    std::string codec;  ///< in ffmpeg's words
+    std::string codec;  ///< as ffmpeg calls it
     int channels = 0;
     int sampleRate = 0;           ///< hertz
     std::int64_t bitRate = 0;     ///< bits a second; 0 when the file does not tell
@@ -31,7 +31,7 @@ struct AudioTrack {
 
 struct VideoTrack {
     int index = 0;                            ///< among all streams of the sources
-    std::string codec, profile, pixelFormat;  ///< in ffmpeg's words
+    std::string codec, profile, pixelFormat;  ///< as ffmpeg calls it
     int level = 0;                            ///< as the codec counts; 0 when not told
     std::string matrix, transfer, range;      ///< the same; empty when the film is not tagged
     PixelSize size;                           ///< as stored
@@ -45,7 +45,7 @@ struct VideoTrack {
 
 struct Film {
     FilmSource source;
-    std::string container;  ///< in ffmpeg's words: "matroska,webm"
+    std::string container;  ///< as ffmpeg calls it: "matroska,webm"
     std::string title;      ///< its own tag; empty when it has none
     VideoTrack video;
     std::vector<AudioTrack> audio;

@@ -14,21 +14,21 @@ namespace {
 constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
 
-Words startedOn(const Film& film) {
-    Words words = ffmpegStart();
-    append(words, {"-i", inputName(film.source.files)});
-    return words;
+Arguments startedOn(const Film& film) {
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-i", inputName(film.source.files)});
+    return arguments;
 }
 
-Words dvdOutput(const std::string& path) {
-    Words words = {"-map_metadata", "-1", "-map_chapters", "-1", "-f", "dvd"};
+Arguments dvdOutput(const std::string& path) {
+    Arguments arguments = {"-map_metadata", "-1", "-map_chapters", "-1", "-f", "dvd"};
     // A track may begin minutes after the picture.
-    append(words, {"-max_muxing_queue_size", "16384"});
-    append(words, {"-muxrate", "10080000", "-packetsize", "2048", "file:" + path});
-    return words;
+    append(arguments, {"-max_muxing_queue_size", "16384"});
+    append(arguments, {"-muxrate", "10080000", "-packetsize", "2048", "file:" + path});
+    return arguments;
 }
 
-Words silentInput() {
+Arguments silentInput() {
     return {"-f", "lavfi", "-i", "anullsrc=channel_layout=stereo:sample_rate=48000"};
 }
 
@@ -54,9 +54,9 @@ constexpr int kBFrames = 2;
 // How many of the groups before a chapter are made equally long.
 constexpr int kEvenGroups = 5;
 
-// The frames that begin a group of pictures on the way from one chapter to the next. The author of
-// the disc begins no unit of navigation less than 0.4 s after another, and what begins none can
-// begin no chapter; so the last groups are as long as each other, none much shorter than `longest`.
+// The frames that begin a GOP on the way from one chapter to the next. dvdauthor begins no VOBU less
+// than 0.4 s after another, and only a VOBU can begin a chapter; so the last groups are as long as
+// each other, none much shorter than `longest`.
 std::vector<int> groupsBetween(int chapter, int next, int longest) {
     const int groups = (next - chapter + longest - 1) / longest;
     const int even = std::min(groups, kEvenGroups);
@@ -84,10 +84,10 @@ std::string keyframeTimes(const Conversion& conversion) {
     return fmt::format("{}", fmt::join(times, ","));
 }
 
-Words videoWords(const Conversion& conversion, int videoRate) {
+Arguments videoArguments(const Conversion& conversion, int videoRate) {
     const StandardFacts facts = factsOf(conversion.standard);
     // Of what the encoder offers, trellis quantisation gains most for its time.
-    Words words = {
+    Arguments arguments = {
         "-map",     "[film]",
         "-c:v",     "mpeg2video",
         "-trellis", "1",
@@ -99,11 +99,11 @@ Words videoWords(const Conversion& conversion, int videoRate) {
         "-bufsize", "1835008"};  // what every player has
     // A closed group needs nothing of the one before, where a jump has not been. Keyframes stand
     // where they are planned, not where the scene changes.
-    append(words, {"-flags", conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop", "-sc_threshold",
-                   "1000000000"});
+    append(arguments, {"-flags", conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop",
+                       "-sc_threshold", "1000000000"});
     const std::string times = keyframeTimes(conversion);
-    if (!times.empty()) append(words, {"-force_key_frames", times});
-    return words;
+    if (!times.empty()) append(arguments, {"-force_key_frames", times});
+    return arguments;
 }
 
 // Whole AC-3 frames, no more than there is picture.
@@ -129,108 +129,109 @@ std::string soundFilters(const Film& film, const Conversion& conversion, const D
                        filters, track.isSurround ? "5.1" : "stereo", samplesOf(conversion));
 }
 
-Words soundWords(const Film& film, const Conversion& conversion, double gain) {
-    Words words = {"-c:a", "ac3"};
+Arguments soundArguments(const Film& film, const Conversion& conversion, double gain) {
+    Arguments arguments = {"-c:a", "ac3"};
     for (std::size_t i = 0; i < conversion.tracks.size(); ++i) {
         const DiscTrack& track = conversion.tracks[i];
-        append(words, {"-map", fmt::format("0:{}", track.index), fmt::format("-filter:a:{}", i),
-                       soundFilters(film, conversion, track, gain), fmt::format("-b:a:{}", i),
-                       fmt::format("{}k", track.rate)});
+        append(arguments, {"-map", fmt::format("0:{}", track.index), fmt::format("-filter:a:{}", i),
+                           soundFilters(film, conversion, track, gain), fmt::format("-b:a:{}", i),
+                           fmt::format("{}k", track.rate)});
     }
     if (conversion.tracks.empty()) {
-        append(words,
+        append(arguments,
                {"-map", "1:a", "-af", fmt::format("atrim=end_sample={}", samplesOf(conversion)),
                 "-b:a", fmt::format("{}k", kStereoRate)});
     }
-    return words;
+    return arguments;
 }
 
 // As many pictures as come, numbered from 0.
-Words jpegWords(const std::string& pattern) {
+Arguments jpegArguments(const std::string& pattern) {
     return {"-c:v", "mjpeg",  "-q:v",          "3", "-fps_mode", "passthrough",
             "-f",   "image2", "-start_number", "0", pattern};
 }
 
 }  // namespace
 
-Words encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
-                      const std::string& output) {
-    Words words = startedOn(film);
+Arguments encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
+                          const std::string& output) {
+    Arguments arguments = startedOn(film);
     const bool hasSound = run.pass != Pass::first;
-    if (hasSound && conversion.tracks.empty()) append(words, silentInput());
-    append(words, {"-filter_complex", graphOf(film, conversion, run)});
+    if (hasSound && conversion.tracks.empty()) append(arguments, silentInput());
+    append(arguments, {"-filter_complex", graphOf(film, conversion, run)});
     // The picture comes first: its number in the log's name is that of the whole command.
-    append(words, videoWords(conversion, run.videoRate));
+    append(arguments, videoArguments(conversion, run.videoRate));
     if (run.pass != Pass::only)
-        append(words, {"-pass", run.pass == Pass::first ? "1" : "2", "-passlogfile", run.passLog});
+        append(arguments,
+               {"-pass", run.pass == Pass::first ? "1" : "2", "-passlogfile", run.passLog});
     if (run.pass == Pass::first) {
-        append(words, {"-f", "null", "/dev/null"});
-        return words;
+        append(arguments, {"-f", "null", "/dev/null"});
+        return arguments;
     }
-    append(words, soundWords(film, conversion, run.gain));
-    append(words, dvdOutput(output));
+    append(arguments, soundArguments(film, conversion, run.gain));
+    append(arguments, dvdOutput(output));
     for (std::size_t i = 0; i < run.excerpts.size(); ++i) {
-        append(words, {"-map", fmt::format("[excerpt{}]", i)});
-        append(words, jpegWords(run.excerpts[i].pattern));
+        append(arguments, {"-map", fmt::format("[excerpt{}]", i)});
+        append(arguments, jpegArguments(run.excerpts[i].pattern));
     }
-    return words;
+    return arguments;
 }
 
-Words remuxCommand(const Film& film, const Conversion& conversion, const std::string& output) {
-    Words words = startedOn(film);
-    if (conversion.tracks.empty()) append(words, silentInput());
-    append(words, {"-map", fmt::format("0:{}", film.video.index), "-c", "copy"});
+Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& output) {
+    Arguments arguments = startedOn(film);
+    if (conversion.tracks.empty()) append(arguments, silentInput());
+    append(arguments, {"-map", fmt::format("0:{}", film.video.index), "-c", "copy"});
     for (const DiscTrack& track : conversion.tracks)
-        append(words, {"-map", fmt::format("0:{}", track.index)});
+        append(arguments, {"-map", fmt::format("0:{}", track.index)});
     if (conversion.tracks.empty()) {
-        append(words, {"-map", "1:a", "-c:a", "ac3", "-b:a", fmt::format("{}k", kStereoRate), "-af",
-                       fmt::format("atrim=end_sample={}", samplesOf(film.seconds))});
+        append(arguments, {"-map", "1:a", "-c:a", "ac3", "-b:a", fmt::format("{}k", kStereoRate),
+                           "-af", fmt::format("atrim=end_sample={}", samplesOf(film.seconds))});
     }
-    append(words, dvdOutput(output));
-    return words;
+    append(arguments, dvdOutput(output));
+    return arguments;
 }
 
-Words interleaveCommand(const std::string& dvdFilm, const std::string& output) {
-    Words words = ffmpegStart();
-    append(words, {"-i", "file:" + dvdFilm, "-map", "0:v:0", "-map", "0:a", "-c", "copy"});
-    append(words, dvdOutput(output));
-    return words;
+Arguments interleaveCommand(const std::string& dvdFilm, const std::string& output) {
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0", "-map", "0:a", "-c", "copy"});
+    append(arguments, dvdOutput(output));
+    return arguments;
 }
 
-Words excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
-                     const FrameRange& range, PixelSize size, const std::string& pattern) {
+Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
+                         const FrameRange& range, PixelSize size, const std::string& pattern) {
     const double rate = factsOf(conversion.standard).frameRate.perSecond();
     const double seconds = range.first / rate;
     // ffmpeg finds a place in a program stream by its times, not by its keyframes: it starts well
     // before, and half a frame before the wanted time is where the wanted frame is still to come.
     const double start = std::max(0.0, std::floor(seconds) - 2);
     const double from = std::max(0.0, seconds - start - 0.5 / rate);
-    Words words = ffmpegStart();
-    append(words, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
-    append(words, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
-    append(words, {"-vf", excerptFiltersFrom(from, size, conversion.isWide)});
-    append(words, {"-frames:v", fmt::format("{}", range.count)});
-    append(words, jpegWords(pattern));
-    return words;
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
+    append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
+    append(arguments, {"-vf", excerptFiltersFrom(from, size, conversion.isWide)});
+    append(arguments, {"-frames:v", fmt::format("{}", range.count)});
+    append(arguments, jpegArguments(pattern));
+    return arguments;
 }
 
-Words pictureCommand(const Film& film, const SourceColors& colors, double seconds, PixelSize size,
-                     const std::string& output) {
+Arguments pictureCommand(const Film& film, const SourceColors& colors, double seconds,
+                         PixelSize size, const std::string& output) {
     // A stream without an index is entered anywhere, and one keyframe at least is to come from
     // there.
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;
     const double start = std::clamp(seconds, 0.0, std::max(0.0, film.seconds - tail));
-    Words words = ffmpegStart();
-    append(words, {"-noaccurate_seek", "-skip_frame", "nokey"});
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-noaccurate_seek", "-skip_frame", "nokey"});
     // Raw streams have no times to look for.
-    if (start > 0) append(words, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
-    append(words,
+    if (start > 0) append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
+    append(arguments,
            {"-i", inputName(film.source.files), "-map", fmt::format("0:{}", film.video.index)});
-    append(words, {"-vf", stillFilters(film.video, colors, size), "-frames:v", "1"});
+    append(arguments, {"-vf", stillFilters(film.video, colors, size), "-frames:v", "1"});
     // The keyframe's time is before 0 here, where pictures would otherwise be dropped.
-    append(words, {"-fps_mode", "passthrough", "-c:v", "mjpeg", "-q:v", "3"});
-    append(words, {"-f", "image2pipe", "file:" + output});
-    return words;
+    append(arguments, {"-fps_mode", "passthrough", "-c:v", "mjpeg", "-q:v", "3"});
+    append(arguments, {"-f", "image2pipe", "file:" + output});
+    return arguments;
 }
 
 }  // namespace tkv::disc

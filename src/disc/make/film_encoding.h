@@ -4,11 +4,11 @@
 #include <vector>
 
 #include "disc/film/film.h"
-#include "disc/make/ffmpeg_words.h"
+#include "disc/make/ffmpeg_arguments.h"
 #include "disc/make/film_filters.h"
 #include "disc/plan/conversion.h"
 
-// The words that make ffmpeg turn a film into one for a disc. Nothing here starts it. Names of
+// Commands with which ffmpeg turns a film into one for a disc. Nothing here starts it. Names of
 // files that it makes are relative to where it runs.
 
 namespace tkv::disc {
@@ -32,25 +32,25 @@ struct EncoderRun {
     std::string passLog;  ///< of two passes; ffmpeg adds "-0.log"
 };
 
-Words encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
-                      const std::string& output);
+Arguments encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
+                          const std::string& output);
 
 /// Puts the tracks of a film that is ready for a disc into a DVD program stream, untouched; a
 /// silent one beside them when it has no sound.
-Words remuxCommand(const Film& film, const Conversion& conversion, const std::string& output);
+Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& output);
 
-/// Puts the tracks of a disc's film together anew. The muxer leaves out units of navigation while
+/// Puts the tracks of a disc's film together anew. The muxer leaves out navigation packs while
 /// it waits for a sound that comes late, from a silent input or after a gap; from the finished film
 /// all comes in time.
-Words interleaveCommand(const std::string& dvdFilm, const std::string& output);
+Arguments interleaveCommand(const std::string& dvdFilm, const std::string& output);
 
 /// Cuts frames out of a disc's film. `pattern`: as ExcerptOutput's.
-Words excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
-                     const FrameRange& range, PixelSize size, const std::string& pattern);
+Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
+                         const FrameRange& range, PixelSize size, const std::string& pattern);
 
 /// Takes one picture at a keyframe near `seconds`, quickly: the picture of 16:9, with bars
 /// where the film has another shape, squeezed into `size`, as a JPEG.
-Words pictureCommand(const Film& film, const SourceColors& colors, double seconds, PixelSize size,
-                     const std::string& output);
+Arguments pictureCommand(const Film& film, const SourceColors& colors, double seconds,
+                         PixelSize size, const std::string& output);
 
 }  // namespace tkv::disc

@@ -27,7 +27,7 @@ std::optional<double> lastNumberAfter(const std::string& text, const char* word)
 
 }  // namespace
 
-Words loudnessCommand(const Film& film) {
+Arguments loudnessCommand(const Film& film) {
     const int index = film.audio.empty() ? 0 : film.audio.front().index;
     return {"ffmpeg",       "-nostdin",
             "-hide_banner", "-nostats",

@@ -60,7 +60,7 @@ std::string filmName(const DiscFilm& film) {
     }
     EncoderRun run;
     run.videoRate = conversion.videoRate;
-    Words inputs = encodingCommand(film.film, conversion, run, "");
+    Arguments inputs = encodingCommand(film.film, conversion, run, "");
     inputs.push_back(source.stamp);
     if (conversion.evensLoudness) inputs.emplace_back("even volume");
     return Workshop::nameOf("film", ".mpg", inputs);

@@ -20,59 +20,60 @@ constexpr const char* kPixelFormat = std::endian::native == std::endian::little 
 
 }  // namespace
 
-Words menuClipCommand(const MenuSound& sound, Standard standard, int rate,
-                      const std::string& output) {
+Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
+                          const std::string& output) {
     const StandardFacts facts = factsOf(standard);
     const std::string frameRate =
         fmt::format("{}/{}", facts.frameRate.numerator, facts.frameRate.denominator);
     const double seconds = facts.menuSeconds();
-    Words words = ffmpegStart();
-    append(words, {"-f", "rawvideo", "-pixel_format", kPixelFormat});
-    append(words, {"-video_size", fmt::format("{}x{}", kPageWidth, kPageHeight), "-framerate",
-                   frameRate, "-i", "pipe:0"});
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-f", "rawvideo", "-pixel_format", kPixelFormat});
+    append(arguments, {"-video_size", fmt::format("{}x{}", kPageWidth, kPageHeight), "-framerate",
+                       frameRate, "-i", "pipe:0"});
     if (sound.input.empty()) {
-        append(words, {"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo"});
+        append(arguments,
+               {"-f", "lavfi", "-i", "anullsrc=sample_rate=48000:channel_layout=stereo"});
     } else {
-        append(words, {"-ss", fmt::format("{:.3f}", sound.from), "-i", sound.input});
+        append(arguments, {"-ss", fmt::format("{:.3f}", sound.from), "-i", sound.input});
     }
-    append(words, {"-map", "0:v:0", "-map", "1:a:0"});
-    append(words, {"-vf", fmt::format("scale={}:{}:out_color_matrix=bt601:out_range=tv,"
-                                      "format=yuv420p,setparams=color_primaries=unknown:"
-                                      "color_trc=unknown:colorspace=unknown",
-                                      kRasterWidth, facts.rasterHeight)});
-    append(words, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
-                                      "afade=t=out:st={1:.3f}:d={2}",
-                                      seconds, seconds - kFadeSeconds, kFadeSeconds)});
+    append(arguments, {"-map", "0:v:0", "-map", "1:a:0"});
+    append(arguments, {"-vf", fmt::format("scale={}:{}:out_color_matrix=bt601:out_range=tv,"
+                                          "format=yuv420p,setparams=color_primaries=unknown:"
+                                          "color_trc=unknown:colorspace=unknown",
+                                          kRasterWidth, facts.rasterHeight)});
+    append(arguments, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
+                                          "afade=t=out:st={1:.3f}:d={2}",
+                                          seconds, seconds - kFadeSeconds, kFadeSeconds)});
     // At this rate B-frames gain nothing, and cost a fifth of the time. The other processor draws.
-    append(words, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
-                   "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
-                   std::to_string(facts.keyframeInterval), "-bf", "0", "-threads", "1"});
-    append(words,
+    append(arguments, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
+                       "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
+                       std::to_string(facts.keyframeInterval), "-bf", "0", "-threads", "1"});
+    append(arguments,
            {"-c:a", "ac3", "-ar", "48000", "-ac", "2", "-b:a", fmt::format("{}k", kStereoRate)});
-    append(words, {"-frames:v", std::to_string(facts.menuFrames), "-f", "dvd", "-muxrate",
-                   "10080000", "-packetsize", "2048", output});
-    return words;
+    append(arguments, {"-frames:v", std::to_string(facts.menuFrames), "-f", "dvd", "-muxrate",
+                       "10080000", "-packetsize", "2048", output});
+    return arguments;
 }
 
-Words backgroundCommand(const std::string& scene, double aspect, PixelSize size,
-                        const std::string& output) {
+Arguments backgroundCommand(const std::string& scene, double aspect, PixelSize size,
+                            const std::string& output) {
     const double part = std::min(aspect / kWideAspect, kWideAspect / aspect);
-    Words words = ffmpegStart();
-    append(words, {"-i", scene, "-vf",
-                   fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"
-                               "eq=brightness=-0.06:saturation=0.8",
-                               part, size.width, size.height),
-                   "-q:v", "2", output});
-    return words;
+    Arguments arguments = ffmpegStart();
+    append(arguments, {"-i", scene, "-vf",
+                       fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"
+                                   "eq=brightness=-0.06:saturation=0.8",
+                                   part, size.width, size.height),
+                       "-q:v", "2", output});
+    return arguments;
 }
 
-Words dotCommand(Standard standard, const std::string& output) {
-    Words words = ffmpegStart();
-    append(words,
+Arguments dotCommand(Standard standard, const std::string& output) {
+    Arguments arguments = ffmpegStart();
+    append(arguments,
            {"-f", "lavfi", "-i", "color=black@0.07:s=2x2,format=rgba", "-frames:v", "1", "-vf",
             fmt::format("pad={}:{}:color=black@0", kRasterWidth, factsOf(standard).rasterHeight),
             output});
-    return words;
+    return arguments;
 }
 
 }  // namespace tkv::disc

@@ -2,11 +2,11 @@
 
 #include <string>
 
-#include "disc/make/ffmpeg_words.h"
+#include "disc/make/ffmpeg_arguments.h"
 #include "disc/project/standard.h"
 #include "graphics/geometry.h"
 
-// The words that make ffmpeg prepare the pieces of a menu. Nothing here starts it.
+// Commands with which ffmpeg prepares the pieces of a menu. Nothing here starts it.
 
 namespace tkv::disc {
 
@@ -19,17 +19,17 @@ struct MenuSound {
 
 /// Makes the menu's film of the composer's frames, whose pixels it reads from its standard input,
 /// and of its sound, which fades at the end. `rate`: of the picture, kb/s.
-Words menuClipCommand(const MenuSound& sound, Standard standard, int rate,
-                      const std::string& output);
+Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
+                          const std::string& output);
 
 /// Makes a quiet background of a scene of a film, whose shape is `aspect`: blurred, darkened, and
 /// enlarged until nothing is seen of bars.
-Words backgroundCommand(const std::string& scene, double aspect, PixelSize size,
-                        const std::string& output);
+Arguments backgroundCommand(const std::string& scene, double aspect, PixelSize size,
+                            const std::string& output);
 
 /// Makes the picture that lies over the whole menu: nothing but a dot in a corner, next to
 /// invisible. A subpicture without any mark is one that some players cut to nothing, and the
 /// highlights of the buttons with it.
-Words dotCommand(Standard standard, const std::string& output);
+Arguments dotCommand(Standard standard, const std::string& output);
 
 }  // namespace tkv::disc

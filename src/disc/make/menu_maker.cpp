@@ -64,7 +64,7 @@ MenuMaker::~MenuMaker() {
 
 std::string MenuMaker::nameOf(const MenuPage& page,
                               const std::vector<std::string>& excerpts) const {
-    Words inputs = excerpts;
+    Arguments inputs = excerpts;
     append(inputs,
            {page.title, page.isMain ? "main" : "", background_, setting_.sound.stamp, faces_});
     for (const Button& button : page.buttons) {

@@ -55,7 +55,7 @@ std::optional<Taken> takePicture(const DiscFilm& film, double seconds, PixelSize
     const auto commandFor = [&](const std::string& output) {
         return pictureCommand(film.film, film.conversion.colors, seconds, size, output);
     };
-    Words inputs = commandFor("");
+    Arguments inputs = commandFor("");
     inputs.push_back(film.film.source.stamp);
     const std::string name = Workshop::nameOf("picture", ".jpg", inputs);
     const bool isNew = !workshop.has(name);

@@ -16,11 +16,11 @@ inline constexpr double kNarrowAspect = 4.0 / 3;
 
 /// Where the disc's fields, two moments of time in a frame, come from.
 enum class FieldSource {
-    none,      ///< its frames are whole pictures
+    none,      ///< there are none: it is progressive
     kept,      ///< the film's own fields
     other,     ///< the film's fields, of which others are made for this standard's rate
-    pictures,  ///< a field of each of the film's 48 or more pictures a second
-    pulldown,  ///< 2:3 pulldown of the film's 24 pictures a second
+    pictures,  ///< a field of each frame of a film of 48 or more a second
+    pulldown,  ///< 2:3 pulldown of a film of 24 frames a second
 };
 
 /// Where a film's picture lies in a raster; the rest is black. Columns and rows from the top left.
@@ -31,8 +31,8 @@ struct Placement {
 
 /// How a film's pixels are to be read.
 struct SourceColors {
-    std::string transfer;      ///< of HDR, in the words of ffmpeg's zscale; empty for all else
-    std::string matrix;        ///< in the words of zscale for HDR, else of scale; empty for RGB
+    std::string transfer;      ///< of HDR, as ffmpeg's zscale calls it; empty for all else
+    std::string matrix;        ///< as zscale calls it for HDR, else scale; empty for RGB
     bool isFullRange = false;  ///< or else limited to video levels
     bool operator==(const SourceColors&) const = default;
 };

@@ -7,54 +7,47 @@ namespace tkv::disc {
 
 namespace {
 
-double middle(double start, double length) {
-    return start + length / 2;
+// A direction, as the turn of the page that makes it point upwards.
+struct Direction {
+    bool isHorizontal, isNegative;
+};
+constexpr Direction kUp{false, false}, kDown{false, true}, kLeft{true, true}, kRight{true, false};
+
+Rect turned(const Rect& rect, const Direction& direction) {
+    const Rect upright =
+        direction.isHorizontal ? Rect{rect.y, rect.x, rect.height, rect.width} : rect;
+    if (!direction.isNegative) return upright;
+    return {upright.x, -upright.y - upright.height, upright.width, upright.height};
 }
 
-// A button as a line of buttons sees it that is looked along upwards: how far ahead another is, and
-// how far aside.
-struct View {
-    Rect from;
+double middleX(const Rect& rect) {
+    return rect.x + rect.width / 2;
+}
 
-    bool isBeside(const Rect& to) const {
-        return to.x < from.x + from.width && from.x < to.x + to.width;
-    }
-    double ahead(const Rect& to) const {
-        return middle(to.y, to.height) - middle(from.y, from.height);
-    }
-    double aside(const Rect& to) const {
-        return std::abs(middle(to.x, to.width) - middle(from.x, from.width));
-    }
-};
+double middleY(const Rect& rect) {
+    return rect.y + rect.height / 2;
+}
 
-// The rectangle after a turn of the page that brings a direction upwards.
-struct Turn {
-    bool isSideways, isBackwards;
+bool areInOneColumn(const Rect& a, const Rect& b) {
+    return a.x < b.x + b.width && b.x < a.x + a.width;
+}
 
-    Rect operator()(const Rect& rect) const {
-        const Rect turned = isSideways ? Rect{rect.y, rect.x, rect.height, rect.width} : rect;
-        if (!isBackwards) return turned;
-        return {turned.x, -turned.y - turned.height, turned.width, turned.height};
-    }
-};
-
-enum class Beyond { nothing, nextRow };
-
-// The button to which an arrow leads from `number`.
-std::size_t neighbour(const std::vector<Rect>& buttons, std::size_t number, Turn turn,
-                      Beyond beyond) {
-    const View view{turn(buttons[number])};
+// The button to which an arrow leads from `number`: that number where there is none.
+std::size_t neighbour(const std::vector<Rect>& buttons, std::size_t number,
+                      const Direction& direction) {
+    const Rect from = turned(buttons[number], direction);
     std::size_t found = number;
-    std::tuple<bool, double, double> best;
+    std::tuple<bool, double, double> nearest;
     for (std::size_t i = 0; i < buttons.size(); ++i) {
-        const Rect to = turn(buttons[i]);
-        const bool isOblique = !view.isBeside(to);
-        if (view.ahead(to) <= 0 || (isOblique && beyond == Beyond::nothing)) continue;
-        // Of a row of which two are as near, the first one.
-        const std::tuple distance(isOblique, view.ahead(to), view.aside(to));
-        if (found != number && distance >= best) continue;
+        const Rect to = turned(buttons[i], direction);
+        const double ahead = middleY(to) - middleY(from);
+        const bool isOblique = !areInOneColumn(from, to);
+        if (ahead <= 0 || (isOblique && direction.isHorizontal)) continue;
+        // Of two that are as near, the first one.
+        const std::tuple distance(isOblique, ahead, std::abs(middleX(to) - middleX(from)));
+        if (found != number && distance >= nearest) continue;
         found = i;
-        best = distance;
+        nearest = distance;
     }
     return found;
 }
@@ -64,10 +57,8 @@ std::size_t neighbour(const std::vector<Rect>& buttons, std::size_t number, Turn
 std::vector<Arrows> arrowsOf(const std::vector<Rect>& buttons) {
     std::vector<Arrows> all;
     for (std::size_t i = 0; i < buttons.size(); ++i) {
-        all.push_back({neighbour(buttons, i, {false, false}, Beyond::nextRow),
-                       neighbour(buttons, i, {false, true}, Beyond::nextRow),
-                       neighbour(buttons, i, {true, true}, Beyond::nothing),
-                       neighbour(buttons, i, {true, false}, Beyond::nothing)});
+        all.push_back({neighbour(buttons, i, kUp), neighbour(buttons, i, kDown),
+                       neighbour(buttons, i, kLeft), neighbour(buttons, i, kRight)});
     }
     return all;
 }

@@ -16,7 +16,7 @@ namespace tkv::disc {
 
 namespace {
 
-// Films of 24 pictures a second say nothing: they stand equally well on both.
+// Films of 24 frames a second say nothing: they stand equally well on both.
 Standard standardOf(const std::vector<DiscFilm>& films) {
     int balance = 0;
     for (const DiscFilm& film : films) {

@@ -26,19 +26,19 @@ struct Failure {
 /// Starts the programs of one run. May be used from several threads.
 class Tools {
   public:
-    /// `folder`: where they run, and the relative paths of their words begin; empty: here.
+    /// `folder`: their working directory; empty: that of this process.
     /// `stop`: must outlive it.
     Tools(std::string folder, ProgramStop& stop) : folder_(std::move(folder)), stop_(stop) {}
 
     /// Runs a program and returns the lines of its standard error stream. Throws DiscError when it
     /// did not end with status 0 or one of its lines begins with "ERR": that of `failure`, with the
-    /// program's last words for the cause. Throws Interrupted when the run is to stop.
+    /// program's last line for the cause. Throws Interrupted when the run is to stop.
     std::string run(Program program, const Failure& failure) const;
     std::string run(const std::vector<std::string>& command, const Failure& failure) const;
 
-    /// Runs ffmpeg with words that end on "-progress pipe:1", and returns the number of frames that
-    /// it has written to its first output. `onSeconds` is told how much of it is written. `input`:
-    /// the end of a pipe from which it reads "pipe:0"; nothing by default. Throws as run.
+    /// Runs ffmpeg with "-progress pipe:1" among its arguments, and returns the number of frames
+    /// that it has written to its first output. `onSeconds` is told how much of it is written.
+    /// `input`: the end of a pipe from which it reads "pipe:0"; nothing by default. Throws as run.
     int encode(const std::vector<std::string>& command, const Failure& failure,
                const std::function<void(double seconds)>& onSeconds = {},
                Descriptor input = Descriptor(-1)) const;

@@ -12,9 +12,9 @@
 
 namespace tkv::disc {
 
-/// Keeps what has been made, from run to run, in a folder of its own. A result is named after all
-/// that it is made from, so that it is there or not, and never stale. May be used from several
-/// threads, which make different results.
+/// A cache of what has been made, from run to run, in a folder of its own. A result is addressed by
+/// a hash of its inputs, so it is there or not, and never stale. May be used from several threads,
+/// which make different results.
 ///
 /// Names of results, and of what is unfinished, are relative to the folder, where the workshop's
 /// programs run; whoever opens one takes its path().
@@ -33,7 +33,7 @@ class Workshop {
     std::string path(std::string_view name) const;
 
     /// The name of a result. `kind` and `extension` (with its dot, or empty for a folder) make it
-    /// readable; `inputs` are all words that it depends on.
+    /// readable; `inputs`: all that it depends on.
     static std::string nameOf(std::string_view kind, std::string_view extension,
                               const std::vector<std::string>& inputs);
 
@@ -54,8 +54,8 @@ class Workshop {
     /// Gives what was written to unfinished(name) its name.
     void finish(const std::string& name);
 
-    /// While it lives, no other thread has the lock of the same name: results that are made from
-    /// one source are made by one thread, and the other finds them.
+    /// A mutex for each name: results that are made from one source are made by one thread, and the
+    /// other finds them.
     class Lock {
       public:
         Lock(Workshop& workshop, const std::string& name);

@@ -5,16 +5,16 @@
 
 namespace tkv::disc {
 
-/// The words of a command.
-using Words = std::vector<std::string>;
+/// The arguments of a command, its program first.
+using Arguments = std::vector<std::string>;
 
-inline void append(Words& words, const Words& more) {
-    words.insert(words.end(), more.begin(), more.end());
+inline void append(Arguments& arguments, const Arguments& more) {
+    arguments.insert(arguments.end(), more.begin(), more.end());
 }
 
 /// The beginning of every command to make something: it overwrites what is there, asks nothing,
 /// complains of errors only, and tells how far it is on the standard output.
-inline Words ffmpegStart() {
+inline Arguments ffmpegStart() {
     return {"ffmpeg", "-nostdin", "-v", "error", "-progress", "pipe:1", "-nostats", "-y"};
 }
 
