@@ -1,5 +1,6 @@
 #include "imaging/rescale.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "imaging/rescale_modes.h"
@@ -118,6 +119,25 @@ TEST(Rescale, ShrinkingTenfoldDoesNotAlias) {
             const Bitmap same = imgRescaleStretch(&stripes, 1000, 200, 72, false).value();
             EXPECT_EQ(worstDifference(same, stripes), 0);
         }
+    }
+}
+
+TEST(Rescale, DecodesAllThatTheBoxCanShow) {
+    const TempFolder folder;
+    const Bitmap stripes = painted({1600, 160}, [](int x, int) {
+        return x / 4 % 2 == 0 ? Rgba{255, 255, 255, 255} : Rgba{0, 0, 0, 255};
+    });
+    const std::string photo = folder.file("photo.jpg"), shown = folder.file("shown.png");
+    ASSERT_TRUE(imgRescale(&stripes, photo, 1600, 160, 72, 0, 1));
+    for (const int mode : {-1, 0, 1, 2}) {
+        ASSERT_TRUE(imgRescale(photo, shown, 800, 80, 72, mode, 1));
+        const Bitmap picture = decodePicture(shown).value();
+        int darkest = 255, lightest = 0;
+        for (int x = 100; x < 140; ++x) {
+            darkest = std::min(darkest, pixel(picture, x, 40).green);
+            lightest = std::max(lightest, pixel(picture, x, 40).green);
+        }
+        EXPECT_GT(lightest - darkest, 180) << "stripes of two pixels, mode " << mode;
     }
 }
 

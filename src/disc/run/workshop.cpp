@@ -37,7 +37,7 @@ std::uint64_t hashOf(const std::vector<std::string>& words) {
 }  // namespace
 
 Workshop::Workshop(std::string folder, ProgramStop& stop)
-    : folder_(std::move(folder)), tools_(folder_, stop), used_{kMarker} {
+    : folder_(std::move(folder)), tools_(folder_, stop), used_{kMarker, kUnfinished} {
     ownFolder(folder_);
     fs::remove_all(path(kUnfinished));
     fs::create_directory(path(kUnfinished));

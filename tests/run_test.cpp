@@ -1,0 +1,139 @@
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
+
+#include "disc/disc_maker.h"
+#include "disc/run/own_folder.h"
+#include "disc/run/parallel_tasks.h"
+#include "disc/run/terminal_progress.h"
+#include "disc/run/workshop.h"
+#include "support.h"
+
+// What runs of the disc's programs have in common.
+
+namespace tkv::test::run_of_a_disc {
+
+using namespace tkv::disc;
+
+class Recorder : public ProgressReceiver {
+  public:
+    void say(std::string_view line) override { lines.emplace_back(line); }
+    void tellResult(std::string_view line) override { lines.emplace_back(line); }
+    void show(const ProgressState& state) override {
+        lines.push_back(fmt::format("{} {}{}", state.part, state.task, state.isNewTask ? "!" : ""));
+    }
+    Strings lines;
+};
+
+TEST(Progress, AddsUpWeightsOfWhatIsDone) {
+    Recorder recorder;
+    Progress progress(recorder);
+    progress.expect(8);
+    {
+        Progress::Task task(progress, "A", 4);
+        task.reach(0.5);
+        task.reach(0.25);  // never back
+        task.reach(7);
+    }
+    progress.expect(-2);  // was done already
+    { const Progress::Task task(progress, "B", 2); }
+    { const Progress::Task task(progress, "C", 9); }
+    progress.say("D");
+    EXPECT_EQ(recorder.lines, (Strings{"0 A!", "0.25 A", "0.25 A", "0.5 A", "0.5 A",
+                                       "0.6666666666666666 B!", "1 B", "1 C!", "1 C", "D"}));
+}
+
+TEST(Progress, SuitsWhereItIsShown) {
+    using Style = TerminalProgress::Style;
+    const auto shown = [](Style style) {
+        return errorsOf([&] {
+            TerminalProgress progress(style);
+            progress.say("a\x1B[31m");
+            progress.show({0.5, 61, "Encoding\nb", true});
+            progress.show({0.75, {}, "soon after", false});
+        });
+    };
+    EXPECT_EQ(shown(Style::quiet), "");
+    const std::string plain = shown(Style::plain), terminal = shown(Style::terminal);
+    EXPECT_NE(plain.find("\n 50 %, about 2 min left  Encoding"), std::string::npos) << plain;
+    EXPECT_EQ(std::ranges::count(plain, '\n'), 2) << plain;
+    EXPECT_EQ(plain.find("soon after"), std::string::npos);
+    EXPECT_EQ(plain.find('\x1B'), std::string::npos) << "a film's name moves no cursor";
+    EXPECT_TRUE(terminal.starts_with("\r\x1B[Ka")) << terminal;
+    EXPECT_TRUE(terminal.ends_with("Encoding b\r\x1B[K") || terminal.ends_with("\r\x1B[K"));
+}
+
+TEST(Workshop, KeepsResultsAndTouchesOnlyItsOwn) {
+    const TempFolder folder;
+    ProgramStop stop;
+    folder.write("others/unfinished/letter", "dear");
+    EXPECT_THROW(Workshop(folder.file("others"), stop), DiscError);
+    EXPECT_EQ(readText(folder.file("others/unfinished/letter")), "dear");
+
+    const std::string path = folder.file("own/work");
+    const auto write = [](const Workshop& workshop) {
+        return [&](const std::string& name) {
+            workshop.tools().run({"sh", "-c", "pwd >" + name}, {"", "no shell", ""});
+        };
+    };
+    {
+        Workshop workshop(path, stop);
+        EXPECT_EQ(workshop.result("a", write(workshop)), "a");
+        EXPECT_EQ(workshop.result("b", write(workshop)), "b");
+        EXPECT_EQ(readText(workshop.path("b")), path + "\n") << "where programs run";
+        EXPECT_THROW(workshop.result("c",
+                                     [&](const std::string& name) {
+                                         write(workshop)(name);
+                                         throw std::runtime_error("half");
+                                     }),
+                     std::runtime_error);
+    }
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, "a", "b"}));
+    Workshop workshop(path, stop);
+    workshop.result("a", [](const std::string&) { ADD_FAILURE() << "made twice"; });
+    workshop.removeUnused();
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, "a", "unfinished"}));
+}
+
+TEST(ParallelTasks, StopTheirOwnRunAtAFault) {
+    ProgramStop stop, other;
+    std::atomic<int> begun = 0;
+    ParallelTasks tasks(20, stop, [&](std::size_t task) {
+        ++begun;
+        if (task == 0) throw DiscError("no", "film");
+        Tools("", stop).run({"sleep", "60"}, {"", "sleeping", ""});
+    });
+    try {
+        tasks.wait(19);
+        ADD_FAILURE();
+    } catch (const DiscError& error) {
+        EXPECT_EQ(error.fault(), (Fault{"film", "no"}));
+    }
+    EXPECT_THROW(Tools("", stop).run({"true"}, {}), Interrupted);
+    EXPECT_EQ(Tools("", other).run({"sh", "-c", "echo heard >&2"}, {}), "heard\n");
+    EXPECT_LT(begun, 20);
+}
+
+TEST(MakeDisc, SaysWhichFilmIsAtFaultAndLeavesNothing) {
+    const TempFolder folder;
+    const std::string here = fs::current_path();
+    Options options;
+    options.output = folder.file("out");
+    options.project.films.emplace_back().path = folder.file("missing.mp4");
+    for (const char* text : {"", "no film"}) {
+        if (*text != '\0') folder.write("missing.mp4", text);
+        Recorder recorder;
+        ProgramStop stop;
+        const Outcome outcome = makeDisc(options, recorder, stop);
+        ASSERT_TRUE(outcome.fault && !outcome.isInterrupted);
+        EXPECT_EQ(outcome.fault->about, folder.file("missing.mp4")) << outcome.fault->words;
+        EXPECT_EQ(fs::exists(options.output), *text != '\0');
+        EXPECT_EQ(fs::current_path(), here);
+    }
+    ProgramStop stopped;
+    stopped.stop();
+    Recorder recorder;
+    EXPECT_TRUE(makeDisc(options, recorder, stopped).isInterrupted);
+}
+
+}  // namespace tkv::test::run_of_a_disc
