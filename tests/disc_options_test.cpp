@@ -1,0 +1,175 @@
+#include <algorithm>
+
+#include "disc_films.h"
+
+// What each option and setting changes, and what is made again after a change.
+
+namespace tkv::test::disc {
+
+struct Box {
+    int left, top, right, bottom;
+};
+void PrintTo(const Box& box, std::ostream* out) {
+    *out << fmt::format("{}, {} to {}, {}", box.left, box.top, box.right, box.bottom);
+}
+
+/// Expects two pictures to differ, and nowhere but there.
+void expectChanged(const Bitmap& before, const Bitmap& after, const Box& there) {
+    Box changed{999, 999, -1, -1};
+    for (int y = 0; y < before.height(); ++y) {
+        for (int x = 0; x < before.width(); ++x) {
+            const auto green = [&](const Bitmap& picture) { return picture.row(y)[x] >> 8 & 255U; };
+            if (std::max(green(before), green(after)) - std::min(green(before), green(after)) < 60)
+                continue;
+            changed = {std::min(changed.left, x), std::min(changed.top, y),
+                       std::max(changed.right, x), std::max(changed.bottom, y)};
+        }
+    }
+    EXPECT_TRUE(changed.right >= 0 && changed.left >= there.left && changed.top >= there.top &&
+                changed.right <= there.right && changed.bottom <= there.bottom)
+        << testing::PrintToString(changed);
+}
+
+TEST_F(Films, FollowTheOptions) {
+    makeAllKinds();
+    const auto draw = [&](const std::string& words) {
+        expectDisc("--preview -o shown " + words);
+        EXPECT_EQ(run("ls " + file("shown/work") + " | grep -E '^(film|menu|excerpt)-' || true"),
+                  "");
+        return menu("shown/menus/films-1.jpg");
+    };
+    // Where texts stand, and in which menu.
+    const Bitmap plain = draw("--background none chap*.mp4 it*.mp4");
+    const Bitmap chapters = menu("shown/menus/film-1-chapters-1.jpg");
+    folder_.write("words.toml",
+                  "background = 'none'\n[[film]]\npath = 'chapters a:b 100%.mp4'\n"
+                  "chapters = ['0:00 Red', '0:02.2 Green']\n"
+                  "[[film]]\npath = \"it's \\\"upright\\\" & silent |.mp4\"\ncaption = 'Other'");
+    const struct {
+        const char* words;
+        std::optional<Box> films, chapters;
+    } rows[] = {
+        {"--title Other", Box{110, 25, 400, 45}, {}},
+        {"--label play-all=Other", Box{400, 25, 545, 45}, {}},
+        {"--label play-film=Other", {}, Box{400, 25, 545, 45}},
+        {"--label menu=Other", {}, Box{245, 315, 395, 335}},
+        {"words.toml", Box{110, 300, 400, 320}, Box{240, 120, 400, 140}},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.words);
+        const std::string films = "--background none chap*.mp4 it*.mp4 ";
+        const Bitmap drawn =
+            draw(std::string_view(row.words).ends_with("toml") ? row.words : films + row.words);
+        if (row.films) expectChanged(plain, drawn, *row.films);
+        if (row.chapters)
+            expectChanged(chapters, menu("shown/menus/film-1-chapters-1.jpg"), *row.chapters);
+    }
+    draw("--chapters none chap*.mp4 it*.mp4");
+    EXPECT_EQ(namesIn(file("shown/menus")), Strings{"films-1.jpg"});
+    EXPECT_EQ(namesIn(file("shown")), (Strings{".tkvDvdDisc", "menus", "work"}));
+
+    // What stands at a place: behind the thumbnails, and between those of five.
+    folder_.write("green.ppm", "P3 1 1 255 0 255 0\n");
+    const struct {
+        const char* words;
+        int x, y;
+        Rgba color;
+    } places[] = {
+        {"--background none chap*.mp4", 20, 180, {0, 0, 0, 255}},
+        {"--background green.ppm chap*.mp4", 20, 180, {0, 153, 0, 255}},
+        {"chap*.mp4", 20, 180, {118, 0, 0, 255}},
+        {"--background none chap*.mp4 chap*.mp4 chap*.mp4 chap*.mp4", 395, 50, {253, 2, 2, 255}},
+        {"--background none chap*.mp4 chap*.mp4 chap*.mp4 chap*.mp4 chap*.mp4",
+         395,
+         50,
+         {0, 0, 0, 255}},
+    };
+    for (const auto& [words, x, y, color] : places)
+        EXPECT_TRUE(near(pixel(draw(words), x, y), color, 30)) << words;
+
+    // Discs without menus.
+    expectDisc("--no-menu -o plain ready.vob");
+    expectDisc("--no-menu --no-image -o plain ready.vob");
+    EXPECT_EQ(namesIn(file("plain")), (Strings{".tkvDvdDisc", "disc", "jacket.jpg", "work"}));
+    EXPECT_EQ(makeDisc("--quiet --no-menu --volume even -o plain ready.vob"), "status 0\n");
+    make("long.vob",
+         "-f lavfi -i color=s=352x288:r=25:d=100 -target pal-dvd -aspect 4:3 -s 352x288");
+    for (const char* minutes : {"", "--label 'minutes=2 min'"})
+        expectDisc(
+            fmt::format("--no-menu --no-image --language en --title Long -o long{} {} long.vob",
+                        minutes[0] != 0, minutes));
+    EXPECT_EQ(readText(file("longfalse/jacket.jpg")), readText(file("longtrue/jacket.jpg")));
+    const std::string loudness =
+        run("ffmpeg -nostdin -nostats -i " + file("plain") + kFirstFilm +
+            " -af ebur128=framelog=verbose -f null /dev/null 2>&1 | grep '  I:'");
+    EXPECT_NEAR(std::stod(loudness.substr(loudness.find(':') + 1)), -23, 1);
+
+    // What is refused.
+    const std::string written = makeDisc("--write words.toml ready.vob");
+    EXPECT_TRUE(
+        written.ends_with("words.toml is there already. Name another file with --write.\n"
+                          "status 1\n"))
+        << written;
+    EXPECT_TRUE(readText(file("words.toml")).starts_with("background"));
+    const std::string silent = makeDisc("--preview --music green.ppm -o shown ready.vob");
+    EXPECT_NE(silent.find("green.ppm holds no sound"), std::string::npos) << silent;
+}
+
+/// What a person changes between two runs, and what is made again: the kinds of results in work/,
+/// and the menu, for which an encoder is asked in vain.
+TEST_F(Films, AreMadeAgainWhereTheyChanged) {
+    makeReady();
+    make("tone.wav", "-f lavfi -i sine=3000:r=48000:d=40");
+    make("other.wav", "-f lavfi -i sine=2000:r=48000:d=40");
+    make("film.mp4", "-f lavfi -i testsrc2=s=160x90:r=25:d=2 -f lavfi -i sine -t 2");
+    make("other.mp4", "-f lavfi -i testsrc=s=160x90:r=25:d=2 -f lavfi -i sine -t 2");
+    folder_.write("picture.ppm", "P3 1 1 255 0 255 0\n");
+    folder_.write("other.ppm", "P3 1 1 255 0 0 255\n");
+    const std::string project =
+        "background = 'picture.ppm'\nmusic = 'tone.wav'\nlanguage = 'en'\nvolume = 'keep'\n"
+        "[[film]]\npath = 'ready.vob'\ncaption = 'One'\n"
+        "[[film]]\npath = 'film.mp4'\nexcerpt = '0:01'\n";
+    folder_.write("disc.toml", project);
+    expectDisc("--first-film -o first disc.toml");
+    EXPECT_NEAR(hertzAt(file("first/disc/VIDEO_TS/VIDEO_TS.VOB"), 5), 3000, 20);
+    Player player(file("first/disc"));
+    EXPECT_EQ(player.place(), "film 1");
+    EXPECT_EQ(player.leave(), "films 1");
+
+    const std::string fonts = folder_.write(
+        "fonts.conf",
+        fmt::format("<fontconfig><dir>{}</dir></fontconfig>",
+                    fs::path(run("fc-match -f %{file} sans")).parent_path().string()));
+    const std::string noEncoder =
+        faked("ffmpeg", "case \"$*\" in *pipe:0*) exit 1;; esac; exec $real \"$@\"");
+    const struct {
+        const char* change;
+        std::string made;
+    } rows[] = {
+        {":", ""},
+        {"sed -i s/One/Two/ disc.toml", "menu"},
+        {"sed -i s/en/fr/ disc.toml", "menu"},
+        {"mv picture.ppm kept; cp other.ppm picture.ppm", "background menu"},
+        {"mv tone.wav kept; cp -L other.wav tone.wav", "menu"},
+        {"sed -i s/0:01/0:00.5/ disc.toml", "excerpt picture menu"},
+        {"sed -i s/keep/even/ disc.toml", "excerpt excerpt film film menu"},
+        {"mv film.mp4 kept; cp -L other.mp4 film.mp4", "answer counts excerpt film picture menu"},
+        {"export FONTCONFIG_FILE=$PWD/fonts.conf", "menu"},
+        {"for name in out/work/*.json; do rm $name; echo '{' >$name; done", ""},
+    };
+    for (const auto& [change, made] : rows) {
+        SCOPED_TRACE(change);
+        // Renamed and put back, nothing changes but what is to.
+        const std::string said = run(fmt::format(
+            "cd {}; mkdir kept; cp disc.toml kept; cp -al first out; {}; "
+            "list() {{ find out/work -mindepth 1 -maxdepth 1 -printf '%f %i\\n' | sort; }}; "
+            "list >before; {}{} --no-image -o out disc.toml >said 2>&1; list >after; "
+            "{{ comm -13 before after | grep -v composer | sed 's/-.*//'; sed -n 's/^tkvDvdDisc: "
+            "The menu films-1 could.*/menu/p; s/^tkvDvdDisc: .*/failed/p' said; }} | xargs; "
+            "mv kept/* .; rm -r kept out",
+            folder_.path(), change, noEncoder, quoted(discProgramPath())));
+        EXPECT_EQ(said, made + "\n");
+    }
+}
+
+}  // namespace tkv::test::disc
