@@ -1,0 +1,91 @@
+#include <algorithm>
+
+#include "disc_films.h"
+
+// What becomes of films of all kinds on a disc.
+
+namespace tkv::test::disc {
+
+TEST_F(Films, KeepTheirColorsShapesAndMotion) {
+    const auto color = [](const char* name, const std::string& shape) {
+        return fmt::format("-f lavfi -i color={}:r=25:d=1:s={}", name, shape);
+    };
+    // Of ten bits, in wide colours. What becomes of them has been computed from the curves.
+    const auto deep = [](const char* range, const char* transfer) {
+        return fmt::format(
+            "-f lavfi -i 'color=0xB06060:s=320x180:r=25:d=1,format=gbrp,scale="
+            "out_color_matrix=bt2020:out_range={0},format=yuv420p10le' -c:v ffv1 "
+            "-colorspace bt2020nc -color_primaries bt2020 -color_range {0} "
+            "-color_trc {1}",
+            range, transfer);
+    };
+    const std::string surround = " -f lavfi -i anullsrc=cl=5.1:d=1 -map 0 -map 1 -map 1";
+    constexpr Rgba kRed{253, 2, 2, 255}, kBlue{2, 2, 253, 255};
+    struct Source {
+        std::string words, shape;  // and the most that its picture may take, in bits a second
+        Rgba color;                // of its middle
+        bool hasBars = false;
+    };
+    const std::string wide = "16:9\n9608000\n", narrow = "4:3\n9608000\n";
+    const std::vector<Source> pal{
+        {deep("tv", "smpte2084"), wide, {253, 0, 46, 255}},
+        {deep("pc", "smpte2084"), wide, {253, 0, 46, 255}},
+        {deep("pc", "bt2020-10"), wide, {0xB0, 0x60, 0x60, 255}},
+        {color("red", "640x480") + " -aspect 16:9", wide, kRed},
+        {color("red", "664x400"), wide, kRed, true},
+        {color("red", "320x180") + surround, "16:9\n8904000\n", kRed},
+        {color("red", "320x180") + " " + color("blue", "320x180") +
+             " -map 0 -map 1 -disposition:0 0 -disposition:1 default",
+         wide, kBlue},
+    };
+    const std::vector<Source> ntsc{
+        {deep("tv", "arib-std-b67"), wide, {197, 57, 79, 255}},
+        {color("red", "640x360") + " -aspect 4:3", narrow, kRed},
+        {color("red", "664x400"), wide, kRed, true},
+    };
+    for (const bool isPal : {true, false}) {
+        const std::vector<Source>& sources = isPal ? pal : ntsc;
+        std::string words = isPal ? "--pal" : "--ntsc";
+        for (std::size_t i = 0; i < sources.size(); ++i) {
+            const std::string name = fmt::format("{}{}.mkv", i + 1, isPal);
+            make(name, sources[i].words);
+            words += " " + name;
+        }
+        expectDisc("--quiet --no-menu --no-image -o out " + words);
+        for (std::size_t i = 0; i < sources.size(); ++i) {
+            SCOPED_TRACE(sources[i].words);
+            const std::string vob = file(fmt::format("out/disc/VIDEO_TS/VTS_{:02}_1.VOB", i + 1));
+            EXPECT_TRUE(near(colorAt(vob, 0.4, "crop=200:200"), sources[i].color, 12));
+            EXPECT_EQ(near(colorAt(vob, 0.4, "crop=16:200:0"), {0, 0, 0, 255}, 12),
+                      sources[i].hasBars);
+            EXPECT_EQ(run("ffprobe -v error -select_streams v -of default=nw=1:nk=1 -show_entries "
+                          "stream=display_aspect_ratio:stream_side_data=max_bitrate " +
+                          vob),
+                      sources[i].shape);
+        }
+    }
+}
+
+TEST_F(Films, KeepTheirTime) {
+    // The picture begins a second after the sound, whose tone climbs by 400 Hz a second.
+    make("late.mkv",
+         "-f lavfi -i 'aevalsrc=sin(2*PI*t*(400+200*t))/4:s=48000:d=3' -itsoffset 1 "
+         "-f lavfi -i color=s=320x180:r=25:d=2 -c:a flac");
+    // Each field is brighter than the one before, bottom first.
+    make("fields.mkv",
+         "-f lavfi -i 'color=s=64x48:r=60000/1001:d=1,format=gray,geq=lum=40+150*T,scale=720:480:"
+         "in_range=tv:out_range=tv,format=yuv420p,interlace=scan=bff:lowpass=off' -c:v mpeg2video "
+         "-q:v 2 -flags +ilme+ildct -top 0");
+    // A clock of 90,000 that is taken for a rate.
+    const std::string said = makeDisc(
+        "--pal --no-menu --no-image -o out late.mkv fields.mkv",
+        faked("ffprobe", "$real \"$@\" | sed '/avg_frame_rate/s/\"25.1\"/\"90000\\/1\"/'"));
+    EXPECT_NE(said.find("late.mkv, 320 x 180, 25 frames a second"), std::string::npos) << said;
+    EXPECT_NEAR(hertzAt(file("out") + kFirstFilm, 0.5), 400 + 400 * 1.6, 20);
+    const std::vector<int> greys =
+        greysOf(file("out/disc/VIDEO_TS/VTS_02_1.VOB"), "separatefields");
+    EXPECT_EQ(greys.size(), 50U);
+    EXPECT_TRUE(std::ranges::is_sorted(greys)) << testing::PrintToString(greys);
+}
+
+}  // namespace tkv::test::disc
