@@ -62,7 +62,7 @@ struct Profiles {
 
 TEST(DecodePicture, ConvertsFromProfilesOfItsOwnKind) {
     const Profiles profiles;
-    const std::string make = "convert-im6.q16 -size 8x8 -depth 8 -quality 99 'xc:rgb(";
+    const std::string make = magick() + "-size 8x8 -depth 8 -quality 99 'xc:rgb(";
     run("cd " + profiles.folder.path() + "; for type in jpg tif png jp2; do " + make +
         "128,128,132)' c.$type; " + make +
         "128,128,128)' -colorspace Gray g.$type; done; for i in "

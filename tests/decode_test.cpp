@@ -12,7 +12,7 @@ TEST(DecodePicture, StandsPicturesUpright) {
     const Bitmap stored = quarters({64, 32});
     const std::string jpeg = text(encodeJpeg(stored, 1.0F)), tiff = text(encodeTiff(stored));
     for (const auto& [file, more] :
-         {std::pair{jpeg, ""}, {tiff, ""}, {jpeg, "; convert-im6.q16 $f webp:$f"}}) {
+         {std::pair{jpeg, std::string()}, {tiff, ""}, {jpeg, "; " + magick() + "$f webp:$f"}}) {
         for (int orientation = 1; orientation <= 8; ++orientation) {
             const std::string path = folder.write("picture", file);
             run(fmt::format("f={}; exiftool -q -n -overwrite_original -Orientation={} $f{}", path,
@@ -89,17 +89,17 @@ TEST(DecodePicture, UnderstandsWhatOtherProgramsWrite) {
                  std::string(256, '\x4C') + std::string(64, '\x55') + std::string(64, '\xFF'));
     const std::tuple<const char*, Rgba, std::string> rows[] = {
         {"a.ppm", {255, 128, 0, 255}, "test -s"},
-        {"b.jpg", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -colorspace CMYK -quality 95"},
+        {"b.jpg", {255, 128, 0, 255}, magick() + "a.ppm -colorspace CMYK -quality 95"},
         // The same with its inks taken as they are, since no program of Adobe's is named.
         {"b2.jpg", {0, 0, 0, 255}, "sh -c 'exiftool -q -Adobe:all= -o $0 b.jpg'"},
-        {"c.jpg", {146, 146, 146, 255}, "convert-im6.q16 a.ppm -colorspace Gray"},
-        {"d.tga", {255, 128, 0, 255}, "convert-im6.q16 a.ppm"},
-        {"e.jp2", {255, 128, 0, 128}, "convert-im6.q16 a.ppm " + translucent},
+        {"c.jpg", {146, 146, 146, 255}, magick() + "a.ppm -colorspace Gray"},
+        {"d.tga", {255, 128, 0, 255}, magick() + "a.ppm"},
+        {"e.jp2", {255, 128, 0, 128}, magick() + "a.ppm " + translucent},
         {"f.jp2", {254, 0, 0, 255}, coarse},
         {"g.j2k", {254, 0, 0, 255}, coarse},
         {"h.jp2", {128, 128, 128, 255}, "opj_compress -n 3 -mct 0 -i a.raw -F 16,16,1,16,u -o"},
-        {"i.webp", {255, 128, 0, 255}, "convert-im6.q16 a.ppm '(' +clone -negate ')'"},
-        {"j.avif", {255, 128, 0, 255}, "convert-im6.q16 a.ppm -quality 100"},
+        {"i.webp", {255, 128, 0, 255}, magick() + "a.ppm '(' +clone -negate ')'"},
+        {"j.avif", {255, 128, 0, 255}, magick() + "a.ppm -quality 100"},
     };
     for (const auto& [name, expected, tool] : rows) {
         run(fmt::format("cd {} && {} {}", folder.path(), tool, name));

@@ -44,8 +44,7 @@ TEST(Export, ExtensionNamesAFileTypeThatOthersOpen) {
         ASSERT_TRUE(imgExport(gradient(), path, 1));
         const std::string seen = run(identify + path);
         EXPECT_TRUE(seen.starts_with(row.identified)) << seen;
-        run("convert-im6.q16 " + path + " '" + png +
-            "'");  // This program's decoders are not asked.
+        run(magick() + path + " '" + png + "'");  // This program's decoders are not asked.
         const Bitmap back = decodePicture(png).value();
         EXPECT_LE(worstDifference(gradient(), back), row.tolerance);
 
@@ -82,7 +81,7 @@ TEST(Export, GifKeepsFewColoursAndComesNearToMany) {
     // ImageMagick, which dithers too, comes to 32.4 and 35.0 dB.
     for (const auto& [name, decibels] : {std::pair{"harbour", 35.0}, {"city", 37.15}}) {
         const std::string photo = checkoutPath(fmt::format("examples/media/{}.jpg", name));
-        run("convert-im6.q16 " + photo + " -resize '640x360!' " + png);
+        run(magick() + photo + " -resize '640x360!' " + png);
         ASSERT_TRUE(imgExport(decodePicture(png), gif, 1));
         const std::string seen = run("compare -metric PSNR " + png + " " + gif + " null: || true");
         EXPECT_GT(std::stod(seen), decibels) << name;

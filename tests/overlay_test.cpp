@@ -82,7 +82,7 @@ TEST_F(Overlay, QuietRunsWriteOneButtonAtLeastAndNothingAtTheOutputPath) {
              {std::pair{"overlayHighlight.png", "#FF80004D"}, {"overlaySelect.png", "#FF800099"}}) {
             // A bitmap of our own would not hold the colour exactly.
             const std::string seen =
-                run("identify -format '%wx%h ' " + folder.file(name) + "; convert-im6.q16 " +
+                run("identify -format '%wx%h ' " + folder.file(name) + "; " + magick() +
                     folder.file(name) + " -depth 8 -unique-colors txt: | tail -n +2");
             EXPECT_TRUE(seen.starts_with(isPal ? "720x576 0,0: " : "720x480 0,0: ")) << seen;
             EXPECT_NE(seen.find(color), std::string::npos) << seen;

@@ -40,7 +40,7 @@ Bytes bytesOf(const std::string& path) {
 Bytes converted(const Bytes& picture, const std::string& arguments) {
     const TempFolder folder;
     const std::string path = folder.file("converted");
-    run("convert-im6.q16 " + folder.write("a", text(picture)) + " " + arguments + ":" + path);
+    run(magick() + folder.write("a", text(picture)) + " " + arguments + ":" + path);
     return bytesOf(path);
 }
 

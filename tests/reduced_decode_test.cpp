@@ -50,8 +50,8 @@ struct Decodable {
 std::vector<Decodable> reducibleFiles(const Bitmap& picture) {
     const TempFolder folder;
     folder.write("a.png", text(encodePng(picture)));
-    run("cd " + folder.path() +
-        " && convert-im6.q16 a.png a.ppm && "
+    run("cd " + folder.path() + " && " + magick() +
+        "a.png a.ppm && "
         "opj_compress -i a.ppm -o moved.jp2 -d 33,17 -t 300,200");
     const std::string moved = readText(folder.file("moved.jp2"));
     return {{encodeJpeg(picture, 1.0F).value(), decodeJpeg},

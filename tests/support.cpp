@@ -121,6 +121,10 @@ std::string quoted(const std::string& text) {
     return fmt::format("'{}'", std::regex_replace(text, std::regex("'"), "'\\''"));
 }
 
+std::string magick() {
+    return "$(command -v magick || command -v convert) ";
+}
+
 std::string checkoutPath(const std::string& name) {
     return TKV_CHECKOUT "/" + name;
 }

@@ -81,6 +81,9 @@ std::string run(const std::string& command);
 /// The text as one word for the shell.
 std::string quoted(const std::string& text);
 
+/// ImageMagick's program, whose name differs between its versions.
+std::string magick();
+
 /// A file or folder of the checkout.
 std::string checkoutPath(const std::string& name);
 
