@@ -69,17 +69,6 @@ std::string Films::raw(const std::string& input, const std::string& words) const
     return readText(file("raw"));
 }
 
-std::vector<int> Films::greysOf(const std::string& input, const std::string& filters) const {
-    std::vector<int> greys;
-    for (const char byte :
-         raw(input,
-             fmt::format(
-                 "-vf '{},scale=1:1:flags=area,format=gray' -fps_mode passthrough -f rawvideo",
-                 filters)))
-        greys.push_back(static_cast<unsigned char>(byte));
-    return greys;
-}
-
 Rgba Films::colorAt(const std::string& input, double seconds, const std::string& filters) const {
     const std::string rgb =
         raw(input, fmt::format("-ss {} -frames:v 1 -vf {},scale=1:1:in_color_matrix=bt601:flags="

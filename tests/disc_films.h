@@ -32,9 +32,6 @@ class Films : public testing::Test {
     /// What is left of a file's pictures or sound after ffmpeg's words, as raw bytes.
     std::string raw(const std::string& input, const std::string& words) const;
 
-    /// The brightness of each picture of a file after these filters.
-    std::vector<int> greysOf(const std::string& input, const std::string& filters) const;
-
     /// The mean colour of the picture at `seconds` after these filters, as televisions decode it.
     Rgba colorAt(const std::string& input, double seconds, const std::string& filters) const;
 

@@ -87,20 +87,12 @@ void expectDiscThatLeads(const std::string& disc) {
     EXPECT_EQ(player.button(), 3);
 }
 
-/// A disc of one film with chapters: its thumbnail plays it, a label leads to the chapters.
+/// A disc of one film, which its thumbnail plays.
 void expectDiscOfOneFilm(const std::string& disc) {
     Player player(disc);
-    expectButtons(player, 2);
+    expectButtons(player, 1);
     ASSERT_EQ(player.press(1), "film 1");
     ASSERT_EQ(player.leave(), "films 1");
-    ASSERT_EQ(player.press(2), "chapters 1.1");
-    expectButtons(player, 4);
-    ASSERT_EQ(player.press(2), "film 1");
-    EXPECT_EQ(player.chapter(), 2);
-    EXPECT_NEAR(player.seconds(), 2.2, 0.034);
-    ASSERT_EQ(player.leave(), "chapters 1.1");
-    EXPECT_EQ(player.button(), 2);
-    ASSERT_EQ(player.press(4), "films 1");
 }
 
 TEST_F(Films, BecomeADiscThatLeads) {
@@ -108,13 +100,13 @@ TEST_F(Films, BecomeADiscThatLeads) {
     for (const bool isPal : {true, false}) {
         SCOPED_TRACE(isPal);
         const std::string out = file(fmt::format("it's a disc, 100 % \"A&B\" {}", isPal));
-        const std::string said = makeDisc(fmt::format(
-            "--language fr --title 'Un été' -o {} {}", quoted(out),
-            isPal ? "--pal -- chap*.mp4 it*.mp4 -f*.mkv ready.vob" : "--ntsc chap*.mp4"));
+        const std::string said =
+            makeDisc(fmt::format("--language fr --title 'Un été' -o {} {}", quoted(out),
+                                 isPal ? "--pal -- chap*.mp4 it*.mp4 -f*.mkv ready.vob"
+                                       : "--ntsc --chapters none chap*.mp4"));
         ASSERT_TRUE(said.ends_with("status 0\n")) << said;
         EXPECT_EQ(namesIn(out),
                   (Strings{".tkvDvdDisc", "disc", "disc.iso", "jacket.jpg", "menus", "work"}));
-        EXPECT_EQ(namesIn(out + "/menus"), (Strings{"film-1-chapters-1.jpg", "films-1.jpg"}));
         EXPECT_EQ(said.find("copied as it is") != std::string::npos, isPal) << said;
         for (const char* disc : {"/disc", "/disc.iso"})
             isPal ? expectDiscThatLeads(out + disc) : expectDiscOfOneFilm(out + disc);
@@ -122,6 +114,10 @@ TEST_F(Films, BecomeADiscThatLeads) {
         EXPECT_TRUE(near(colorAt(out + kFirstFilm, 3, "crop=100:320:20"), {2, 2, 253, 255}, 12));
         EXPECT_EQ(readText(out + "/disc.iso").substr(32'808, 7), "UN_ETE ");
         if (!isPal) continue;
+        EXPECT_EQ(namesIn(out + "/menus"), (Strings{"film-1-chapters-1.jpg", "films-1.jpg"}));
+        const Bitmap chapters = *decodePicture(out + "/menus/film-1-chapters-1.jpg");
+        EXPECT_TRUE(near(pixel(chapters, 105, 80), {253, 2, 2, 255}, 12));
+        EXPECT_TRUE(near(pixel(chapters, 256, 80), {2, 2, 253, 255}, 12));
         const std::string listing = run("lsdvd -a " + quoted(out + "/disc"));
         EXPECT_NE(listing.find("Language: fr"), std::string::npos) << listing;
         EXPECT_NE(listing.find("Language: ja"), std::string::npos) << listing;
