@@ -101,6 +101,11 @@ TEST_F(Films, FollowTheOptions) {
             " -af ebur128=framelog=verbose -f null /dev/null 2>&1 | grep '  I:'");
     EXPECT_NEAR(std::stod(loudness.substr(loudness.find(':') + 1)), -23, 1);
 
+    folder_.write("blue.toml",
+                  "menu = false\n[[film]]\npath = 'chapters a:b 100%.mp4'\nexcerpt = 3\n");
+    expectDisc("--no-image -o blue blue.toml");
+    EXPECT_TRUE(near(pixel(menu("blue/jacket.jpg"), 20, 270), {0, 0, 152, 255}, 12));
+
     // What is refused.
     const std::string written = makeDisc("--write words.toml ready.vob");
     EXPECT_NE(written.find("words.toml is there already. Name another"), std::string::npos);

@@ -25,21 +25,22 @@ void expectOrangeHighlights(Player& player) {
     }
 }
 
-/// The buttons are drawn for both kinds of displays, and the arrow keys reach them all.
-void expectButtons(Player& player, int count) {
+/// The buttons are drawn for both kinds of displays. `arrows`: the buttons to which up, down, left
+/// and right lead from each.
+void expectButtons(Player& player, const Strings& arrows) {
     const hli_t& highlights = player.highlights();
-    ASSERT_EQ(highlights.hl_gi.btn_ns, count);
+    ASSERT_EQ(highlights.hl_gi.btn_ns, arrows.size());
     ASSERT_EQ(highlights.hl_gi.btngr_ns, 2);
     EXPECT_EQ(highlights.hl_gi.btngr1_dsp_ty, 1) << "wide displays";
     EXPECT_EQ(highlights.hl_gi.btngr2_dsp_ty, 4) << "4:3 displays, the middle of the page";
     EXPECT_NE(rectanglesOf(highlights, 0), rectanglesOf(highlights, 1));
-    std::vector<int> reached{1};
-    for (std::size_t i = 0; i < reached.size(); ++i) {
-        const btni_t& button = highlights.btnit[reached[i] - 1];
-        for (const int next : {+button.up, +button.down, +button.left, +button.right})
-            if (!std::ranges::count(reached, next)) reached.push_back(next);
+    for (std::size_t i = 0; i < arrows.size(); ++i) {
+        EXPECT_EQ(player.arrowsFrom(static_cast<int>(i) + 1), arrows[i]) << i + 1;
+        const btni_t& other = highlights.btnit[18 + i];
+        EXPECT_EQ(fmt::format("{} {} {} {}", +other.up, +other.down, +other.left, +other.right),
+                  arrows[i])
+            << i + 1 << " on 4:3 displays";
     }
-    EXPECT_EQ(reached.size(), count);
     expectOrangeHighlights(player);
 }
 
@@ -47,7 +48,7 @@ void expectButtons(Player& player, int count) {
 void expectDiscThatLeads(const std::string& disc) {
     Player player(disc);
     ASSERT_EQ(player.place(), "films 1");
-    expectButtons(player, 5);
+    expectButtons(player, {"5 3 1 2", "5 4 1 2", "1 3 3 4", "2 4 3 4", "5 2 5 5"});
     for (int packs = 0; packs < 100; ++packs)
         ASSERT_EQ(player.play(), "films 1") << "its clip repeats";
     for (const int group : {0, 1}) {
@@ -57,7 +58,7 @@ void expectDiscThatLeads(const std::string& disc) {
             EXPECT_EQ(player.button(), film);
         }
         ASSERT_EQ(player.press(1, group), "chapters 1.1");
-        expectButtons(player, 4);
+        expectButtons(player, {"3 4 1 2", "3 4 1 2", "3 2 3 3", "2 4 4 4"});
         for (const int chapter : {2, 1}) {
             ASSERT_EQ(player.press(chapter, group), "film 1");
             EXPECT_EQ(player.chapter(), chapter);
@@ -90,7 +91,7 @@ void expectDiscThatLeads(const std::string& disc) {
 /// A disc of one film, which its thumbnail plays.
 void expectDiscOfOneFilm(const std::string& disc) {
     Player player(disc);
-    expectButtons(player, 1);
+    expectButtons(player, {"1 1 1 1"});
     ASSERT_EQ(player.press(1), "film 1");
     ASSERT_EQ(player.leave(), "films 1");
 }

@@ -166,7 +166,7 @@ TEST(FilmEncoding, KeepsColors) {
         EXPECT_TRUE(near(pixel(shown, 360, 288), kGreen, 3));
         EXPECT_TRUE(near(pixel(shown, 600, 288), kBlue, 3));
         const std::string still = folder.file("still.jpg");
-        runQuietly(pictureCommand(film, conversion.colors, 100, {480, 360}, still));
+        runQuietly(pictureCommand(film, conversion.colors, {100}, {480, 360}, still));
         EXPECT_TRUE(near(pixel(*decodePicture(still), 240, 180), kGreen, 4));
         EXPECT_TRUE(
             near(pixel(*decodePicture(still), 20, 180), conversion.isWide ? kRed : kBlack, 4));
@@ -225,7 +225,7 @@ TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
                                     "| grep -o 'silence_start: .*'");
     EXPECT_NEAR(std::stod(silence.substr(15)), 1.5 * 24 / 25, 0.02);
     const std::string still = folder.file("still.jpg");
-    runQuietly(pictureCommand(film, conversion.colors, 100, {80, 60}, still));
+    runQuietly(pictureCommand(film, conversion.colors, {100}, {80, 60}, still));
     EXPECT_TRUE(decodePicture(still)) << "long behind the only keyframe";
 }
 

@@ -92,6 +92,20 @@ std::string Player::press(int number, int group) {
     return play();
 }
 
+std::string Player::arrowsFrom(int number) {
+    pci_t* const pci = dvdnav_get_current_nav_pci(nav_);
+    const int before = button();
+    std::string numbers;
+    for (const auto key : {dvdnav_upper_button_select, dvdnav_lower_button_select,
+                           dvdnav_left_button_select, dvdnav_right_button_select}) {
+        dvdnav_button_select(nav_, pci, number);
+        key(nav_, pci);
+        numbers += fmt::format("{}{}", numbers.empty() ? "" : " ", button());
+    }
+    dvdnav_button_select(nav_, pci, before);
+    return numbers;
+}
+
 std::string Player::press(DVDMenuID_t key) {
     const std::string here = place();
     if (dvdnav_menu_call(nav_, key) != DVDNAV_STATUS_OK)

@@ -45,6 +45,9 @@ class Player {
     /// Presses button `number` from 1, of the group for wide displays (0) or that for others (1).
     std::string press(int number, int group = 0);
 
+    /// The buttons, from 1, to which the up, down, left and right keys lead from a button.
+    std::string arrowsFrom(int number);
+
     /// Presses a key of the remote.
     std::string press(DVDMenuID_t key);
 

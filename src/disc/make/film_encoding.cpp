@@ -54,9 +54,9 @@ constexpr int kBFrames = 2;
 // How many of the groups before a chapter are made equally long.
 constexpr int kEvenGroups = 5;
 
-// The frames that begin a GOP on the way from one chapter to the next. dvdauthor begins no VOBU less
-// than 0.4 s after another, and only a VOBU can begin a chapter; so the last groups are as long as
-// each other, none much shorter than `longest`.
+// The frames that begin a GOP on the way from one chapter to the next. dvdauthor begins no VOBU
+// less than 0.4 s after another, and only a VOBU can begin a chapter; so the last groups are as
+// long as each other, none much shorter than `longest`.
 std::vector<int> groupsBetween(int chapter, int next, int longest) {
     const int groups = (next - chapter + longest - 1) / longest;
     const int even = std::min(groups, kEvenGroups);
@@ -151,6 +151,17 @@ Arguments jpegArguments(const std::string& pattern) {
             "-f",   "image2", "-start_number", "0", pattern};
 }
 
+// ffmpeg finds a place in a program stream by its times, not by its keyframes, so it enters a film
+// well before the wanted moment.
+double entryBefore(double seconds) {
+    return std::max(0.0, std::floor(seconds) - 2);
+}
+
+// Half a frame before the wanted time, the wanted frame is still to come.
+std::string framesFrom(double seconds, const FrameRate& rate) {
+    return fmt::format("select='gte(t,{:.6f})',", std::max(0.0, seconds - 0.5 / rate.perSecond()));
+}
+
 }  // namespace
 
 Arguments encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
@@ -200,34 +211,40 @@ Arguments interleaveCommand(const std::string& dvdFilm, const std::string& outpu
 
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern) {
-    const double rate = factsOf(conversion.standard).frameRate.perSecond();
-    const double seconds = range.first / rate;
-    // ffmpeg finds a place in a program stream by its times, not by its keyframes: it starts well
-    // before, and half a frame before the wanted time is where the wanted frame is still to come.
-    const double start = std::max(0.0, std::floor(seconds) - 2);
-    const double from = std::max(0.0, seconds - start - 0.5 / rate);
+    const FrameRate rate = factsOf(conversion.standard).frameRate;
+    const double seconds = range.first / rate.perSecond();
+    const double start = entryBefore(seconds);
     Arguments arguments = ffmpegStart();
     append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
     append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
-    append(arguments, {"-vf", excerptFiltersFrom(from, size, conversion.isWide)});
+    append(arguments,
+           {"-vf", framesFrom(seconds - start, rate) + excerptFiltersOf(size, conversion.isWide)});
     append(arguments, {"-frames:v", fmt::format("{}", range.count)});
     append(arguments, jpegArguments(pattern));
     return arguments;
 }
 
-Arguments pictureCommand(const Film& film, const SourceColors& colors, double seconds,
+Arguments pictureCommand(const Film& film, const SourceColors& colors, const Moment& moment,
                          PixelSize size, const std::string& output) {
     // A stream without an index is entered anywhere, and one keyframe at least is to come from
     // there.
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;
-    const double start = std::clamp(seconds, 0.0, std::max(0.0, film.seconds - tail));
+    const double last = std::max(0.0, film.seconds - (moment.isExact ? 0.1 : tail));
+    const double seconds = std::clamp(moment.seconds, 0.0, last);
+    const double start = moment.isExact ? entryBefore(seconds) : seconds;
     Arguments arguments = ffmpegStart();
-    append(arguments, {"-noaccurate_seek", "-skip_frame", "nokey"});
+    append(arguments, {"-noaccurate_seek"});
+    if (!moment.isExact) append(arguments, {"-skip_frame", "nokey"});
     // Raw streams have no times to look for.
     if (start > 0) append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
     append(arguments,
            {"-i", inputName(film.source.files), "-map", fmt::format("0:{}", film.video.index)});
-    append(arguments, {"-vf", stillFilters(film.video, colors, size), "-frames:v", "1"});
+    std::string filters = stillFilters(film.video, colors, size);
+    if (moment.isExact) {
+        const double from = seconds - start + (start > 0 ? 0 : film.video.start);
+        filters = framesFrom(from, film.video.frameRate) + filters;
+    }
+    append(arguments, {"-vf", filters, "-frames:v", "1"});
     // The keyframe's time is before 0 here, where pictures would otherwise be dropped.
     append(arguments, {"-fps_mode", "passthrough", "-c:v", "mjpeg", "-q:v", "3"});
     append(arguments, {"-f", "image2pipe", "file:" + output});

@@ -48,9 +48,15 @@ Arguments interleaveCommand(const std::string& dvdFilm, const std::string& outpu
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern);
 
-/// Takes one picture at a keyframe near `seconds`, quickly: the picture of 16:9, with bars
-/// where the film has another shape, squeezed into `size`, as a JPEG.
-Arguments pictureCommand(const Film& film, const SourceColors& colors, double seconds,
+/// A moment of a film: a keyframe near it, which is found quickly, or its own frame.
+struct Moment {
+    double seconds = 0;  ///< of the film as it came
+    bool isExact = false;
+};
+
+/// Takes one picture at a moment: the picture of 16:9, with bars where the film has another shape,
+/// squeezed into `size`, as a JPEG.
+Arguments pictureCommand(const Film& film, const SourceColors& colors, const Moment& moment,
                          PixelSize size, const std::string& output);
 
 }  // namespace tkv::disc

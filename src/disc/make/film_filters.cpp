@@ -123,9 +123,8 @@ std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size
                        excerptPicture(size, conversion.isWide));
 }
 
-std::string excerptFiltersFrom(double seconds, PixelSize size, bool isWide) {
-    return fmt::format("select='gte(t,{:.6f})',bwdif=send_frame:deint=interlaced,{}", seconds,
-                       excerptPicture(size, isWide));
+std::string excerptFiltersOf(PixelSize size, bool isWide) {
+    return "bwdif=send_frame:deint=interlaced," + excerptPicture(size, isWide);
 }
 
 std::string stillFilters(const VideoTrack& video, const SourceColors& colors, PixelSize size) {

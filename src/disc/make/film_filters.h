@@ -25,8 +25,8 @@ std::string discFrames(const Conversion& conversion);
 std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size,
                            const Conversion& conversion);
 
-/// The same out of the frames of a finished disc's film, from `seconds` on.
-std::string excerptFiltersFrom(double seconds, PixelSize size, bool isWide);
+/// The same out of those frames of a finished disc's film that are wanted.
+std::string excerptFiltersOf(PixelSize size, bool isWide);
 
 /// Makes a picture of 16:9, squeezed into `size`, out of one of a film's.
 std::string stillFilters(const VideoTrack& video, const SourceColors& colors, PixelSize size);

@@ -50,10 +50,10 @@ struct Taken {
     double contrast = 0;
 };
 
-std::optional<Taken> takePicture(const DiscFilm& film, double seconds, PixelSize size,
+std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, PixelSize size,
                                  Workshop& workshop) {
     const auto commandFor = [&](const std::string& output) {
-        return pictureCommand(film.film, film.conversion.colors, seconds, size, output);
+        return pictureCommand(film.film, film.conversion.colors, moment, size, output);
     };
     Arguments inputs = commandFor("");
     inputs.push_back(film.film.source.stamp);
@@ -79,7 +79,9 @@ Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop
     const double length = std::max(0.0, span.until - span.from);
     for (const double place : kPlaces) {
         const double seconds = span.from + place * length;
-        const std::optional<Taken> taken = takePicture(film, seconds, size, workshop);
+        // What somebody has chosen is to be seen as the film shows it.
+        const Moment moment{seconds, length == 0};
+        const std::optional<Taken> taken = takePicture(film, moment, size, workshop);
         if (taken && taken->contrast > bestContrast) {
             bestContrast = taken->contrast;
             best = {seconds, taken->name};
