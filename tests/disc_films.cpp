@@ -84,7 +84,8 @@ int Films::hertzAt(const std::string& input, double seconds) const {
     int waves = 0;
     bool isHigh = true;
     for (std::size_t i = 1; i < samples.size(); i += 2) {
-        const int sample = static_cast<signed char>(samples[i]);
+        const int byte = static_cast<unsigned char>(samples[i]);
+        const int sample = byte < 128 ? byte : byte - 256;
         if (sample > 0 && !isHigh) ++waves;
         if (sample != 0 && sample != -1) isHigh = sample > 0;
     }
