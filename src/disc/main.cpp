@@ -57,6 +57,7 @@ int main(int argc, char** argv) {
             // As the signal would have ended it, for a shell that wants to know.
             static_cast<void>(std::signal(endedBy, SIG_DFL));
             static_cast<void>(std::raise(endedBy));
+            return 1;
         }
         return outcome.fault ? complain(outcome.fault->words) : 0;
     } catch (const std::bad_alloc&) {
