@@ -1,7 +1,7 @@
 #include "disc/plan/plan.h"
 
-#include <pugixml.hpp>
 #include <algorithm>
+#include <pugixml.hpp>
 #include <set>
 
 #include "disc/author/author_file.h"

@@ -130,10 +130,16 @@ TEST(MakeDisc, SaysWhichFilmIsAtFaultAndLeavesNothing) {
         EXPECT_EQ(fs::exists(options.output), *text != '\0');
         EXPECT_EQ(fs::current_path(), here);
     }
-    ProgramStop stopped;
+    // What has ended one run does not end the next.
+    run("ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=d=1:s=64x36 " +
+        options.project.films[0].path);
+    options.isPreview = true;
+    ProgramStop stopped, stop;
     stopped.stop();
     Recorder recorder;
     EXPECT_TRUE(makeDisc(options, recorder, stopped).isInterrupted);
+    EXPECT_FALSE(makeDisc(options, recorder, stop).fault);
+    EXPECT_EQ(recorder.lines.back(), "Drawn in " + options.output + "/menus: 1 menu page");
 }
 
 }  // namespace tkv::test::run_of_a_disc

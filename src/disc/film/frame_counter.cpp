@@ -1,7 +1,6 @@
 #include "disc/film/frame_counter.h"
 
 #include <algorithm>
-#include <array>
 #include <charconv>
 #include <cmath>
 

@@ -13,7 +13,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
@@ -97,10 +96,6 @@ struct DiscPlan {
     int menuRate = 0;             ///< kb/s of the menus' pictures
     std::int64_t bytes = 0;       ///< of the finished disc, at most, as far as can be told
     std::int64_t missing = 0;     ///< bytes by which it is too full at the lowest rates; mostly 0
-
-    std::span<const MenuPage> pagesIn(const PageRange& range) const {
-        return std::span(pages).subspan(range.first, range.count);
-    }
 };
 
 /// The plan of a disc, also of one that nobody can make: without a film, or too full. `films`:

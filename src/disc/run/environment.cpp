@@ -21,7 +21,8 @@ std::string variable(const char* name) {
 }  // namespace
 
 std::string currentFolder() {
-    return std::filesystem::current_path().string();
+    std::error_code error;
+    return std::filesystem::current_path(error).string();
 }
 
 std::string userLanguage() {

@@ -6,8 +6,7 @@
 
 namespace tkv::disc {
 
-/// The absolute path of the current folder. Throws std::filesystem::filesystem_error when it is
-/// gone.
+/// The absolute path of the current folder; empty when it is gone.
 std::string currentFolder();
 
 /// The language of the user's messages, as a locale: the first of LC_ALL, LC_MESSAGES and LANG
