@@ -4,6 +4,8 @@
 #include "disc/film/probe.h"
 #include "disc/make/film_encoding.h"
 #include "disc/make/film_loudness.h"
+#include "disc/make/film_maker.h"
+#include "disc/run/terminal_progress.h"
 #include "support.h"
 #include "system/processes.h"
 
@@ -271,6 +273,38 @@ TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
         expectFrame(fmt::format("c{:06}.jpg", i), 8 + i);
     EXPECT_FALSE(fs::exists(folder.file("a000005.jpg")));
     EXPECT_FALSE(fs::exists(folder.file("c000003.jpg")));
+}
+
+/// One film is hard to encode, and the other leaves little room.
+TEST(FilmMaker, EncodesAgainWhatTurnsOutTooLarge) {
+    const TempFolder folder;
+    const Film film =
+        made(folder, "noise.avi",
+             "-f lavfi -i color=gray:s=720x576:r=25:d=1,noise=alls=10:allf=t -c:v mjpeg -q:v 2");
+    Film hours = film;
+    hours.seconds = 17'500;
+    Project project;
+    project.films.resize(2);
+    const DiscPlan plan = planDisc(project, {film, hours});
+    const std::string name = filmName(plan.films[0]), ffmpeg = run("command -v ffmpeg");
+    std::uintmax_t once = 0;
+    for (const bool isTwice : {false, true}) {
+        folder.write("bin/ffmpeg",
+                     fmt::format("#!/bin/sh\ncase \"$*\" in *\"-pass 2\"*) {};; esac\nreal={}"
+                                 "exec $real \"$@\"\n",
+                                 isTwice ? ":" : "exit 9", ffmpeg));
+        fs::permissions(folder.file("bin/ffmpeg"), fs::perms::owner_all);
+        const test::ScopedVariable path("PATH", folder.file("bin:") + std::getenv("PATH"));
+        ProgramStop stop;
+        Workshop workshop(folder.file(isTwice ? "twice" : "once"), stop);
+        TerminalProgress quiet(TerminalProgress::Style::quiet);
+        Progress progress(quiet);
+        FilmMaker(plan, workshop, progress).make(plan.films[0]);
+        EXPECT_EQ(probed(workshop.path(name)).frames, 25);
+        const std::uintmax_t bytes = fs::file_size(workshop.path(name));
+        EXPECT_TRUE(!isTwice || bytes < once) << bytes << " instead of " << once;
+        once = bytes;
+    }
 }
 
 TEST(FilmEncoding, EvensLoudness) {

@@ -331,6 +331,9 @@ TEST(Plan, KeepsChaptersWhereADiscCanHaveThem) {
     EXPECT_EQ(chaptersOf({}, film, {}, conversionOf(film, Standard::pal, false)).chapters.size(),
               4U)
         << "for the skip key";
+    film = filmOf(1000, 120);
+    EXPECT_EQ(chaptersOf({}, film, {}, conversionOf(film, Standard::pal, false)).chapters.size(),
+              99U);
 }
 
 }  // namespace tkv::test::plan

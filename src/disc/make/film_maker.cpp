@@ -160,13 +160,21 @@ void FilmMaker::encodeAgain(const DiscFilm& film, EncoderRun run, const std::str
     if (isAtBest || bytes <= kTolerance * static_cast<double>(planned)) return;
     run.excerpts.clear();
     run.passLog = output + "-pass";
-    int frames = 0;
-    for (const Pass pass : {Pass::first, Pass::second}) {
-        run.pass = pass;
-        frames = workshop_.tools().encode(encodingCommand(film.film, conversion, run, output),
-                                          failing(film, "encoded"));
+    const std::string again = output + "-again.mpg";
+    try {
+        int frames = 0;
+        for (const Pass pass : {Pass::first, Pass::second}) {
+            run.pass = pass;
+            frames = workshop_.tools().encode(encodingCommand(film.film, conversion, run, again),
+                                              failing(film, "encoded"));
+        }
+        expectFrames(film, frames);
+    } catch (const DiscError&) {
+        // ffmpeg gives a second pass up when the rate is too low for what is next to noise. The
+        // first result is whole.
+        return;
     }
-    expectFrames(film, frames);
+    fs::rename(workshop_.path(again), workshop_.path(output));
 }
 
 void FilmMaker::cut(const DiscFilm& film, const std::string& name, const WantedExcerpt& wanted) {
