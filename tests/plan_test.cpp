@@ -1,6 +1,7 @@
 #include "disc/plan/plan.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 #include "composer/navigation.h"
@@ -220,12 +221,12 @@ TEST(Plan, ArrowsLeadWhereAnEyeExpects) {
 
 /// Rows of three with and without each label: what holds of every page.
 TEST(Plan, ArrowsReachEveryButtonAndLeadBack) {
+    constexpr std::array kColumns{110.0, 280.0, 450.0}, kRows{355.0, 221.0, 87.0};
     for (std::size_t count = 1; count <= 9; ++count) {
         for (unsigned labels = 0; labels < 16; ++labels) {
             std::vector<Rect> buttons;
             for (std::size_t i = 0; i < count; ++i)
-                buttons.push_back({110.0 + 170 * static_cast<double>(i % 3),
-                                   355.0 - 134 * static_cast<double>(i / 3), 160, 120});
+                buttons.push_back({kColumns[i % 3], kRows[i / 3], 160, 120});
             for (std::size_t i = 0; i < 4; ++i) {
                 const NavigationButton& label = kNavigationButtons[i];
                 if ((labels >> i & 1U) != 0)

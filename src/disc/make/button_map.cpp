@@ -9,8 +9,8 @@ namespace tkv::disc {
 namespace {
 
 // Where a map names the pictures of its subpicture, and where a button begins.
-constexpr std::string_view kSubpicture = "<spu ";
-constexpr std::string_view kButton = "<button ";
+constexpr std::string_view kSubpictureTag = "<spu ";
+constexpr std::string_view kButtonTag = "<button ";
 
 std::string arrowWords(const MenuPage& page, const Arrows& arrows) {
     const auto nameOf = [&](std::size_t button) { return page.buttons[button].name; };
@@ -29,18 +29,18 @@ std::optional<std::string> finishedMap(const std::string& map, const MenuPage& p
                                        const std::string& picture, const std::string& folder) {
     std::string text = map;
     removeAll(text, folder + "/");
-    std::size_t at = text.find(kSubpicture);
+    std::size_t at = text.find(kSubpictureTag);
     if (at == std::string::npos) return std::nullopt;
-    text.insert(at + kSubpicture.size(), fmt::format("image=\"{}\" ", picture));
+    text.insert(at + kSubpictureTag.size(), fmt::format("image=\"{}\" ", picture));
     for (const Button& button : page.buttons) {
-        at = text.find(kButton, at);
+        at = text.find(kButtonTag, at);
         if (at == std::string::npos) return std::nullopt;
-        at += kButton.size();
+        at += kButtonTag.size();
         if (text.compare(at, button.name.size() + 7, fmt::format("name=\"{}\"", button.name)) != 0)
             return std::nullopt;
         text.insert(at, arrowWords(page, button.arrows));
     }
-    if (text.find(kButton, at) != std::string::npos) return std::nullopt;
+    if (text.find(kButtonTag, at) != std::string::npos) return std::nullopt;
     return text;
 }
 

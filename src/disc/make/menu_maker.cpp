@@ -40,6 +40,7 @@ std::string taskOf(const MenuPage& page) {
 // Absolute paths of names in the workshop.
 std::vector<std::string> pathsOf(const std::vector<std::string>& names, const Workshop& workshop) {
     std::vector<std::string> paths;
+    paths.reserve(names.size());
     for (const std::string& name : names)
         paths.push_back(workshop.path(name));
     return paths;
