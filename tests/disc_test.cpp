@@ -144,6 +144,39 @@ TEST_F(Films, KeepTheirChaptersWhereTheSoundEndsEarly) {
     EXPECT_NE(listing.find("Chapters: 08,"), std::string::npos) << listing;
 }
 
+/// Whatever is asked for, nothing goes that the program has not made.
+TEST_F(Films, TakeNothingOfOthersAway) {
+    makeReady();
+    const std::string own = "mkdir -p out elsewhere; touch out/.tkvDvdDisc elsewhere/letter; ";
+    const struct {
+        std::string before, words, kept, reason;
+    } cases[] = {
+        {own + "mkdir -p elsewhere/unfinished; ln -s ../elsewhere out/work; ", "ready.vob",
+         "elsewhere/letter elsewhere/unfinished", "out/work is no folder of its own"},
+        {own + "mkdir out/work; cp ready.vob out/work/a.vob; ", "out/work/a.vob", "out/work/a.vob",
+         "out/work/a.vob lies where a run puts its results"},
+        {own + "mkdir -p out/disc/VIDEO_TS; cp ready.vob out/disc/VIDEO_TS/VTS_01_1.VOB; ",
+         "out/disc", "out/disc/VIDEO_TS/VTS_01_1.VOB", "VTS_01_1.VOB lies where"},
+        {own + "mkdir out/menus; touch out/menus/a.wav; ln -s out/menus/a.wav; ",
+         "--music a.wav ready.vob", "out/menus/a.wav", "a.wav lies where"},
+        {own + faked("dvdauthor",
+                     "$real \"$@\"; cd ../..; mv out moved; cp -a moved out; mkdir out/disc; "
+                     "touch out/disc/letter"),
+         "ready.vob", "out/disc/letter", "out has been moved or removed meanwhile"},
+        {own, "--clean ready.vob", "out/disc elsewhere/letter", ""},
+        {own + "mkdir out/work; touch out/work/.tkvDvdDisc out/work/letter "
+               "out/work/film-letter.mpg; ",
+         "--clean ready.vob", "out/work/letter out/work/film-letter.mpg", ""},
+    };
+    for (const auto& [before, words, kept, reason] : cases) {
+        const std::string said = makeDisc("--no-menu --no-image -o out " + words,
+                                          "rm -rf out elsewhere moved; " + before);
+        EXPECT_TRUE(said.ends_with(reason.empty() ? "status 0\n" : "status 1\n")) << said;
+        EXPECT_NE(said.find(reason), std::string::npos) << said;
+        run(fmt::format("cd {}; ls -d {}", folder_.path(), kept));
+    }
+}
+
 /// What can go wrong while a disc is made. Nothing of a disc is left where one is not whole.
 TEST_F(Films, EndWithAReason) {
     makeAllKinds();
@@ -187,7 +220,7 @@ TEST_F(Films, EndWithAReason) {
     };
     for (const auto& [before, words, reason] : cases) {
         const std::string said = makeDisc(words, before);
-        EXPECT_TRUE(said.ends_with("status 1\n")) << words;
+        EXPECT_TRUE(said.ends_with("status 1\n")) << words << said;
         const std::size_t last = said.rfind("tkvDvdDisc: ");
         ASSERT_NE(last, std::string::npos) << said;
         EXPECT_NE(said.substr(last).find(reason), std::string::npos) << said;

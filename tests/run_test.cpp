@@ -76,23 +76,27 @@ TEST(Workshop, KeepsResultsAndTouchesOnlyItsOwn) {
             workshop.tools().run({"sh", "-c", "pwd >" + name}, {"", "no shell", ""});
         };
     };
+    const std::string a = Workshop::nameOf("film", ".mpg", {"a"});
+    const std::string b = Workshop::nameOf("excerpt", "", {"b"});
     {
         Workshop workshop(path, stop);
-        EXPECT_EQ(workshop.result("a", write(workshop)), "a");
-        EXPECT_EQ(workshop.result("b", write(workshop)), "b");
-        EXPECT_EQ(readText(workshop.path("b")), path + "\n") << "where programs run";
-        EXPECT_THROW(workshop.result("c",
-                                     [&](const std::string& name) {
-                                         write(workshop)(name);
-                                         throw std::runtime_error("half");
-                                     }),
-                     std::runtime_error);
+        EXPECT_EQ(workshop.result(a, write(workshop)), a);
+        EXPECT_EQ(workshop.result(b, write(workshop)), b);
+        EXPECT_EQ(readText(workshop.path(b)), path + "\n") << "where programs run";
+        const auto fail = [&](const std::string& name) {
+            write(workshop)(name);
+            throw std::runtime_error("half");
+        };
+        EXPECT_THROW(workshop.result("menu-0", fail), std::runtime_error);
     }
-    EXPECT_EQ(namesIn(path), (Strings{kMarker, "a", "b"}));
+    folder.write("own/work/film-letter", "dear");
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, b, a, "film-letter"}));
     Workshop workshop(path, stop);
-    workshop.result("a", [](const std::string&) { ADD_FAILURE() << "made twice"; });
+    workshop.result(a, [](const std::string&) { ADD_FAILURE() << "made twice"; });
     workshop.removeUnused();
-    EXPECT_EQ(namesIn(path), (Strings{kMarker, "a", "unfinished"}));
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, a, "film-letter", "unfinished"}));
+    workshop.removeAll();
+    EXPECT_EQ(namesIn(path), Strings{"film-letter"});
 }
 
 TEST(ParallelTasks, StopTheirOwnRunAtAFault) {

@@ -35,10 +35,36 @@ namespace {
 constexpr std::int64_t kExcerptBytes = 10 << 20;
 constexpr std::int64_t kPageBytes = 200 << 20;
 
+// A run replaces nothing that it is made of.
+void requireOutside(const std::string& output, const std::string& path) {
+    if (!isReplacedIn(output, path)) return;
+    throw DiscError(fmt::format("{} lies where a run puts its results in {}. Move it, or name "
+                                "another folder with -o.",
+                                path, output),
+                    path);
+}
+
+void requireNothingLost(const Options& options, const std::vector<FilmSource>& sources) {
+    for (const FilmSource& source : sources) {
+        for (const std::string& file : source.files)
+            requireOutside(options.output, file);
+    }
+    for (const std::optional<std::string>& path :
+         {options.project.background, options.project.music}) {
+        if (path && path != kNone) requireOutside(options.output, *path);
+    }
+}
+
 std::vector<FilmSource> sourcesOf(const Project& project) {
     std::vector<FilmSource> sources;
     for (const FilmRequest& film : project.films)
         sources.push_back(sourceOf(film.path));
+    return sources;
+}
+
+std::vector<FilmSource> safeSources(const Options& options) {
+    std::vector<FilmSource> sources = sourcesOf(options.project);
+    requireNothingLost(options, sources);
     return sources;
 }
 
@@ -63,13 +89,14 @@ class DiscMaker {
         : options_(options),
           stop_(stop),
           progress_(receiver),
-          sources_(sourcesOf(options.project)),
+          sources_(safeSources(options)),
           folder_(options.output),
           workshop_(folder_.workPath(), stop) {}
 
     void run() {
         try {
             make();
+            if (options_.cleans) workshop_.removeAll();
         } catch (const Interrupted&) {
             const auto ready = std::ranges::count_if(pieces_.films, [&](const std::string& name) {
                 return fs::exists(workshop_.path(name));
@@ -124,7 +151,7 @@ class DiscMaker {
         });
         for (const MenuPage& page : plan_.pages)
             menus.drawPreview(page, thumbnailsOf(page, scenes), pictureOf(page, pictures));
-        folder_.put(workshop_.path(pictures), "menus");
+        folder_.put(pictures, "menus");
     }
 
     // The films side by side, and each menu as soon as its films are there.
@@ -152,7 +179,7 @@ class DiscMaker {
         const std::string jacket = Workshop::unfinished("jacket.jpg");
         menus.drawJacket(plan_.title, jacketLine(plan_, options_.project.labels.minutes),
                          jacketPicture(setting_, plan_, workshop_), jacket);
-        folder_.put(workshop_.path(jacket), "jacket.jpg");
+        folder_.put(jacket, "jacket.jpg");
     }
 
     void makeMenus(MenuMaker& menus, ParallelTasks& films, const Excerpts& excerpts) {
@@ -168,7 +195,7 @@ class DiscMaker {
             menus.drawPreview(page, thumbnails, pictureOf(page, pictures));
         }
         menus.finish();
-        folder_.put(workshop_.path(pictures), "menus");
+        folder_.put(pictures, "menus");
     }
 
     void author() {
@@ -177,9 +204,9 @@ class DiscMaker {
         authorDisc(plan_, pieces_, disc, workshop_, progress_);
         if (options_.makesImage)
             makeImage(disc, volumeLabel(plan_.title), image, workshop_, progress_);
-        folder_.put(workshop_.path(disc), "disc");
+        folder_.put(disc, "disc");
         if (options_.makesImage) {
-            folder_.put(workshop_.path(image), "disc.iso");
+            folder_.put(image, "disc.iso");
         } else {
             folder_.drop("disc.iso");
         }
@@ -288,11 +315,7 @@ Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop
     return outcomeOf([&] {
         requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
         if (options.makesImage) requirePrograms({"genisoimage"});
-        {
-            DiscMaker maker(options, receiver, stop);
-            maker.run();
-        }
-        if (options.cleans) fs::remove_all(options.output + "/work");
+        DiscMaker(options, receiver, stop).run();
     });
 }
 

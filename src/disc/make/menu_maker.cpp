@@ -21,8 +21,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr const char* kLogName = "composer.log";
-
 // With less than this many bytes the disk counts as full.
 constexpr std::uintmax_t kLeastSpace = 1 << 20;
 
@@ -55,9 +53,7 @@ MenuMaker::MenuMaker(MenuSetting setting, std::string background, Workshop& work
       faces_(fallbackFaces()),
       workshop_(workshop),
       progress_(progress),
-      log_(workshop.path(kLogName)) {
-    workshop.has(kLogName);
-}
+      log_(workshop.path(Workshop::kLog)) {}
 
 MenuMaker::~MenuMaker() {
     if (finishing_.valid()) finishing_.wait();

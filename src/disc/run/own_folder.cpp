@@ -2,20 +2,23 @@
 
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <cerrno>
 #include <filesystem>
 #include <system_error>
+#include <utility>
 
 #include "disc/run/fault.h"
-#include "system/descriptor.h"
 #include "system/paths.h"
 
 namespace tkv::disc {
 
 namespace fs = std::filesystem;
 
-void ownFolder(const std::string& path) {
+namespace {
+
+void claim(const std::string& path) {
     std::error_code error;
     fs::create_directories(path, error);
     if (error) throw DiscError(fmt::format("{} cannot be made: {}.", path, error.message()), path);
@@ -32,6 +35,25 @@ void ownFolder(const std::string& path) {
     throw DiscError(
         fmt::format("{} cannot be written to: {}.", path, std::generic_category().message(errno)),
         path);
+}
+
+}  // namespace
+
+OwnFolder::OwnFolder(std::string path) : path_(std::move(path)), folder_(-1) {
+    claim(path_);
+    folder_ = Descriptor(open(path_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+}
+
+bool OwnFolder::isInPlace() const {
+    struct stat held {
+    }, found{};
+    return fstat(folder_.number(), &held) == 0 && stat(path_.c_str(), &found) == 0 &&
+           held.st_dev == found.st_dev && held.st_ino == found.st_ino;
+}
+
+void OwnFolder::requireInPlace() const {
+    if (isInPlace()) return;
+    throw DiscError(fmt::format("{} has been moved or removed meanwhile.", path_), path_);
 }
 
 }  // namespace tkv::disc

@@ -4,9 +4,10 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <regex>
 #include <utility>
 
-#include "disc/run/own_folder.h"
+#include "system/files.h"
 #include "system/paths.h"
 
 namespace tkv::disc {
@@ -14,6 +15,8 @@ namespace tkv::disc {
 namespace fs = std::filesystem;
 
 namespace {
+
+using Names = std::vector<std::string>;
 
 constexpr const char* kUnfinished = "unfinished";
 
@@ -34,22 +37,27 @@ std::uint64_t hashOf(const std::vector<std::string>& words) {
     return hash;
 }
 
+// Whether nameOf may have made the name.
+bool isResult(const std::string& name) {
+    static const std::regex pattern(R"([a-z]+-[0-9a-f]{16}(\.[a-z]+)?)");
+    return std::regex_match(name, pattern);
+}
+
 }  // namespace
 
 Workshop::Workshop(std::string folder, ProgramStop& stop)
-    : folder_(std::move(folder)), tools_(folder_, stop), used_{kMarker, kUnfinished} {
-    ownFolder(folder_);
+    : folder_(std::move(folder)), tools_(folder_.path(), stop), used_{kMarker, kLog, kUnfinished} {
     fs::remove_all(path(kUnfinished));
     fs::create_directory(path(kUnfinished));
 }
 
 Workshop::~Workshop() {
     std::error_code error;
-    fs::remove_all(path(kUnfinished), error);
+    if (folder_.isInPlace()) fs::remove_all(path(kUnfinished), error);
 }
 
 std::string Workshop::path(std::string_view name) const {
-    return name.empty() ? folder_ : joinPath(folder_, name);
+    return name.empty() ? folder_.path() : joinPath(folder_.path(), name);
 }
 
 std::string Workshop::nameOf(std::string_view kind, std::string_view extension,
@@ -103,9 +111,20 @@ Workshop::Lock::~Lock() {
 }
 
 void Workshop::removeUnused() const {
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder_)) {
-        if (!used_.contains(entry.path().filename().string())) fs::remove_all(entry.path());
+    folder_.requireInPlace();
+    for (const std::string& name : folderNames(folder_.path()).value_or(Names{})) {
+        if (isResult(name) && !used_.contains(name)) fs::remove_all(path(name));
     }
+}
+
+void Workshop::removeAll() const {
+    folder_.requireInPlace();
+    for (const std::string& name : folderNames(folder_.path()).value_or(Names{})) {
+        if (isResult(name) || name == kLog || name == kUnfinished) fs::remove_all(path(name));
+    }
+    std::error_code error;
+    fs::remove(path(kMarker), error);
+    fs::remove(folder_.path(), error);
 }
 
 }  // namespace tkv::disc

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "disc/run/own_folder.h"
 #include "disc/run/tools.h"
 
 namespace tkv::disc {
@@ -28,6 +29,9 @@ class Workshop {
     Workshop(Workshop&&) = delete;
 
     const Tools& tools() const { return tools_; }
+
+    /// The name of a file for the lines of others; it is kept.
+    static constexpr const char* kLog = "composer.log";
 
     /// The absolute path of a name; of the folder itself for an empty one.
     std::string path(std::string_view name) const;
@@ -67,11 +71,15 @@ class Workshop {
         std::string name_;
     };
 
-    /// Removes all results that this run has not asked for.
+    /// Removes all results that this run has not asked for, and nothing that is no result.
     void removeUnused() const;
 
+    /// Removes everything that is the workshop's, and the folder unless others have put something
+    /// there. Nothing can be made in it any more.
+    void removeAll() const;
+
   private:
-    std::string folder_;
+    OwnFolder folder_;
     Tools tools_;
     std::mutex mutex_;
     std::condition_variable changed_;
