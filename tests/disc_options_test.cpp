@@ -106,12 +106,22 @@ TEST_F(Films, FollowTheOptions) {
     expectDisc("--no-image -o blue blue.toml");
     EXPECT_TRUE(near(pixel(menu("blue/jacket.jpg"), 20, 270), {0, 0, 152, 255}, 12));
 
+    // As a shell lists a folder.
+    folder_.write("letter.txt", "Dear friends, these are the films of our holidays.\n");
+    folder_.write(".DS_Store", std::string(99, '\1'));
+    const std::string listed =
+        makeDisc("--preview -o listed letter.txt ready.vob green.ppm .DS_Store");
+    EXPECT_NE(listed.find("Passed over, since not a film: letter.txt, green.ppm, .DS_Store\n"),
+              std::string::npos)
+        << listed;
+    EXPECT_EQ(namesIn(file("listed/menus")), Strings{"films-1.jpg"}) << listed;
+
     // What is refused.
     const std::string written = makeDisc("--write words.toml ready.vob");
     EXPECT_NE(written.find("words.toml is there already. Name another"), std::string::npos);
     EXPECT_TRUE(readText(file("words.toml")).starts_with("background"));
-    const std::string silent = makeDisc("--preview --music green.ppm -o shown ready.vob");
-    EXPECT_NE(silent.find("green.ppm holds no sound"), std::string::npos) << silent;
+    const std::string silent = makeDisc("--preview --music it*.mp4 -o shown ready.vob");
+    EXPECT_NE(silent.find("silent |.mp4 holds no sound"), std::string::npos) << silent;
 }
 
 /// What a person changes between two runs, and what is made again: the kinds of results in work/,

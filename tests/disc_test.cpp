@@ -163,7 +163,8 @@ TEST_F(Films, TakeNothingOfOthersAway) {
                      "$real \"$@\"; cd ../..; mv out moved; cp -a moved out; mkdir out/disc; "
                      "touch out/disc/letter"),
          "ready.vob", "out/disc/letter", "out has been moved or removed meanwhile"},
-        {own, "--clean ready.vob", "out/disc elsewhere/letter", ""},
+        {own + "export FFREPORT=file=$PWD/elsewhere/report VIDEO_FORMAT=NTSC; ",
+         "--clean ready.vob", "out/disc elsewhere/letter", ""},
         {own + "mkdir out/work; touch out/work/.tkvDvdDisc out/work/letter "
                "out/work/film-letter.mpg; ",
          "--clean ready.vob", "out/work/letter out/work/film-letter.mpg", ""},
@@ -173,7 +174,7 @@ TEST_F(Films, TakeNothingOfOthersAway) {
                                           "rm -rf out elsewhere moved; " + before);
         EXPECT_TRUE(said.ends_with(reason.empty() ? "status 0\n" : "status 1\n")) << said;
         EXPECT_NE(said.find(reason), std::string::npos) << said;
-        run(fmt::format("cd {}; ls -d {}", folder_.path(), kept));
+        run(fmt::format("cd {}; ls -d {} && [ ! -e elsewhere/report ]", folder_.path(), kept));
     }
 }
 
@@ -193,8 +194,14 @@ TEST_F(Films, EndWithAReason) {
     } cases[] = {
         {"", "-o others ready.vob", "holds files of others"},
         {"", "-o faults missing.mp4", "there is no such film"},
-        {"", "-o faults text.mp4", "cannot be read as a film: Invalid data"},
+        {"", "-o faults text.mp4", "cannot be read as a film: it is a text. Leave it out."},
         {"", "-o faults cut.mp4", "cut.mp4"},
+        {"printf '#EXTM3U\\n#EXT-X-TARGETDURATION:9\\n#EXTINF:9,\\nready.vob\\n#EXT-X-ENDLIST\\n' "
+         ">list.mp4; ",
+         "-o faults ready.vob list.mp4", "list.mp4 cannot be read as a film: it is a playlist"},
+        {"printf \"[[film]]\\npath='others/letter.txt'\" >text.toml; ",
+         "-o faults text.toml ready.vob", "letter.txt cannot be read as a film: it is a text"},
+        {"mkfifo pipe.mp4; ", "-o faults pipe.mp4", "pipe.mp4 is no file"},
         {"ulimit -c 0; ulimit -f 100; ", "-o faults chap*.mp4", "File too large"},
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec $real \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},

@@ -216,7 +216,7 @@ TEST(CommandLine, CountsMoreThanTheFile) {
     const std::vector<FilmRequest> films{
         {folder.file("a.mp4"), {}, 83, std::vector<Chapter>{{0, ""}, {300, "Les 5 m"}}},
         {"/homes/ada/c.mp4", {}, 83.5, {}},
-        {fs::current_path() / "z.mp4", {}, {}, {}}};
+        {fs::current_path() / "z.mp4", {}, {}, {}, true}};
     EXPECT_EQ(project.films, films);
 }
 

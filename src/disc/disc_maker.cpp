@@ -12,6 +12,7 @@
 #include "disc/author/authoring.h"
 #include "disc/author/output_folder.h"
 #include "disc/film/ffprobe.h"
+#include "disc/film/found_films.h"
 #include "disc/film/kept_film.h"
 #include "disc/film/probe.h"
 #include "disc/film/suggestion.h"
@@ -55,13 +56,6 @@ void requireNothingLost(const Options& options, const std::vector<FilmSource>& s
     }
 }
 
-std::vector<FilmSource> sourcesOf(const Project& project) {
-    std::vector<FilmSource> sources;
-    for (const FilmRequest& film : project.films)
-        sources.push_back(sourceOf(film.path));
-    return sources;
-}
-
 std::vector<FilmSource> safeSources(const Options& options) {
     std::vector<FilmSource> sources = sourcesOf(options.project);
     requireNothingLost(options, sources);
@@ -87,6 +81,7 @@ class DiscMaker {
   public:
     DiscMaker(const Options& options, ProgressReceiver& receiver, ProgramStop& stop)
         : options_(options),
+          project_(options.project),
           stop_(stop),
           progress_(receiver),
           sources_(safeSources(options)),
@@ -111,9 +106,10 @@ class DiscMaker {
 
   private:
     void make() {
-        plan_ = planDisc(options_.project, foundFilms());
+        std::vector<Film> films = foundFilms();
+        plan_ = planDisc(project_, std::move(films));
         if (const std::string why = whyNoDisc(plan_); !why.empty()) throw DiscError(why);
-        setting_ = menuSettingOf(options_.project, plan_);
+        setting_ = menuSettingOf(project_, plan_);
         if (options_.isPreview) {
             makePreviews();
             tell(previewLines(options_, plan_));
@@ -128,16 +124,17 @@ class DiscMaker {
     }
 
     std::vector<Film> foundFilms() {
-        std::vector<Film> films(sources_.size());
-        sideBySide(films.size(), stop_,
-                   [&](std::size_t i) { films[i] = probeFilmOnce(sources_[i], workshop_); });
-        if (options_.isPreview) return films;
-        for (Film& film : films) {
+        FoundFilms found = findFilms(project_, sources_, stop_, [&](const FilmSource& source) {
+            return probeFilmOnce(source, workshop_);
+        });
+        if (!found.passedOver.empty()) progress_.say(passedOverLine(found.passedOver));
+        if (options_.isPreview) return std::move(found.films);
+        for (Film& film : found.films) {
             const Progress::Task task(
                 progress_, fmt::format("Looking through {}", lastComponent(film.source.path)), 0);
             countFramesOnce(film, workshop_);
         }
-        return films;
+        return std::move(found.films);
     }
 
     void makePreviews() {
@@ -177,7 +174,7 @@ class DiscMaker {
             throw;
         }
         const std::string jacket = Workshop::unfinished("jacket.jpg");
-        menus.drawJacket(plan_.title, jacketLine(plan_, options_.project.labels.minutes),
+        menus.drawJacket(plan_.title, jacketLine(plan_, project_.labels.minutes),
                          jacketPicture(setting_, plan_, workshop_), jacket);
         folder_.put(jacket, "jacket.jpg");
     }
@@ -213,7 +210,7 @@ class DiscMaker {
     }
 
     MenuMaker menuMaker() {
-        const std::optional<std::string>& music = options_.project.music;
+        const std::optional<std::string>& music = project_.music;
         if (music && music != kNone) requireSound(*music, workshop_.tools());
         const bool hasBackground =
             !plan_.pages.empty() || setting_.background == BackgroundKind::picture;
@@ -253,6 +250,7 @@ class DiscMaker {
     }
 
     const Options& options_;
+    Project project_;  // without what is no film
     ProgramStop& stop_;
     Progress progress_;
     std::vector<FilmSource> sources_;
@@ -264,14 +262,17 @@ class DiscMaker {
 };
 
 // The project with all that a person may want to change of what the films say.
-Project withFilmsWords(Project project, ProgramStop& stop) {
+Project withFilmsWords(Project project, ProgressReceiver& receiver, ProgramStop& stop) {
     const Tools tools("", stop);
-    const std::vector<FilmSource> sources = sourcesOf(project);
-    sideBySide(sources.size(), stop, [&](std::size_t i) {
-        const Film film = probedFilm(sources[i], probeAnswer(sources[i], tools), tools);
+    const FoundFilms found =
+        findFilms(project, sourcesOf(project), stop, [&](const FilmSource& source) {
+            return probedFilm(source, probeAnswer(source, tools), tools);
+        });
+    if (!found.passedOver.empty()) receiver.say(passedOverLine(found.passedOver));
+    for (std::size_t i = 0; i < found.films.size(); ++i) {
         FilmRequest& request = project.films[i];
-        request = suggestedRequest(std::move(request), film, project.chapters);
-    });
+        request = suggestedRequest(std::move(request), found.films[i], project.chapters);
+    }
     return project;
 }
 
@@ -298,7 +299,7 @@ Outcome outcomeOf(const std::function<void()>& run) {
 Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, ProgramStop& stop) {
     return outcomeOf([&] {
         requirePrograms({"ffprobe"});
-        const std::string text = projectFileText(withFilmsWords(options.project, stop),
+        const std::string text = projectFileText(withFilmsWords(options.project, receiver, stop),
                                                  parentFolder(options.projectFile));
         if (fs::exists(options.projectFile)) {
             throw DiscError(fmt::format("{} is there already. Name another file with --write.",

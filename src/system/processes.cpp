@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <csignal>
@@ -65,6 +66,18 @@ void readLines(LineReader& output, LineReader& errors) {
         if (waiting[0].revents != 0) output.read();
         if (waiting[1].revents != 0) errors.read();
     }
+}
+
+// This process's environment, ended by a null pointer.
+std::vector<char*> environmentWithout(const std::vector<std::string>& names) {
+    std::vector<char*> entries;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string_view text = *entry;
+        const std::string_view name = text.substr(0, text.find('='));
+        if (std::ranges::find(names, name) == names.end()) entries.push_back(*entry);
+    }
+    entries.push_back(nullptr);
+    return entries;
 }
 
 // Waits until the child has exited, without reaping it: its process id cannot be reused until then.
@@ -147,10 +160,11 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
     Pipe& output = pipes[0];
     Pipe& errors = pipes[1];
     const int written = file.number() >= 0 ? file.number() : output.writeEnd.number();
+    std::vector<char*> environment = environmentWithout(program.hiddenVariables);
     pid_t child = 0;
-    const int error =
-        startProgram(program.command, environ, {input.number(), written, errors.writeEnd.number()},
-                     Lookup::inPath, child, program.folder);
+    const int error = startProgram(program.command, environment.data(),
+                                   {input.number(), written, errors.writeEnd.number()},
+                                   Lookup::inPath, child, program.folder);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
     // Closed, so that whoever writes to the program gets a broken pipe when it exits.
     input.close();

@@ -61,6 +61,7 @@ struct Program {
     /// Callbacks for each line of standard output and of standard error, as soon as it is written,
     /// without its line end; carriage returns end lines too. Called in the waiting thread.
     std::function<void(std::string_view line)> onOutput, onError;
+    std::vector<std::string> hiddenVariables;  ///< of this environment, not handed on
     /// The read end of a pipe, instead of the input file.
     Descriptor stream = Descriptor(-1);
 };

@@ -2,12 +2,15 @@
 
 #include <fmt/format.h>
 
+#include <filesystem>
 #include <utility>
 
 #include "disc/film/source.h"
 #include "disc/run/fault.h"
 
 namespace tkv::disc {
+
+namespace fs = std::filesystem;
 
 void askFfprobe(const std::vector<std::string>& files, const std::vector<std::string>& questions,
                 const Tools& tools, const Failure& failure,
@@ -22,6 +25,9 @@ void askFfprobe(const std::vector<std::string>& files, const std::vector<std::st
 
 void requireSound(const std::string& path, const Tools& tools) {
     bool hasSound = false;
+    const bool isThere = fs::exists(path);
+    if (isThere && !fs::is_regular_file(path))
+        throw DiscError(fmt::format("{} is no file. Name another one with --music.", path), path);
     askFfprobe({path},
                {"-select_streams", "a:0", "-show_entries", "stream=codec_name", "-of", "csv=p=0"},
                tools, {path, fmt::format("{} cannot be heard in the menus", path), ""},

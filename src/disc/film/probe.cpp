@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <functional>
 #include <utility>
 #include <vector>
@@ -17,12 +18,30 @@ namespace tkv::disc {
 
 namespace {
 
+// Whether a file begins with nothing but what texts are written in. ffprobe knows texts of some
+// length and form only.
+bool isText(const std::string& path) {
+    std::array<char, 4096> head{};
+    std::ifstream file(path);
+    file.read(head.data(), head.size());
+    const std::string_view text(head.data(), static_cast<std::size_t>(file.gcount()));
+    return !text.empty() && std::ranges::all_of(text, [](char byte) {
+        return static_cast<unsigned char>(byte) >= ' ' || (byte >= '\t' && byte <= '\r');
+    });
+}
+
 void ask(const FilmSource& source, const std::vector<std::string>& questions, const Tools& tools,
          const std::function<void(std::string_view)>& onLine) {
-    askFfprobe(source.files, questions, tools,
-               {source.path, fmt::format("{} cannot be read as a film", source.path),
-                "Leave it out, or try whether ffplay shows it."},
-               onLine);
+    const std::string task = fmt::format("{} cannot be read as a film", source.path);
+    try {
+        askFfprobe(source.files, questions, tools,
+                   {source.path, task, "Leave it out, or try whether ffplay shows it."}, onLine);
+    } catch (const NoFilm&) {
+        throw;
+    } catch (const DiscError&) {
+        if (!isText(source.files.front())) throw;
+        throw NoFilm(task + ": it is a text. Leave it out.", source.path);
+    }
 }
 
 // Codecs whose pictures are whole, or of which ffprobe knows when they are not. What it says of

@@ -69,6 +69,9 @@ std::vector<std::string> filesOf(const std::string& path) {
                         path),
             path);
     }
+    // A pipe would be waited for, and a device has no end.
+    if (!fs::is_regular_file(status))
+        throw DiscError(fmt::format("{} is no file. Name a film's.", path), path);
     if (!canBeRead(path))
         throw DiscError(fmt::format("{} may not be read. Change its permissions.", path), path);
 

@@ -61,6 +61,10 @@ std::string filmLine(const DiscFilm& film) {
 
 }  // namespace
 
+std::string passedOverLine(const std::vector<std::string>& names) {
+    return fmt::format("Passed over, since not a film: {}", fmt::join(names, ", "));
+}
+
 std::vector<std::string> planLines(const DiscPlan& plan) {
     std::vector<std::string> lines{
         fmt::format("{}, {}, {}, {}, about {} of {}", standardName(plan.standard),

@@ -12,6 +12,9 @@
 
 namespace tkv::disc {
 
+/// That some files are no films. `names`: without their folders, at least one.
+std::string passedOverLine(const std::vector<std::string>& names);
+
 /// What is going to be made of which film.
 std::vector<std::string> planLines(const DiscPlan& plan);
 

@@ -239,7 +239,7 @@ void addFilms(const std::vector<std::string>& words, const std::string& here, Pr
         if (part && (goesOn || part->number == 1))
             continuation = fmt::format("{}/vts_{:02}_{}.vob", folder == "/" ? "" : folder,
                                        part->titleSet, part->number + 1);
-        if (!goesOn) project.films.push_back({path, {}, {}, {}});
+        if (!goesOn) project.films.push_back({path, {}, {}, {}, true});
     }
 }
 

@@ -48,6 +48,7 @@ struct FilmRequest {
     std::optional<std::string> caption;
     std::optional<double> excerpt;  ///< seconds at which the thumbnail's excerpt begins
     std::optional<std::vector<Chapter>> chapters;
+    bool isListed = false;  ///< on the command line, where a shell may have listed a folder
     bool operator==(const FilmRequest&) const = default;
 };
 

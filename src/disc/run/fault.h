@@ -26,6 +26,19 @@ class DiscError : public std::runtime_error {
     std::string about_;
 };
 
+/// Ends a run because a file is no film at all.
+class NoFilm : public DiscError {
+  public:
+    enum class Kind { other, playlist };
+    NoFilm(const std::string& words, std::string about, Kind kind = Kind::other)
+        : DiscError(words, std::move(about)), kind_(kind) {}
+
+    Kind kind() const { return kind_; }
+
+  private:
+    Kind kind_;
+};
+
 /// Thrown where a run that is asked to stop notices it.
 class Interrupted {};
 

@@ -5,15 +5,22 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <optional>
 #include <system_error>
 #include <utility>
 
 #include "disc/run/environment.h"
 #include "disc/run/fault.h"
+#include "disc/run/media_inputs.h"
 
 namespace tkv::disc {
 
 namespace {
+
+// With these set, programs write files that nobody asked for, colour their lines, or take another
+// standard than that which their input says.
+const std::vector<std::string> kHiddenVariables{"FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR",
+                                                "VIDEO_FORMAT"};
 
 std::string_view packageOf(std::string_view program) {
     if (program == "ffprobe") return "ffmpeg";
@@ -54,8 +61,10 @@ void requirePrograms(const std::vector<std::string>& names) {
 
 std::string Tools::run(Program program, const Failure& failure) const {
     std::string errors;
+    std::optional<ForeignFormat> foreign;
     bool hasErrorLine = false;
     program.onError = [&](std::string_view line) {
+        if (!foreign) foreign = foreignFormat(line);
         if (line.starts_with("ERR")) {
             // What it says after its error does not matter any more.
             if (!hasErrorLine) errors.clear();
@@ -64,12 +73,18 @@ std::string Tools::run(Program program, const Failure& failure) const {
         if (!hasErrorLine || line.starts_with("ERR")) errors += fmt::format("{}\n", line);
     };
     program.folder = folder_;
+    program.hiddenVariables = kHiddenVariables;
+    program.command = guardedCommand(program.command);
     const std::string name = program.command.front();
     const ProgramEnd end = runProgram(std::move(program), stop_);
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();
     if (end.how == ProgramEnd::How::notStarted && end.status == ENOENT) complainMissing(name);
     const std::string cause = complaint(end, name, errors, hasErrorLine);
     if (cause.empty()) return errors;
+    if (foreign) {
+        throw NoFilm(fmt::format("{}: {}. Leave it out.", failure.task, foreign->words),
+                     failure.about, foreign->kind);
+    }
     throw DiscError(fmt::format("{}: {}.{}{}", failure.task, cause,
                                 failure.advice.empty() ? "" : " ", failure.advice),
                     failure.about);

@@ -32,7 +32,8 @@ class Tools {
 
     /// Runs a program and returns the lines of its standard error stream. Throws DiscError when it
     /// did not end with status 0 or one of its lines begins with "ERR": that of `failure`, with the
-    /// program's last line for the cause. Throws Interrupted when the run is to stop.
+    /// program's last line for the cause; NoFilm when ffmpeg or ffprobe was given a text, a picture
+    /// or a playlist; Interrupted when the run is to stop.
     std::string run(Program program, const Failure& failure) const;
     std::string run(const std::vector<std::string>& command, const Failure& failure) const;
 
