@@ -202,6 +202,8 @@ TEST_F(Films, EndWithAReason) {
         {"printf \"[[film]]\\npath='others/letter.txt'\" >text.toml; ",
          "-o faults text.toml ready.vob", "letter.txt cannot be read as a film: it is a text"},
         {"mkfifo pipe.mp4; ", "-o faults pipe.mp4", "pipe.mp4 is no file"},
+        {"head -c 17M /dev/zero >big.toml; ", "-o faults big.toml", "is too large for a project"},
+        {"", "--preview -o full ready.vob >/dev/full", "standard output cannot be written to"},
         {"ulimit -c 0; ulimit -f 100; ", "-o faults chap*.mp4", "File too large"},
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec $real \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},

@@ -1,6 +1,8 @@
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <new>
 #include <optional>
@@ -22,9 +24,29 @@ using namespace tkv::disc;
 volatile std::sig_atomic_t endedBy = 0;
 tkv::ProgramStop run;
 
-/// The run notices it by itself: its programs end, or no other is started.
+/// How long a run may take to notice a signal by itself, in seconds.
+constexpr unsigned kPatience = 2;
+
+/// As the signal would have ended it by itself.
+void endBySignal() {
+    static_cast<void>(std::signal(endedBy, SIG_DFL));
+    static_cast<void>(std::raise(endedBy));
+}
+
+/// While it computes something large, a run does not look whether it is to stop.
+void endAtOnce(int) {
+    run.stop();
+    endBySignal();
+}
+
+/// The run notices it by itself: its programs end, or no other is started. The second signal, or
+/// the time, does not wait for that.
 void stopBySignal(int signal) {
+    const bool isSecond = endedBy != 0;
     endedBy = signal;
+    if (isSecond) endAtOnce(signal);
+    static_cast<void>(std::signal(SIGALRM, endAtOnce));
+    alarm(kPatience);
     run.stop();
 }
 
@@ -54,12 +76,12 @@ int main(int argc, char** argv) {
         useLanguage(options->project.labels.language);
         const Outcome outcome = outcomeOf(*options);
         if (outcome.isInterrupted) {
-            // As the signal would have ended it, for a shell that wants to know.
-            static_cast<void>(std::signal(endedBy, SIG_DFL));
-            static_cast<void>(std::raise(endedBy));
+            endBySignal();  // For a shell that wants to know.
             return 1;
         }
-        return outcome.fault ? complain(outcome.fault->words) : 0;
+        if (outcome.fault) return complain(outcome.fault->words);
+        if (std::fflush(stdout) == 0) return 0;
+        return complain("the standard output cannot be written to.");
     } catch (const std::bad_alloc&) {
         // As it stands: there may be none to make another text of it.
         tkv::writeStandardError("tkvDvdDisc: there is not enough memory.\n");

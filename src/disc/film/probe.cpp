@@ -18,6 +18,9 @@ namespace tkv::disc {
 
 namespace {
 
+// Bytes of ffprobe's answer; those of films take some thousands.
+constexpr std::size_t kMostAnswer = 64 << 20;
+
 // Whether a file begins with nothing but what texts are written in. ffprobe knows texts of some
 // length and form only.
 bool isText(const std::string& path) {
@@ -78,8 +81,12 @@ bool tellsItsLength(const std::string& container) {
 std::string probeAnswer(const FilmSource& source, const Tools& tools) {
     std::string answer;
     ask(source, {"-of", "json", "-show_format", "-show_streams", "-show_chapters"}, tools,
-        [&](std::string_view line) { answer.append(line).append("\n"); });
-    return answer;
+        [&](std::string_view line) {
+            if (answer.size() < kMostAnswer) answer.append(line).append("\n");
+        });
+    if (answer.size() < kMostAnswer) return answer;
+    throw DiscError(fmt::format("{} tells of more than a film has. Leave it out.", source.path),
+                    source.path);
 }
 
 Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) {

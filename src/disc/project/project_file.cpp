@@ -16,6 +16,7 @@ namespace tkv::disc {
 
 namespace {
 
+constexpr std::int64_t kMostBytes = 16 << 20;
 constexpr const char* kFilmTables = "[[film]], one such line above the settings of each film";
 constexpr std::array<std::string_view, 4> kFilmKeys{"path", "caption", "excerpt", "chapters"};
 
@@ -155,6 +156,9 @@ class Reader {
 
 void readProjectFile(const std::string& path, const std::string& folder, Project& project) {
     const std::string absolute = absolutePath(path, folder);
+    const auto stamp = fileStamp(absolute);
+    if (stamp && stamp->bytes > kMostBytes)
+        throw DiscError(fmt::format("{} is too large for a project file.", path), path);
     const auto bytes = readFile(absolute);
     if (!bytes) throw DiscError(fmt::format("{} cannot be read; is that its name?", path), path);
     try {

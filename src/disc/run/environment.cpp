@@ -36,14 +36,16 @@ void useLanguage(const std::string& language) {
     setenv("LC_ALL", language.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
 }
 
-bool isInPath(const std::string& program) {
+std::string programPath(const std::string& program) {
     const std::string path = variable("PATH");
     std::istringstream folders(path.empty() ? "/usr/bin:/bin" : path);
     for (std::string folder; std::getline(folders, folder, ':');) {
-        if (access(joinPath(folder.empty() ? "." : folder, program).c_str(), X_OK) == 0)
-            return true;
+        const std::string found = joinPath(folder.empty() ? "." : folder, program);
+        if (access(found.c_str(), X_OK) != 0) continue;
+        std::error_code error;
+        return std::filesystem::absolute(found, error).string();
     }
-    return false;
+    return {};
 }
 
 }  // namespace tkv::disc

@@ -18,7 +18,7 @@ std::string userLanguage();
 /// another thread. `language`: two letters of ISO 639-1.
 void useLanguage(const std::string& language);
 
-/// Whether a program of this name is found by $PATH.
-bool isInPath(const std::string& program);
+/// The absolute path of the program of this name that $PATH leads to; empty when there is none.
+std::string programPath(const std::string& program);
 
 }  // namespace tkv::disc

@@ -1,7 +1,12 @@
 #include "disc/run/parallel_tasks.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <system_error>
 #include <utility>
+
+#include "disc/run/fault.h"
 
 namespace tkv::disc {
 
@@ -9,8 +14,14 @@ ParallelTasks::ParallelTasks(std::size_t count, ProgramStop& stop,
                              std::function<void(std::size_t)> task)
     : task_(std::move(task)), stop_(stop), areDone_(count) {
     const unsigned threads = std::clamp(std::thread::hardware_concurrency() / 2 + 1, 2U, 4U);
-    for (unsigned i = 0; i < threads; ++i)
-        threads_.emplace_back([this] { work(); });
+    try {
+        for (unsigned i = 0; i < threads; ++i)
+            threads_.emplace_back([this] { work(); });
+    } catch (const std::system_error& error) {
+        // One does them all.
+        if (!threads_.empty()) return;
+        throw DiscError(fmt::format("No thread can be started: {}.", error.code().message()));
+    }
 }
 
 ParallelTasks::~ParallelTasks() {

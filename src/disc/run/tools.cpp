@@ -22,6 +22,9 @@ namespace {
 const std::vector<std::string> kHiddenVariables{"FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR",
                                                 "VIDEO_FORMAT"};
 
+// Bytes of what a program says that are kept at least, the last ones.
+constexpr std::size_t kMostErrors = 64 << 10;
+
 std::string_view packageOf(std::string_view program) {
     if (program == "ffprobe") return "ffmpeg";
     if (program == "spumux") return "dvdauthor";
@@ -55,7 +58,7 @@ std::string complaint(const ProgramEnd& end, const std::string& program, const s
 
 void requirePrograms(const std::vector<std::string>& names) {
     for (const std::string& name : names) {
-        if (!isInPath(name)) complainMissing(name);
+        if (programPath(name).empty()) complainMissing(name);
     }
 }
 
@@ -71,11 +74,14 @@ std::string Tools::run(Program program, const Failure& failure) const {
             hasErrorLine = true;
         }
         if (!hasErrorLine || line.starts_with("ERR")) errors += fmt::format("{}\n", line);
+        if (errors.size() > 2 * kMostErrors) errors.erase(0, errors.size() - kMostErrors);
     };
     program.folder = folder_;
     program.hiddenVariables = kHiddenVariables;
     program.command = guardedCommand(program.command);
     const std::string name = program.command.front();
+    // $PATH may hold folders that are relative to where this process runs.
+    if (std::string path = programPath(name); !path.empty()) program.command.front() = path;
     const ProgramEnd end = runProgram(std::move(program), stop_);
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();
     if (end.how == ProgramEnd::How::notStarted && end.status == ENOENT) complainMissing(name);
