@@ -92,6 +92,8 @@ TEST(Labels, FollowTheUser) {
     const ScopedVariable all("LC_ALL", ""), messages("LC_MESSAGES", "fr_CA.UTF-8@x"),
         lang("LANG", "de_DE");
     EXPECT_EQ(labelsOf(userLanguage()).next, "Suivant");
+    const ScopedVariable counts("LC_ALL", "es_ES");
+    EXPECT_EQ(userLanguage(), "es_ES");
     for (const char* language : {"C.UTF-8", "POSIX", "", "sv_SE", "french"})
         EXPECT_EQ(labelsOf(language), labelsOf("en")) << language;
     EXPECT_EQ(labelsOf("PT.UTF-8").next, "Seguinte");
@@ -185,6 +187,7 @@ TEST(CommandLine, TellsWhatIsWrong) {
           {{"a.mp4", "-o", "out", "--language", "tlh"}, "--language wants de, en"},
           {{"a.mp4", "-o", "out", "--music="}, "--music wants the path"},
           {{"a.mp4", "-o", "out", "--label", "home=x"}, "NAME is one of play-all"},
+          {{"a.mp4", "-o", "out", "--label", "menu="}, "--label wants NAME=TEXT"},
           {{"a.TOML", "b.toml", "-o", "out"}, "two project files"}}) {
         int status = 0;
         const std::string error = errorsOf([&, &line = words] {
@@ -196,6 +199,8 @@ TEST(CommandLine, TellsWhatIsWrong) {
     }
     Strings films(100, "a.mp4");
     EXPECT_NE(discErrorOf([&] { optionsOf(films); }).find("100 films"), std::string::npos);
+    films.back() = "-oout";
+    EXPECT_EQ(pathsOf(films).size(), 99U);
 }
 
 TEST(CommandLine, CountsMoreThanTheFile) {
@@ -229,6 +234,7 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"menu = 'yes'", ":1: menu wants true or false"},
           {"labels = 'x'", ":1: labels wants a [labels] line"},
           {"[labels]\nmenu = 1", ":2: menu wants a text"},
+          {"[labels]\nmenu = ''", ":2: menu wants a text"},
           {"[labels]\nhome = 'x'", ":2: nothing here is called 'home'"},
           {"[film]\npath = 'a'", ":1: film wants [[film]]"},
           {"film = ['a']", ":1: film wants [[film]]"},
@@ -286,15 +292,17 @@ TEST(ProjectFile, ShowsWhatTheFilmsSay) {
     Project project;
     project.films = {{folder.file("my_a.mp4"), {}, {}, {}}, {folder.file("b.mkv"), {}, {}, {}}};
     project.labels = labelsOf("fr");
+    project.chapters.source = ChapterRule::Source::none;
     std::vector<Film> films(2);
     films[1].title = "Un été";
     films[1].marks = {{0, "Départ"}, {12.345, ""}};
+    EXPECT_FALSE(suggestedRequest(project.films[1], films[1], project.chapters).chapters);
     Project expected = project;
     expected.films[0].caption = "My a";
     expected.films[1].caption = "Un été";
     expected.films[1].chapters = {{0, "Départ"}, {12.35, ""}};
     for (std::size_t i = 0; i < 2; ++i)
-        project.films[i] = suggestedRequest(project.films[i], films[i], project.chapters);
+        project.films[i] = suggestedRequest(project.films[i], films[i], {});
     std::string text = projectFileText(project, folder.path());
     Project read;
     read.labels = labelsOf("de");
