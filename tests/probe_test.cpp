@@ -3,6 +3,7 @@
 #include "disc/film/dvd_ready.h"
 #include "disc/film/film_answer.h"
 #include "disc/film/frame_counter.h"
+#include "disc/film/kept_film.h"
 #include "disc/run/fault.h"
 #include "support.h"
 
@@ -118,6 +119,7 @@ TEST(Probe, TellsWhyAFilmIsNotReadyForADisc) {
         {[](Film& f) { f.video.maxBitRate = 9'000'000; }, "it takes up to 10.4 Mb/s"},
         {[](Film& f) { f.keyframeInterval = 250; }, "250 frames apart"},
         {[](Film& f) { f.audio[1].codec = "aac"; }, "AAC"},
+        {[](Film& f) { f.audio[1].isWhole = false; }, "not there all the time"},
         {[](Film& f) { f.audio[1].sampleRate = 44100; }, "44100"},
         {[](Film& f) { f.audio[0].bitRate = 640'000; }, "640 kb/s"},
         {[](Film& f) { f.audio.resize(9, f.audio[0]); }, "9 sound tracks"},
@@ -134,7 +136,8 @@ TEST(Probe, NoticesAFilmThatWasCutShort) {
     const TempFolder folder;
     const std::string name = "it's \"50 %\" a:b |.mkv";
     run("cd " + folder.path() +
-        "; ffmpeg -v error -f lavfi -i testsrc2=d=10:r=5:s=320x240 -c:v mpeg4 -g 5 whole.mkv");
+        "; ffmpeg -v error -f lavfi -i testsrc2=d=10:r=5:s=320x240 -f lavfi -i sine=d=10 -g 5 "
+        "-c:v mpeg4 -af 'aselect=lt(t\\,1)+gt(t\\,9)' -c:a flac whole.mkv");
     const std::string bytes = test::readText(folder.file("whole.mkv"));
     folder.write(name, bytes.substr(0, bytes.size() / 2));
     ProgramStop stop;
@@ -153,6 +156,11 @@ TEST(Probe, NoticesAFilmThatWasCutShort) {
     EXPECT_NE(why.find(name + " says it lasts 10 s, but ends after"), std::string::npos) << why;
     folder.write("no film", "words");
     EXPECT_THROW(probed(folder.file("no film")), DiscError);
+    Workshop workshop(folder.file("work"), stop);
+    for (int i = 0; i < 2; ++i) {  // It is counted, and then known.
+        countFramesOnce(film = probed(folder.file("whole.mkv")), workshop);
+        EXPECT_TRUE(film.keyframes.size() == 10 && !film.audio.at(0).isWhole) << i;
+    }
 }
 
 TEST(Probe, TakesTheLargestTitleOfADvd) {
