@@ -5,6 +5,8 @@
 #include <set>
 
 #include "composer/navigation.h"
+#include "disc/author/author_file.h"
+#include "disc/make/excerpts.h"
 #include "disc/plan/chapters.h"
 #include "disc/plan/report.h"
 #include "support.h"
@@ -335,6 +337,27 @@ TEST(Plan, KeepsChaptersWhereADiscCanHaveThem) {
     film = filmOf(1000, 120);
     EXPECT_EQ(chaptersOf({}, film, {}, conversionOf(film, Standard::pal, false)).chapters.size(),
               99U);
+}
+
+TEST(Plan, SuitsFilmsOfEachKind) {
+    std::vector<Film> films{filmOf(1000, 400), filmOf(120, 12), filmOf(60, 1)};
+    films[1].video.frameRate = {24, 1};  // It plays faster.
+    films[2].audio.resize(6, {"ac3", 6});
+    Project project = projectOf(films);
+    project.title.reset();
+    project.films[1].path = "/others/b.mp4";
+    const DiscPlan plan = planDisc(project, films);
+    EXPECT_EQ(plan.title, "");
+    EXPECT_EQ(plan.films[0].conversion.chapters.size(), 99U);
+    EXPECT_EQ(plan.pages.at(2).buttons.at(0).text, "Chapter 10");
+    EXPECT_NEAR(loadOf(plan).menuSeconds, 29.96 * (1 + 11 + 2), 0.1);
+    EXPECT_EQ(plan.pages.at(13).buttons.back().action, Action(ShowFilms{0, 1}));
+    EXPECT_NEAR(plan.films[1].excerpts.at(6).span.from, 50, 0.02);
+    const std::vector<Scene> scenes(13, {50, ""});
+    EXPECT_EQ(wantedExcerpts(plan.films[1], "", scenes)[6].range.first, 50 * 24);
+    EXPECT_LE(plan.films[2].conversion.videoRate, plan.films[2].conversion.topVideoRate);
+    for (const char* part : {"if (g4 eq 2) jump menu 3;", "id=\"0\" mode=\"widescreen\""})
+        EXPECT_NE(authorFile(plan, {Strings(3), Strings(99)}, "").find(part), std::string::npos);
 }
 
 }  // namespace tkv::test::plan
