@@ -2,6 +2,7 @@
 #include <atomic>
 #include <stdexcept>
 
+#include "disc/author/output_folder.h"
 #include "disc/disc_maker.h"
 #include "disc/run/own_folder.h"
 #include "disc/run/parallel_tasks.h"
@@ -90,8 +91,10 @@ TEST(Workshop, KeepsResultsAndTouchesOnlyItsOwn) {
         EXPECT_THROW(workshop.result("menu-0", fail), std::runtime_error);
     }
     folder.write("own/work/film-letter", "dear");
-    EXPECT_EQ(namesIn(path), (Strings{kMarker, b, a, "film-letter"}));
+    folder.write("own/work/unfinished/left", "by a run that was killed");
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, b, a, "film-letter", "unfinished"}));
     Workshop workshop(path, stop);
+    EXPECT_EQ(namesIn(path + "/unfinished"), Strings{});
     workshop.result(a, [](const std::string&) { ADD_FAILURE() << "made twice"; });
     workshop.removeUnused();
     EXPECT_EQ(namesIn(path), (Strings{kMarker, a, "film-letter", "unfinished"}));
@@ -104,7 +107,7 @@ TEST(ParallelTasks, StopTheirOwnRunAtAFault) {
     std::atomic<int> begun = 0;
     ParallelTasks tasks(20, stop, [&](std::size_t task) {
         ++begun;
-        if (task == 0) throw DiscError("no", "film");
+        if (task == 1) throw DiscError("no", "film");
         Tools("", stop).run({"sleep", "60"}, {"", "sleeping", ""});
     });
     try {
@@ -113,6 +116,7 @@ TEST(ParallelTasks, StopTheirOwnRunAtAFault) {
     } catch (const DiscError& error) {
         EXPECT_EQ(error.fault(), (Fault{"film", "no"}));
     }
+    EXPECT_THROW(tasks.rethrow(), DiscError);
     EXPECT_THROW(Tools("", stop).run({"true"}, {}), Interrupted);
     EXPECT_EQ(Tools("", other).run({"sh", "-c", "echo heard >&2"}, {}), "heard\n");
     EXPECT_LT(begun, 20);
@@ -134,6 +138,7 @@ TEST(MakeDisc, SaysWhichFilmIsAtFaultAndLeavesNothing) {
         EXPECT_EQ(fs::exists(options.output), *text != '\0');
         EXPECT_EQ(fs::current_path(), here);
     }
+    EXPECT_THROW(OutputFolder(options.output).requireSpace(INT64_MAX), DiscError);
     // What has ended one run does not end the next.
     run("ffmpeg -nostdin -v error -y -f lavfi -i testsrc2=d=1:s=64x36 " +
         options.project.films[0].path);
