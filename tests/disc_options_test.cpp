@@ -70,7 +70,7 @@ TEST_F(Films, FollowTheOptions) {
     EXPECT_EQ(namesIn(file("shown")), (Strings{".tkvDvdDisc", "menus", "work"}));
 
     // What stands at a place: behind the thumbnails, and between those of five.
-    folder_.write("green.ppm", "P3 1 1 255 0 255 0\n");
+    folder_.write("green.ppm", "P3 3 1 255 0 255 0 255 0 0 0 0 255\n");  // beside other colours
     const std::string film = "chap*.mp4 ", four = "--background none " + film + film + film + film;
     const struct {
         std::string words;
@@ -88,9 +88,11 @@ TEST_F(Films, FollowTheOptions) {
 
     // Discs without menus.
     expectDisc("--no-menu -o plain ready.vob");
-    expectDisc("--no-menu --no-image -o plain ready.vob");
+    const std::string told = makeDisc("--no-menu --no-image -o plain ready.vob");
+    EXPECT_NE(told.find("/dev/sr0 -dvd-video /"), std::string::npos) << told;
     EXPECT_EQ(namesIn(file("plain")), (Strings{".tkvDvdDisc", "disc", "jacket.jpg", "work"}));
-    EXPECT_EQ(makeDisc("--quiet --no-menu --volume even -o plain ready.vob"), "status 0\n");
+    EXPECT_EQ(makeDisc("--quiet --clean --no-menu --volume even -o plain ready.vob"), "status 0\n");
+    EXPECT_FALSE(fs::exists(file("plain/work")));
     make("long.vob", kLong);
     const std::string long105 = "--no-menu --no-image long.vob long.vob long.vob --title Long ";
     expectDisc(long105 + "--language en -o said");
@@ -157,6 +159,7 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
         {":", ""},
         {"sed -i s/One/Two/ disc.toml", "menu"},
         {"sed -i s/en/fr/ disc.toml", "menu"},
+        {"sed -i \"1i title = 'Other'\" disc.toml", "menu"},
         {"mv picture.ppm kept; cp other.ppm picture.ppm", "background menu"},
         {"mv tone.wav kept; cp -L other.wav tone.wav", "menu"},
         {"sed -i s/0:01/0:00.5/ disc.toml", "excerpt picture menu"},
@@ -164,6 +167,7 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
         {"mv film.mp4 kept; cp -L other.mp4 film.mp4", "answer counts excerpt film picture menu"},
         {"export FONTCONFIG_FILE=$PWD/fonts.conf", "menu"},
         {"for name in out/work/*.json; do rm $name; echo '{' >$name; done", ""},
+        {"cat other.ppm >picture.ppm", "background menu"},
     };
     for (const auto& [change, made] : rows) {
         SCOPED_TRACE(change);

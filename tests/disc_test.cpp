@@ -104,7 +104,7 @@ TEST_F(Films, BecomeADiscThatLeads) {
         const std::string said =
             makeDisc(fmt::format("--language fr --title 'Un été' -o {} {}", quoted(out),
                                  isPal ? "--pal -- chap*.mp4 it*.mp4 -f*.mkv ready.vob"
-                                       : "--ntsc --chapters none chap*.mp4"));
+                                       : "--ntsc --chapters none --music none chap*.mp4"));
         ASSERT_TRUE(said.ends_with("status 0\n")) << said;
         EXPECT_EQ(namesIn(out),
                   (Strings{".tkvDvdDisc", "disc", "disc.iso", "jacket.jpg", "menus", "work"}));
@@ -114,6 +114,11 @@ TEST_F(Films, BecomeADiscThatLeads) {
         EXPECT_TRUE(near(colorAt(out + kFirstFilm, 1, "crop=100:320:20"), {253, 2, 2, 255}, 12));
         EXPECT_TRUE(near(colorAt(out + kFirstFilm, 3, "crop=100:320:20"), {2, 2, 253, 255}, 12));
         EXPECT_EQ(readText(out + "/disc.iso").substr(32'808, 7), "UN_ETE ");
+        EXPECT_NE(said.find("/dev/sr0=" + quoted(out + "/disc.iso")), std::string::npos) << said;
+        const std::string tables = readText(out + "/disc/VIDEO_TS/VIDEO_TS.IFO");
+        // In the sector that it names, the language of the menus.
+        EXPECT_EQ(tables.substr(2048UL * static_cast<unsigned char>(tables[0xCB]) + 8, 2), "fr");
+        EXPECT_EQ(hertzAt(out + "/disc/VIDEO_TS/VIDEO_TS.VOB", 1) > 0, isPal);
         if (!isPal) continue;
         EXPECT_EQ(namesIn(out + "/menus"), (Strings{"film-1-chapters-1.jpg", "films-1.jpg"}));
         const Bitmap chapters = *decodePicture(out + "/menus/film-1-chapters-1.jpg");
@@ -127,7 +132,10 @@ TEST_F(Films, BecomeADiscThatLeads) {
 
 TEST_F(Films, JustPlayWithoutAMenu) {
     makeAllKinds();
-    expectDisc("--no-menu -o plays ready.vob chap*.mp4 chap*.mp4");  // One of them twice.
+    make("turns.mkv", "-f lavfi -i color=red:s=64x36:d=4,fade=out:50:1:color=blue -c:v ffv1 -g 1");
+    folder_.write("blue.toml", "film = [{path = 'turns.mkv', excerpt = 3}]");
+    expectDisc("--no-menu -o plays blue.toml chap*.mp4 chap*.mp4");  // One of them twice.
+    EXPECT_TRUE(near(pixel(menu("plays/jacket.jpg"), 20, 20), {1, 1, 153, 255}, 12));
     Player player(file("plays/disc"));
     EXPECT_EQ(player.place(), "film 1");
     EXPECT_EQ(player.leave(), "film 2");
@@ -204,6 +212,7 @@ TEST_F(Films, EndWithAReason) {
         {"mkfifo pipe.mp4; ", "-o faults pipe.mp4", "pipe.mp4 is no file"},
         {"head -c 17M /dev/zero >big.toml; ", "-o faults big.toml", "is too large for a project"},
         {"", "--preview -o full ready.vob >/dev/full", "standard output cannot be written to"},
+        {"ulimit -c 0; ulimit -f 0; ", "--write faults/x.toml ready.vob", "File too large"},
         {"ulimit -c 0; ulimit -f 100; ", "-o faults chap*.mp4", "File too large"},
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec $real \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},
