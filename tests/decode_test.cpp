@@ -163,6 +163,20 @@ TEST(DecodePicture, RefusesWhatWouldTakeTooMuch) {
     }
 }
 
+TEST(DecodePicture, ReadsOnlyTheCompressionsOfPictures) {
+    const std::pair<const char*, bool> rows[] = {{"None", true},  {"LZW", true},  {"Zip", true},
+                                                 {"RLE", true},   {"JPEG", true}, {"LZMA", false},
+                                                 {"Zstd", false}, {"WebP", false}};
+    const Bytes png = encodePng(quarters({64, 32})).value();
+    for (const auto& [compression, isRead] : rows) {
+        for (const char* const order : {"MSB", "LSB"}) {
+            const Bytes file =
+                converted(png, fmt::format("-endian {} -compress {} tiff", order, compression));
+            EXPECT_EQ(decodeWithPixbuf(file, everyPixel).has_value(), isRead) << compression;
+        }
+    }
+}
+
 TEST(DecodePicture, LimitsTheSide) {
     const TempFolder folder;
     for (const int side : {32768, 32769}) {

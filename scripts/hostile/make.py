@@ -98,15 +98,15 @@ def png(name, side, bits, color, interlaced, pixel_bytes):
           chunk(b"IDAT", b"".join(packed) + packer.flush()) + chunk(b"IEND", b""))
 
 
-def tiff(name, side, bits, samples):
+def tiff(name, side, bits, samples, compression=5, strip=b""):
     short, long = 3, 4
     # LZW, so that few bytes may stand for many.
-    tags = [(256, long, side), (257, long, side), (258, short, bits), (259, short, 5),
-            (262, short, 2), (273, long, 2000), (277, short, samples), (278, long, side),
+    tags = [(256, long, side), (257, long, side), (258, short, bits), (259, short, compression),
+            (262, short, 2 if samples > 1 else 1), (273, long, 2000), (277, short, samples), (278, long, side),
             (279, long, 2000)]
     entries = b"".join(struct.pack("<HHII", tag, kind, 1, value) for tag, kind, value in tags)
     head = b"II*\0" + struct.pack("<IH", 8, len(tags)) + entries + b"\0\0\0\0"
-    write(name, head.ljust(4000, b"\0"))
+    write(name, (head.ljust(2000, b"\0") + strip).ljust(4000, b"\0"))
 
 
 def others():
@@ -125,6 +125,8 @@ def others():
           runs * (8940 * 8940 // 128))
     tiff("tiff-484-megapixels", huge, 8, 4)
     tiff("tiff-one-strip", huge, 16, 4)
+    # A header of JBIG (ITU-T T.82) that states 2147483647 pixels a side.
+    tiff("tiff-jbig", 64, 1, 1, 34661, b"\0\0\1\0" + b"\x7f\xff\xff\xff" * 3 + b"\x08\0\0\0")
     write("svg-filter", b'<svg xmlns="http://www.w3.org/2000/svg" width="30000" height="30000">'
           b'<filter id="a" x="0" y="0" width="1" height="1"><feGaussianBlur stdDeviation="500"/>'
           b'</filter><rect width="30000" height="30000" filter="url(#a)"/></svg>')

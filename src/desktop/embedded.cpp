@@ -1,6 +1,7 @@
 #include "desktop/embedded.h"
 
 #include <algorithm>
+#include <array>
 
 namespace tkv::desktop {
 
@@ -29,23 +30,29 @@ ColorKind storedInPng(ByteView file) {
     return isGrey ? ColorKind::grey : ColorKind::rgb;
 }
 
-/// The first image file directory (TIFF 6.0).
+/// An image file directory (TIFF 6.0), the first one unless told otherwise.
 class TiffDirectory {
   public:
-    explicit TiffDirectory(ByteView file)
+    explicit TiffDirectory(ByteView file, std::size_t offsetAt = 4)
         : file_(file),
           order_(hasAt(file, 0, "MM") ? ByteOrder::bigEndian : ByteOrder::littleEndian),
-          begin_(numberAt(file, 4, 4, order_)),
+          begin_(numberAt(file, offsetAt, 4, order_)),
           entries_(numberAt(file, begin_, 2, order_)) {}
 
-    /// The first value of a tag, SHORT or LONG; `missing` where there is none.
+    /// Without entries where there is none.
+    TiffDirectory next() const { return TiffDirectory(file_, begin_ + 2 + entries_ * kEntry); }
+
+    /// The first value of a tag, SHORT or LONG; `missing` where there is none. Of any other type,
+    /// which the library would convert, it counts as larger than all that is read.
     std::size_t value(std::size_t tag, std::size_t missing) const {
-        constexpr std::size_t kEntry = 12, kShort = 3;
+        constexpr std::size_t kShort = 3, kLong = 4, kTooLarge = std::size_t{1} << 30U;
         for (std::size_t i = 0; i < entries_; ++i) {
             const std::size_t at = begin_ + 2 + i * kEntry;
             if (at >= file_.size()) break;
             if (numberAt(file_, at, 2, order_) != tag) continue;
-            const bool isShort = numberAt(file_, at + 2, 2, order_) == kShort;
+            const std::size_t type = numberAt(file_, at + 2, 2, order_);
+            if (type != kShort && type != kLong) return kTooLarge;
+            const bool isShort = type == kShort;
             const std::size_t count = numberAt(file_, at + 4, 4, order_);
             const std::size_t bytes = isShort ? 2 : 4;
             // Values of more than four bytes are stored at an offset.
@@ -57,6 +64,8 @@ class TiffDirectory {
     }
 
   private:
+    static constexpr std::size_t kEntry = 12;
+
     ByteView file_;
     ByteOrder order_;
     std::size_t begin_;
@@ -137,6 +146,17 @@ TiffSizes tiffSizes(ByteView file) {
     const double piece =
         static_cast<double>(across) * static_cast<double>(down) * static_cast<double>(bits) / 8;
     return {{sideOf(width), sideOf(height)}, static_cast<std::int64_t>(std::min(piece, kMost))};
+}
+
+bool hasPictureCompression(ByteView file) {
+    constexpr std::size_t kCompression = 259, kNone = 1, kOldJpeg = 6;
+    constexpr std::array<std::size_t, 9> kPictures{kNone, 2, 3, 4, 5, 7, 8, 32773, 32946};
+    const TiffDirectory first(file);
+    const std::size_t second = first.next().value(kCompression, kNone);
+    const auto isOne = [&](std::size_t value) { return std::ranges::count(kPictures, value) > 0; };
+    // The second directory is read, but not its picture, which is an old JPEG where it is the
+    // thumbnail of a camera.
+    return isOne(first.value(kCompression, kNone)) && (isOne(second) || second == kOldJpeg);
 }
 
 PixelSize webpSize(ByteView file) {

@@ -27,6 +27,11 @@ struct TiffSizes {
 };
 TiffSizes tiffSizes(ByteView file);
 
+/// Whether a TIFF file is compressed as pictures are: not at all, or by CCITT's codes, LZW, JPEG,
+/// Deflate or PackBits. The library's other codecs are for scanners and science, hardly tested, and
+/// one aborts when its data are damaged.
+bool hasPictureCompression(ByteView file);
+
 /// The size that a WebP file states; 0 x 0 where it states none.
 PixelSize webpSize(ByteView file);
 

@@ -239,6 +239,7 @@ bool isReadByPixbuf(ByteView head) {
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) {
     const PixbufReader* const reader = pixbufReaderFor(file.first(std::min(file.size(), kHead)));
     if (reader == nullptr || bytesFor(file, *reader) > kMostBytes) return std::nullopt;
+    if (reader->isBounded != nullptr && !reader->isBounded(file)) return std::nullopt;
     const Bytes first = firstOfWebp(file);
     const Pixbuf pixbuf = load(first.empty() ? file : ByteView(first), *reader, needed);
     if (!pixbuf) return std::nullopt;

@@ -28,7 +28,7 @@ constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "png", .comesRowByRow = true},
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
-    {.name = "tiff", .bytesFor = bytesForTiff},
+    {.name = "tiff", .bytesFor = bytesForTiff, .isBounded = hasPictureCompression},
     {.name = "webp", .bytesFor = bytesForPlanes<webpSize>},
     {.name = "avif", .bytesFor = bytesForPlanes<heifSize>},
     {.name = "heif/avif", .bytesFor = bytesForPlanes<heifSize>},

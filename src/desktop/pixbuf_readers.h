@@ -12,6 +12,9 @@ struct PixbufReader {
     /// The bytes that the reader allocates at most besides the file, as far as the file states
     /// them. Null for readers that report the picture's size before they allocate.
     std::int64_t (*bytesFor)(ByteView file) = nullptr;
+    /// Whether the file has what its reader needs in order to be bounded; null where that is so
+    /// with any.
+    bool (*isBounded)(ByteView file) = nullptr;
     /// Loads progressively: a truncated file has the rows before its end, with other readers
     /// nothing.
     bool comesRowByRow = false;
