@@ -177,6 +177,16 @@ TEST(DecodePicture, ReadsOnlyTheCompressionsOfPictures) {
     }
 }
 
+TEST(DecodePicture, ReadsOnlyWhatDrawsInAPng) {
+    constexpr std::size_t kAfterHeader = 33, kLength = 9'000'000;  // More than libpng would read.
+    std::string png = text(encodePng(quarters({64, 32})));
+    std::string more("\0\x89\x54\x40zTXt", 8);
+    png.insert(kAfterHeader, more.append(kLength + 4, 'a'));
+    png.insert(png.find("IEND") - 4, std::string("\0\0\0\0odds", 8) + "sums");
+    const TempFolder folder;
+    EXPECT_EQ(corners(decodePicture(folder.write("a.png", png)).value()), "RGBW");
+}
+
 TEST(DecodePicture, LimitsTheSide) {
     const TempFolder folder;
     for (const int side : {32768, 32769}) {

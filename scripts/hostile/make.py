@@ -85,7 +85,7 @@ def jpegs2000():
 
 # ---- What GdkPixbuf reads
 
-def png(name, side, bits, color, interlaced, pixel_bytes):
+def png(name, side, bits, color, interlaced, pixel_bytes, more=()):
     def chunk(kind, content):
         check = struct.pack(">I", zlib.crc32(kind + content))
         return struct.pack(">I", len(content)) + kind + content + check
@@ -95,7 +95,7 @@ def png(name, side, bits, color, interlaced, pixel_bytes):
               for _ in range(side * side * pixel_bytes // (1 << 20) + 40)]
     header = struct.pack(">IIBBBBB", side, side, bits, color, 0, 0, interlaced)
     write(name, b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", header) +
-          chunk(b"IDAT", b"".join(packed) + packer.flush()) + chunk(b"IEND", b""))
+          b"".join(chunk(*one) for one in more) + chunk(b"IDAT", b"".join(packed) + packer.flush()) + chunk(b"IEND", b""))
 
 
 def tiff(name, side, bits, samples, compression=5, strip=b""):
@@ -113,6 +113,8 @@ def others():
     huge = 22000
     png("png-484-megapixels", huge, 1, 0, 0, 1)
     png("png-80-megapixels-interlaced", 8940, 16, 6, 1, 8)
+    text = b"a\0\0" + zlib.compress(b"a" * 7_990_000, 9)
+    png("png-1000-texts", 64, 8, 0, 0, 1, [(b"zTXt", text)] * 999)
     write("bmp-484-megapixels", b"BM" + struct.pack("<IHHI", 0, 0, 0, 54) + struct.pack(
         "<IiiHHIIiiII", 40, huge, huge, 1, 24, 0, 0, 0, 0, 0, 0) + b"\1" * 4000)
     gif_head = struct.pack("<HHBBB", huge, huge, 0x80, 0, 0) + b"\0\0\0\xff\xff\xff"

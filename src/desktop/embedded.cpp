@@ -133,6 +133,28 @@ Bytes firstOfWebp(ByteView file) {
     return first;
 }
 
+std::vector<ByteView> drawingParts(ByteView file) {
+    constexpr std::size_t kSignature = 8, kHead = 8, kSum = 4;
+    constexpr std::string_view kData = "IDAT", kEnd = "IEND";
+    std::vector<std::string_view> awaited{"IHDR", "PLTE", "tRNS", "gAMA", "cHRM",
+                                          "sRGB", "iCCP", "eXIf", kData,  kEnd};
+    std::vector<ByteView> parts{file.first(std::min(file.size(), kSignature))};
+    std::string_view before;
+    for (ByteView rest = file.subspan(parts[0].size()); rest.size() >= kHead;) {
+        const std::size_t length = numberAt(rest, 0, 4, ByteOrder::bigEndian);
+        const ByteView chunk = rest.first(std::min(rest.size(), kHead + length + kSum));
+        const std::string_view type(reinterpret_cast<const char*>(&rest[4]), 4);
+        if (type == kData && before == kData)
+            parts.back() = {parts.back().data(), parts.back().size() + chunk.size()};
+        else if (std::erase(awaited, type) > 0)
+            parts.push_back(chunk);
+        if (type == kEnd) break;
+        before = type;
+        rest = rest.subspan(chunk.size());
+    }
+    return parts;
+}
+
 TiffSizes tiffSizes(ByteView file) {
     constexpr std::size_t kWidth = 256, kHeight = 257, kBits = 258, kSamples = 277;
     constexpr std::size_t kStripRows = 278, kTileWidth = 322, kTileHeight = 323;

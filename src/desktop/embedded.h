@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "graphics/codecs/codecs.h"
 #include "graphics/color_profile.h"
@@ -19,6 +20,11 @@ ByteView webpChunk(ByteView file, std::string_view name);
 /// A WebP animation reduced to its first frame, as a valid file: the reader would hold all frames
 /// at once. Empty where there is only one.
 Bytes firstOfWebp(ByteView file);
+
+/// Those parts of a PNG file that draw: one chunk of each type that does, and one run of image
+/// data. What else there is only costs: the library unpacks and keeps a thousand compressed texts
+/// of eight megabytes.
+std::vector<ByteView> drawingParts(ByteView file);
 
 /// The sizes that the first picture of a TIFF file states.
 struct TiffSizes {

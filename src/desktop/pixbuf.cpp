@@ -109,12 +109,15 @@ Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed)
     g_signal_connect(loader.get(), "area-prepared", G_CALLBACK(clear), &progress);
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
     bool reads = true;
-    for (ByteView rest = file; reads && !progress.tooLarge && !rest.empty();) {
-        // The head has most pictures' size, which may be rejected.
-        const bool isHead = rest.size() == file.size();
-        const ByteView piece = rest.first(std::min(isHead ? kHead : kPiece, rest.size()));
-        reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
-        rest = rest.subspan(piece.size());
+    // The head has most pictures' size, which may be rejected.
+    std::size_t most = kHead;
+    for (ByteView rest : reader.parts == nullptr ? std::vector{file} : reader.parts(file)) {
+        while (reads && !progress.tooLarge && !rest.empty()) {
+            const ByteView piece = rest.first(std::min(most, rest.size()));
+            reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
+            rest = rest.subspan(piece.size());
+            most = kPiece;
+        }
     }
     const bool isWhole = gdk_pixbuf_loader_close(loader.get(), nullptr) && reads;
     // Not every loader that returns a complete picture emits "area-updated".

@@ -25,7 +25,7 @@ std::int64_t bytesForPlanes(ByteView file) {
 }
 
 constexpr std::array<PixbufReader, 9> kReaders{{
-    {.name = "png", .comesRowByRow = true},
+    {.name = "png", .parts = drawingParts, .comesRowByRow = true},
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
     {.name = "tiff", .bytesFor = bytesForTiff, .isBounded = hasPictureCompression},

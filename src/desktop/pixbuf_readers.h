@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string_view>
+#include <vector>
 
 #include "graphics/codecs/codecs.h"
 
@@ -15,6 +16,8 @@ struct PixbufReader {
     /// Whether the file has what its reader needs in order to be bounded; null where that is so
     /// with any.
     bool (*isBounded)(ByteView file) = nullptr;
+    /// What of the file the reader gets, in this order; null where that is all of it.
+    std::vector<ByteView> (*parts)(ByteView file) = nullptr;
     /// Loads progressively: a truncated file has the rows before its end, with other readers
     /// nothing.
     bool comesRowByRow = false;
