@@ -6,7 +6,8 @@ namespace tkv::test::profiles {
 
 /// Files of ICC profiles, all of which say that they are sRGB: "grey" and "linear" have no gamma
 /// (half the light is 188 in sRGB), "swapped" takes red for blue, "inks" shows cyan alone, as
-/// black.
+/// black. "long" is a linear one of more than four megabytes, "elements" has a chain of processing
+/// elements, none of which is bounded.
 struct Profiles {
     Profiles() {
         cmsToneCurve* const line = cmsBuildGamma(nullptr, 1);
@@ -15,6 +16,15 @@ struct Profiles {
         const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1}, {0.3, 0.6, 1}, {0.15, 0.06, 1}};
         save(cmsCreateGrayProfile(cmsD50_xyY(), line), "grey");
         save(cmsCreateRGBProfile(&daylight, &primaries, lines), "linear");
+        folder.write("long", readText(folder.file("linear")) + std::string(1U << 22U, '\0'));
+        const cmsHPROFILE elements = cmsCreateRGBProfile(&daylight, &primaries, lines);
+        cmsPipeline* const chain = cmsPipelineAlloc(nullptr, 3, 3);
+        constexpr double kMatrix[] = {1, 0, 0, 0, 1, 0, 0, 0, 1}, kOffset[] = {0, 0, 0};
+        cmsPipelineInsertStage(chain, cmsAT_END,
+                               cmsStageAllocMatrix(nullptr, 3, 3, kMatrix, kOffset));
+        cmsWriteTag(elements, cmsSigDToB0Tag, chain);
+        cmsPipelineFree(chain);
+        save(elements, "elements");
         cmsFreeToneCurve(line);
         save(cmsCreate_sRGBProfile(), "swapped");
         std::string bytes = readText(folder.file("swapped"));
@@ -75,6 +85,8 @@ TEST(DecodePicture, ConvertsFromProfilesOfItsOwnKind) {
     const std::tuple<const char*, Strings, Rgba> rows[] = {
         {"linear", {"c.jpg", "c.tif", "c.png", "c.jp2"}, kLighter},
         {"linear", {"g.jpg", "g.tif", "g.jp2"}, kHalf},
+        {"long", {"c.jpg", "c.tif"}, kHalf},
+        {"elements", {"c.jpg", "c.png"}, kHalf},
         {"grey", {"g.jpg", "g.tif", "g.png", "g.jp2"}, kLighter},
         {"grey", {"c.jpg", "c.tif", "c.jp2"}, kHalf},
         {"grey", {"i.jpg", "i.tif"}, kWhole},

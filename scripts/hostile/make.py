@@ -109,12 +109,32 @@ def tiff(name, side, bits, samples, compression=5, strip=b""):
     write(name, (head.ljust(2000, b"\0") + strip).ljust(4000, b"\0"))
 
 
+def profile(space, tags):
+    """An ICC profile (ICC.1:2022) of tags with data each."""
+    at, listed, data = 132 + 12 * len(tags), b"", b""
+    for name, content in tags:
+        listed += name + struct.pack(">II", at + len(data), len(content))
+        data += content
+    head = struct.pack(">I4sI4s4s4s12x4s28xIII48x", at + len(data), b"", 0x04400000, b"mntr", space,
+                       b"XYZ ", b"acsp", 0xF6D6, 0x10000, 0xD32D)
+    return head + struct.pack(">I", len(tags)) + listed + data
+
+
+def chained_elements(count):
+    """Matrices of 3 by 3, all of which are the same bytes."""
+    matrix = b"matf" + struct.pack(">IHH12f", 0, 3, 3, 1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0)
+    return (b"mpet" + struct.pack(">IHHI", 0, 3, 3, count) +
+            struct.pack(">II", 16 + 8 * count, len(matrix)) * count + matrix)
+
+
 def others():
     huge = 22000
     png("png-484-megapixels", huge, 1, 0, 0, 1)
     png("png-80-megapixels-interlaced", 8940, 16, 6, 1, 8)
     text = b"a\0\0" + zlib.compress(b"a" * 7_990_000, 9)
     png("png-1000-texts", 64, 8, 0, 0, 1, [(b"zTXt", text)] * 999)
+    chain = profile(b"RGB ", [(b"D2B0", chained_elements(40_000)), (b"wtpt", b"XYZ " + b"\0" * 16)])
+    png("icc-40000-elements", 2000, 8, 2, 0, 3, [(b"iCCP", b"a\0\0" + zlib.compress(chain, 9))])
     write("bmp-484-megapixels", b"BM" + struct.pack("<IHHI", 0, 0, 0, 54) + struct.pack(
         "<IiiHHIIiiII", 40, huge, huge, 1, 24, 0, 0, 0, 0, 0, 0) + b"\1" * 4000)
     gif_head = struct.pack("<HHBBB", huge, huge, 0x80, 0, 0) + b"\0\0\0\xff\xff\xff"

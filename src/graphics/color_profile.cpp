@@ -84,13 +84,26 @@ bool isSrgb(const Profile& profile) {
                kPrimaries, [&](const Primary& primary) { return hasPrimary(profile, primary); });
 }
 
-/// The colour space signature in the header of a profile, unchecked.
-std::uint32_t colorSpaceOf(std::span<const std::uint8_t> icc) {
-    constexpr std::size_t kSpace = 16;
-    std::uint32_t space = 0;
-    for (std::size_t at = kSpace; at < std::min(icc.size(), kSpace + 4); ++at)
-        space = space << 8U | icc[at];
-    return space;
+/// A number of four bytes; as if zeros followed the profile.
+std::uint32_t numberAt(std::span<const std::uint8_t> icc, std::size_t at) {
+    std::uint32_t number = 0;
+    for (std::size_t i = 0; i < 4; ++i)
+        number = number << 8U | (at + i < icc.size() ? icc[at + i] : 0U);
+    return number;
+}
+
+/// Whether the library can be shown the profile. Tags that chain any number of processing elements
+/// (D2B0 to D2B3, B2D0 to B2D3) can take hours for each pixel, and hardly any camera or editor
+/// writes them; nor more than a few megabytes.
+bool isBounded(std::span<const std::uint8_t> icc) {
+    constexpr std::size_t kMost = std::size_t{4} << 20U, kCount = 128, kEntry = 12, kMostTags = 100;
+    const std::size_t tags = numberAt(icc, kCount);
+    if (icc.size() > kMost || tags > kMostTags) return false;
+    for (std::size_t i = 0; i < tags; ++i) {
+        const std::uint32_t name = numberAt(icc, kCount + 4 + i * kEntry) >> 8U;
+        if (name == cmsSigDToB0Tag >> 8U || name == cmsSigBToD0Tag >> 8U) return false;
+    }
+    return true;
 }
 
 /// A cached transform of one kind of pictures from one profile to sRGB.
@@ -98,10 +111,12 @@ struct Conversion {
     Conversion() = default;
     Conversion(std::span<const std::uint8_t> icc, ColorKind pictures)
         : profile(icc.begin(), icc.end()), kind(pictures) {
+        constexpr std::size_t kSpace = 16;  // The colour space, in the header.
+        const auto [space, pixels] = profileFor(kind);
+        if (!isBounded(icc) || numberAt(icc, kSpace) != space) return;
         const Profile source(
             cmsOpenProfileFromMem(icc.data(), static_cast<cmsUInt32Number>(icc.size())));
-        const auto [space, pixels] = profileFor(kind);
-        if (!source || colorSpaceOf(icc) != space) return;
+        if (!source) return;
         isNone = kind == ColorKind::rgb && isSrgb(source);
         const Profile srgb(isNone ? nullptr : cmsCreate_sRGBProfile());
         if (!srgb) return;
