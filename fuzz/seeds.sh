@@ -9,7 +9,7 @@ rm -rf "$seeds"
 mkdir -p "$seeds"
 cd "$seeds"
 for run in jpeg jpeg2000 png gif tiff bmp webp others exif profile encoders text helpers removal \
-    words pages project_file film_answer plan; do
+    heif_items words pages project_file film_answer plan; do
     mkdir "$run"
 done
 convert=convert-im6.q16
@@ -32,6 +32,7 @@ convert=convert-im6.q16
         \( -clone 0 -resize 16x16 -write others/a.ico \) null: &
     $convert -size 20x14 -depth 8 'gradient:#f008-#00ff' -type TrueColorAlpha -write PNG32:png/alpha.png -write tiff/alpha.tif \
         -write webp/lossy.webp \( -clone 0 -define webp:lossless=true -write webp/lossless.webp \) \
+        -write heif_items/alpha.heic -write heif_items/alpha.avif \
         \( +clone \( -clone 0 -negate \) -write gif/moving.gif -write webp/moving.webp \) \
         null: &
     wait

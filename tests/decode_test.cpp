@@ -1,5 +1,6 @@
 #include <cstring>
 
+#include "graphics/codecs/heif_items.h"
 #include "pictures.h"
 
 namespace tkv::test::decoding {
@@ -185,6 +186,37 @@ TEST(DecodePicture, ReadsOnlyWhatDrawsInAPng) {
     png.insert(png.find("IEND") - 4, std::string("\0\0\0\0odds", 8) + "sums");
     const TempFolder folder;
     EXPECT_EQ(corners(decodePicture(folder.write("a.png", png)).value()), "RGBW");
+}
+
+TEST(BytesForHeif, CountsWhatTheStreamDecodesTo) {
+    constexpr std::int64_t kBytes = 16 * 640 * 480;
+    const auto bytesFor = [](std::string file, std::string_view from, std::string_view to) {
+        for (std::size_t at = 0; (at = file.find(from, at)) != std::string::npos; at += to.size())
+            file.replace(at, to.size(), to);
+        return bytesForHeif(Bytes(file.begin(), file.end()));
+    };
+    const std::string_view stated("ispe\0\0\0\0\0\0\2\x80\0\0\1\xE0", 16);
+    const std::string_view less("ispe\0\0\0\0\0\0\0\1\0\0\0\1", 16);
+    for (const auto& [type, item] : {std::pair{"heic", "hvc1"}, {"avif", "av01"}}) {
+        const std::string file = text(converted(encodePng(quarters({640, 480})).value(), type));
+        const std::int64_t bytes = bytesFor(file, "none", "none").value_or(0);
+        EXPECT_TRUE(bytes >= kBytes && bytes < kBytes * 5 / 4) << type << bytes;
+        EXPECT_EQ(bytesFor(file, stated, less), bytes) << type;
+        EXPECT_FALSE(bytesFor(file, item, "iden")) << type;
+        EXPECT_FALSE(bytesFor(file + std::string("\0\0\0\x0Cmeta\0\0\0\0", 12), "none", "none"))
+            << type;
+
+        const std::string_view moov("\0\0\0\x08moov", 8), free(
+                                                              "\0\0\0\x08"
+                                                              "free",
+                                                              8);
+        const std::string longer = file + std::string(moov) + "junk";
+        std::string read;
+        const Bytes whole(longer.begin(), longer.end());
+        for (const ByteView part : stillParts(whole))
+            read.append(part.begin(), part.end());
+        EXPECT_EQ(read, file + std::string(free)) << type;
+    }
 }
 
 TEST(DecodePicture, LimitsTheSide) {

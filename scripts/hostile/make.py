@@ -109,6 +109,96 @@ def tiff(name, side, bits, samples, compression=5, strip=b""):
     write(name, (head.ljust(2000, b"\0") + strip).ljust(4000, b"\0"))
 
 
+# ---- HEIF (ISO/IEC 23008-12), its pictures in HEVC (ITU-T H.265)
+
+def bits(*fields):
+    """Pairs of a number and its bits; without the latter it is an Exp-Golomb code."""
+    text = ""
+    for field in fields:
+        value, count = field if isinstance(field, tuple) else (
+            field + 1, 2 * (field + 1).bit_length() - 1)
+        text += format(value, "0%db" % count)
+    text += "1"
+    return int(text.ljust(-(-len(text) // 8) * 8, "0"), 2).to_bytes(-(-len(text) // 8), "big")
+
+
+def unit(kind, content, length=2):
+    escaped, zeros = bytearray(), 0
+    for byte in content:
+        if zeros == 2 and byte <= 3:
+            escaped.append(3)
+            zeros = 0
+        escaped.append(byte)
+        zeros = zeros + 1 if byte == 0 else 0
+    return (len(escaped) + 2).to_bytes(length, "big") + bytes([kind << 1, 1]) + escaped
+
+
+def hevc(side, slices=1):
+    """The configuration and the data of a grey square."""
+    levels = [(1, 8), (0x60000000, 32), (0x900000000000, 48), (120, 8)]
+    sets = [(32, bits((0, 4), (3, 2), (0, 6), (0, 3), (0x1FFFF, 17), *levels, (1, 1), 0, 0, 0,
+                      (0, 6), 0, (0, 2))),
+            (33, bits((0, 4), (1, 4), *levels, 0, 1, side, side, (0, 1), 0, 0, 0, (1, 1), 0, 0, 0, 0,
+                      3, 0, 3, 0, 0, (0, 4), 0, (0, 5))),
+            (34, bits(0, 0, (0, 7), 0, 0, 0, (0, 3), 0, 0, (0, 10), 0, (0, 2)))]
+    arrays = b"".join(bytes([kind, 0, 1]) + unit(kind, content) for kind, content in sets)
+    coded = bits((2, 2), 0, 2, 0) + b"\0" * 60
+    return (b"\1" + b"\0" * 20 + b"\3\3" + arrays, unit(19, coded, 4) * slices)
+
+
+def box(kind, *contents):
+    content = b"".join(contents)
+    return struct.pack(">I", len(content) + 8) + kind + content
+
+
+def heif(name, items, references):
+    """`items`: the type, the properties and the data of each, the primary one first."""
+    numbers = range(1, len(items) + 1)
+    infos = b"".join(box(b"infe", struct.pack(">IHH", 2 << 24, i, 0), item[0], b"\0")
+                     for i, item in zip(numbers, items))
+    properties = b"".join(b"".join(item[1]) for item in items)
+    associations, places, at, index = b"", b"", 0, 1
+    for i, (_, own, data) in zip(numbers, items):
+        associations += struct.pack(">HB", i, len(own)) + bytes(range(index, index + len(own)))
+        index += len(own)
+        places += struct.pack(">HHHHII", i, 1, 0, 1, at, len(data))
+        at += len(data)
+    listed = b"".join(box(kind, struct.pack(">HH%dH" % len(to), start, len(to), *to))
+                      for kind, start, to in references)
+    count = struct.pack(">H", len(items))
+    write(name, box(b"ftyp", b"heic\0\0\0\0mif1heic") + box(
+        b"meta", b"\0" * 4, box(b"hdlr", b"\0" * 8, b"pict", b"\0" * 13),
+        box(b"pitm", b"\0\0\0\0\0\1"),
+        box(b"iloc", b"\1\0\0\0\x44\0", count, places), box(b"iinf", b"\0" * 4, count, infos),
+        box(b"iref", b"\0" * 4, listed),
+        box(b"iprp", box(b"ipco", properties),
+            box(b"ipma", b"\0" * 6, count, associations)),
+        box(b"idat", b"".join(item[2] for item in items))))
+
+
+def heifs():
+    def extents(side):
+        return box(b"ispe", struct.pack(">III", 0, side, side))
+
+    def square(stated, side, slices=1, *more):
+        configuration, data = hevc(side, slices)
+        return (b"hvc1", [box(b"hvcC", configuration), extents(stated), *more], data)
+
+    def grid(side, columns):
+        return (b"grid", [extents(side), box(b"pixi", b"\0\0\0\0\3\x08\x08\x08")],
+                struct.pack(">BBBBHH", 0, 0, columns - 1, columns - 1, side, side))
+
+    heif("heic-iden-of-itself", [(b"iden", [extents(64)], b"")], [(b"dimg", 1, [1])])
+    heif("heic-grid-of-itself", [grid(64, 1)], [(b"dimg", 1, [1])])
+    alpha = box(b"auxC", b"\0" * 4, b"urn:mpeg:hevc:2015:auxid:1\0")
+    heif("heic-alpha-of-alpha", [square(64, 64, 1, alpha), square(64, 64, 1, alpha)],
+         [(b"auxl", 1, [2]), (b"auxl", 2, [1])])
+    heif("heic-268-megapixels", [square(64, 16384)], [])
+    heif("heic-256-tiles-of-16-megapixels", [grid(640, 16), square(40, 4096)],
+         [(b"dimg", 1, [2] * 256)])
+    heif("heic-1000-slices", [square(4096, 4096, 1000)], [])
+
+
 def profile(space, tags):
     """An ICC profile (ICC.1:2022) of tags with data each."""
     at, listed, data = 132 + 12 * len(tags), b"", b""
@@ -164,4 +254,5 @@ def others():
 
 jpegs()
 jpegs2000()
+heifs()
 others()

@@ -197,18 +197,4 @@ PixelSize webpSize(ByteView file) {
     return {sideOf(number(kContent + 6, 2) & kSide), sideOf(number(kContent + 8, 2) & kSide)};
 }
 
-PixelSize heifSize(ByteView file) {
-    constexpr std::string_view kExtents = "ispe";
-    PixelSize largest{};
-    for (auto at = file.begin();; ++at) {
-        at = std::search(at, file.end(), kExtents.begin(), kExtents.end());
-        if (at == file.end()) return largest;
-        // The box type is followed by version and flags, the width and the height.
-        const auto name = static_cast<std::size_t>(at - file.begin());
-        const PixelSize size{sideOf(numberAt(file, name + 8, 4, ByteOrder::bigEndian)),
-                             sideOf(numberAt(file, name + 12, 4, ByteOrder::bigEndian))};
-        if (pixelsOf(size) > pixelsOf(largest)) largest = size;
-    }
-}
-
 }  // namespace tkv::desktop

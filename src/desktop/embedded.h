@@ -41,7 +41,4 @@ bool hasPictureCompression(ByteView file);
 /// The size that a WebP file states; 0 x 0 where it states none.
 PixelSize webpSize(ByteView file);
 
-/// Of the pictures in a HEIF or AVIF file the size with the most pixels.
-PixelSize heifSize(ByteView file);
-
 }  // namespace tkv::desktop

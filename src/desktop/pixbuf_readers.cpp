@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "desktop/embedded.h"
+#include "graphics/codecs/heif_items.h"
 #include "graphics/releaser.h"
 
 namespace tkv::desktop {
@@ -19,9 +20,12 @@ std::int64_t bytesForTiff(ByteView file) {
 }
 
 // YUV and alpha planes, of 16 bits in the worst case, and two RGBA pictures made of them.
-template <PixelSize statedSize(ByteView)>
-std::int64_t bytesForPlanes(ByteView file) {
-    return 16 * pixelsOf(statedSize(file));
+std::int64_t bytesForWebp(ByteView file) {
+    return 16 * pixelsOf(webpSize(file));
+}
+
+std::int64_t bytesForStill(ByteView file) {
+    return bytesForHeif(file).value_or(kMostBytes);
 }
 
 constexpr std::array<PixbufReader, 9> kReaders{{
@@ -29,9 +33,9 @@ constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
     {.name = "tiff", .bytesFor = bytesForTiff, .isBounded = hasPictureCompression},
-    {.name = "webp", .bytesFor = bytesForPlanes<webpSize>},
-    {.name = "avif", .bytesFor = bytesForPlanes<heifSize>},
-    {.name = "heif/avif", .bytesFor = bytesForPlanes<heifSize>},
+    {.name = "webp", .bytesFor = bytesForWebp},
+    {.name = "avif", .bytesFor = bytesForStill, .parts = stillParts},
+    {.name = "heif/avif", .bytesFor = bytesForStill, .parts = stillParts},
     {.name = "tga", .comesRowByRow = true},
     {.name = "pnm", .comesRowByRow = true},
 }};

@@ -1,0 +1,18 @@
+#include "graphics/codecs/heif_items.h"
+
+#include "fuzzing.h"
+
+// Any bytes as a HEIF or AVIF file, whose items are walked.
+
+using namespace tkv;
+using namespace tkv::fuzz;
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const ByteView file(data, size);
+    require(bytesForHeif(file).value_or(16) >= 16, "a picture has a pixel");
+    std::size_t bytes = 0;
+    for (const ByteView part : stillParts(file))
+        bytes += part.size();
+    require(bytes <= size, "what is read is no more than the file");
+    return 0;
+}
