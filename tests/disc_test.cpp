@@ -213,6 +213,7 @@ TEST_F(Films, EndWithAReason) {
         {"head -c 17M /dev/zero >big.toml; ", "-o faults big.toml", "is too large for a project"},
         {"", "--preview -o full ready.vob >/dev/full", "standard output cannot be written to"},
         {"ulimit -c 0; ulimit -f 0; ", "--write faults/x.toml ready.vob", "File too large"},
+        {"[ ! -e faults/x.toml ] && ulimit -f 0; ", "--write faults/x.toml ready.vob", "File too"},
         {"ulimit -c 0; ulimit -f 100; ", "-o faults chap*.mp4", "File too large"},
         {faked("ffmpeg", "rm -f " + file("goes.vob") + "; exec $real \"$@\""),
          "--volume even -o faults goes.vob", "No such file or directory"},

@@ -34,19 +34,19 @@ FoundFilms findFilms(Project& project, const std::vector<FilmSource>& sources, P
     const std::vector<FilmRequest> requests = std::exchange(project.films, {});
     std::vector<std::optional<Film>> films(requests.size());
     std::vector<std::exception_ptr> reasons(requests.size());
-    const auto keep = [&](std::size_t i) {
-        if (!requests[i].isListed) throw;
-        reasons[i] = std::current_exception();
+    const auto passOver = [&](std::size_t i, const std::exception_ptr& reason) {
+        if (!requests[i].isListed) std::rethrow_exception(reason);
+        reasons[i] = reason;
     };
     sideBySide(requests.size(), stop, [&](std::size_t i) {
         try {
             films[i] = probe(sources[i]);
         } catch (const NoFilm& reason) {
             if (reason.kind() == NoFilm::Kind::playlist) throw;
-            keep(i);
+            passOver(i, std::current_exception());
         } catch (const DiscError&) {
             if (!isClutter(sources[i].path)) throw;
-            keep(i);
+            passOver(i, std::current_exception());
         }
     });
     FoundFilms found;

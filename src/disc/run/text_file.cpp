@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <cerrno>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <system_error>
@@ -22,9 +23,10 @@ void writeText(const std::string& path, std::string_view text) {
     std::ofstream file(path);
     file << text << std::flush;
     if (file) return;
-    throw DiscError(
-        fmt::format("{} cannot be written: {}.", path, std::generic_category().message(errno)),
-        path);
+    const std::string why = std::generic_category().message(errno);
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    throw DiscError(fmt::format("{} cannot be written: {}.", path, why), path);
 }
 
 }  // namespace tkv::disc
