@@ -37,9 +37,9 @@ class TiffDirectory {
         : file_(file),
           order_(hasAt(file, 0, "MM") ? ByteOrder::bigEndian : ByteOrder::littleEndian),
           begin_(numberAt(file, offsetAt, 4, order_)),
-          entries_(numberAt(file, begin_, 2, order_)) {}
+          entries_(begin_ == 0 ? 0 : numberAt(file, begin_, 2, order_)) {}
 
-    /// Without entries where there is none.
+    /// Without entries where there is none, which its offset 0 says.
     TiffDirectory next() const { return TiffDirectory(file_, begin_ + 2 + entries_ * kEntry); }
 
     /// The first value of a tag, SHORT or LONG; `missing` where there is none. Of any other type,

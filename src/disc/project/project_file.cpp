@@ -102,9 +102,10 @@ class Reader {
         if (table == nullptr) refuse(node, "labels", "a [labels] line above them");
         refuseOthers(*table, [](std::string_view key) { return labelNamed(key) != nullptr; });
         for (const auto& [key, text] : *table) {
-            std::string& label = labels.*labelNamed(key.str());
-            label = textIn(text, key.str(), "a text");
-            if (label.empty()) refuse(text, key.str(), "a text");
+            const auto label = labelNamed(key.str());
+            if (label == nullptr) continue;
+            labels.*label = textIn(text, key.str(), "a text");
+            if ((labels.*label).empty()) refuse(text, key.str(), "a text");
         }
     }
 

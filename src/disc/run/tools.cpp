@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
@@ -19,8 +20,8 @@ namespace {
 
 // With these set, programs write files that nobody asked for, colour their lines, or take another
 // standard than that which their input says.
-const std::vector<std::string> kHiddenVariables{"FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR",
-                                                "VIDEO_FORMAT"};
+constexpr std::array kHiddenVariables{"FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR",
+                                      "VIDEO_FORMAT"};
 
 // Bytes of what a program says that are kept at least, the last ones.
 constexpr std::size_t kMostErrors = 64 << 10;
@@ -77,7 +78,7 @@ std::string Tools::run(Program program, const Failure& failure) const {
         if (errors.size() > 2 * kMostErrors) errors.erase(0, errors.size() - kMostErrors);
     };
     program.folder = folder_;
-    program.hiddenVariables = kHiddenVariables;
+    program.hiddenVariables.assign(kHiddenVariables.begin(), kHiddenVariables.end());
     program.command = guardedCommand(program.command);
     const std::string name = program.command.front();
     // $PATH may hold folders that are relative to where this process runs.

@@ -69,15 +69,15 @@ class Reader {
     bool isSound_ = true;
 };
 
-struct Box {
+struct IsoBox {
     Type type;
     ByteView content;
 };
 
 /// The boxes side by side in `bytes`, up to the first that is damaged; `end` is where they end.
 /// Those of a fifth kind, with a type of 16 bytes, count as any other.
-std::vector<Box> boxesIn(ByteView bytes, std::size_t& end) {
-    std::vector<Box> boxes;
+std::vector<IsoBox> boxesIn(ByteView bytes, std::size_t& end) {
+    std::vector<IsoBox> boxes;
     Reader reader(bytes);
     end = 0;
     while (reader.rest().size() >= 8 && boxes.size() <= kMostParts) {
@@ -96,9 +96,9 @@ std::vector<Box> boxesIn(ByteView bytes, std::size_t& end) {
 }
 
 /// The boxes that `bytes` consist of, or none.
-std::vector<Box> boxesIn(ByteView bytes) {
+std::vector<IsoBox> boxesIn(ByteView bytes) {
     std::size_t end = 0;
-    std::vector<Box> boxes = boxesIn(bytes, end);
+    std::vector<IsoBox> boxes = boxesIn(bytes, end);
     if (end != bytes.size() || boxes.size() > kMostParts) boxes.clear();
     return boxes;
 }
@@ -112,7 +112,7 @@ struct Item {
     Type type;
     bool isDeflated = false;
     std::vector<Extent> extents{};
-    std::vector<Box> properties{};
+    std::vector<IsoBox> properties{};
     std::vector<std::uint32_t> tiles{}, auxiliaries{};
 };
 
@@ -128,7 +128,7 @@ class Items {
     bool readPlaces(ByteView box);
     bool readReferences(ByteView box);
     bool readProperties(ByteView box);
-    bool readAssociations(ByteView box, const std::vector<Box>& properties);
+    bool readAssociations(ByteView box, const std::vector<IsoBox>& properties);
 
     std::optional<std::int64_t> pixelsOf(std::uint32_t id, int depth);
     std::optional<std::int64_t> pixelsOfGrid(const Item& item, int depth);
@@ -144,14 +144,14 @@ class Items {
 bool Items::read(ByteView file) {
     file_ = file;
     std::size_t end = 0;
-    const std::vector<Box> boxes = boxesIn(file, end);
-    const auto isMeta = [](const Box& box) { return box.type == "meta"; };
+    const std::vector<IsoBox> boxes = boxesIn(file, end);
+    const auto isMeta = [](const IsoBox& box) { return box.type == "meta"; };
     if (boxes.size() > kMostParts || std::ranges::count_if(boxes, isMeta) != 1) return false;
     const ByteView meta = std::ranges::find_if(boxes, isMeta)->content;
     if (meta.size() < 4 || meta.size() > kMostMetaBytes) return false;
     constexpr std::array<Type, 6> kRead{"pitm", "iinf", "iloc", "iref", "iprp", "idat"};
     std::map<Type, ByteView> parts;
-    for (const Box& box : boxesIn(meta.subspan(4))) {
+    for (const IsoBox& box : boxesIn(meta.subspan(4))) {
         // Readers take the first of a type, or the last.
         if (std::ranges::count(kRead, box.type) > 0 && !parts.emplace(box.type, box.content).second)
             return false;
@@ -166,7 +166,7 @@ bool Items::read(ByteView file) {
 bool Items::readItems(ByteView box) {
     Reader reader(box);
     reader.number(reader.number(4) >> 24U == 0 ? 2 : 4);
-    for (const Box& entry : boxesIn(reader.rest())) {
+    for (const IsoBox& entry : boxesIn(reader.rest())) {
         Reader info(entry.content);
         const std::uint64_t version = info.number(4) >> 24U;
         if (entry.type != "infe" || version < 2) return false;
@@ -216,7 +216,7 @@ bool Items::readReferences(ByteView box) {
     Reader reader(box);
     const std::size_t bytes = reader.number(4) >> 24U == 0 ? 2 : 4;
     std::size_t all = 0;
-    for (const Box& entry : boxesIn(reader.rest())) {
+    for (const IsoBox& entry : boxesIn(reader.rest())) {
         Reader references(entry.content);
         const auto from = static_cast<std::uint32_t>(references.number(bytes));
         const std::uint64_t count = references.number(2);
@@ -238,15 +238,15 @@ bool Items::readReferences(ByteView box) {
 }
 
 bool Items::readProperties(ByteView box) {
-    const std::vector<Box> boxes = boxesIn(box);
+    const std::vector<IsoBox> boxes = boxesIn(box);
     if (boxes.empty() || boxes[0].type != "ipco") return false;
-    const std::vector<Box> properties = boxesIn(boxes[0].content);
-    return std::all_of(boxes.begin() + 1, boxes.end(), [&](const Box& associations) {
+    const std::vector<IsoBox> properties = boxesIn(boxes[0].content);
+    return std::all_of(boxes.begin() + 1, boxes.end(), [&](const IsoBox& associations) {
         return associations.type == "ipma" && readAssociations(associations.content, properties);
     });
 }
 
-bool Items::readAssociations(ByteView box, const std::vector<Box>& properties) {
+bool Items::readAssociations(ByteView box, const std::vector<IsoBox>& properties) {
     Reader reader(box);
     const std::uint64_t version = reader.number(4);
     const std::size_t idBytes = version >> 24U == 0 ? 2 : 4, bytes = (version & 1U) == 0 ? 1 : 2;
@@ -267,9 +267,9 @@ bool Items::readAssociations(ByteView box, const std::vector<Box>& properties) {
 }
 
 /// Null unless it has exactly one.
-const Box* propertyOf(const Item& item, Type type) {
-    const auto box = std::ranges::find(item.properties, type, &Box::type);
-    return std::ranges::count(item.properties, type, &Box::type) == 1 ? &*box : nullptr;
+const IsoBox* propertyOf(const Item& item, Type type) {
+    const auto box = std::ranges::find(item.properties, type, &IsoBox::type);
+    return std::ranges::count(item.properties, type, &IsoBox::type) == 1 ? &*box : nullptr;
 }
 
 /// The number of pixels, saturated.
@@ -300,9 +300,9 @@ std::optional<std::int64_t> Items::pixelsOf(std::uint32_t id, int depth) {
     const Item& item = found->second;
     // The library turns the picture as often as it is told to.
     for (const Type turn : {"irot", "imir", "clap"}) {
-        if (std::ranges::count(item.properties, turn, &Box::type) > 1) return std::nullopt;
+        if (std::ranges::count(item.properties, turn, &IsoBox::type) > 1) return std::nullopt;
     }
-    const Box* const extents = propertyOf(item, "ispe");
+    const IsoBox* const extents = propertyOf(item, "ispe");
     if (extents == nullptr) return std::nullopt;
     Reader stated(extents->content);
     stated.number(4);
@@ -311,7 +311,7 @@ std::optional<std::int64_t> Items::pixelsOf(std::uint32_t id, int depth) {
 
     const bool isHevc = item.type == "hvc1";
     if (isHevc || item.type == "av01") {
-        const Box* const configuration = propertyOf(item, isHevc ? "hvcC" : "av1C");
+        const IsoBox* const configuration = propertyOf(item, isHevc ? "hvcC" : "av1C");
         const std::optional<Bytes> data = dataOf(item);
         if (configuration == nullptr || !data) return std::nullopt;
         const CodedStream stream = (isHevc ? hevcStream : av1Stream)(configuration->content, *data);
@@ -393,7 +393,7 @@ std::vector<ByteView> stillParts(ByteView file) {
         parts.insert(parts.end(), {file.subspan(done, begin - done), by});
         done = begin + by.size();
     };
-    for (const Box& box : boxesIn(file, end)) {
+    for (const IsoBox& box : boxesIn(file, end)) {
         const auto* const type = reinterpret_cast<const std::uint8_t*>(box.type.data());
         if (std::ranges::count(kRead, box.type) == 0) replace(type, kFree);
         if (box.type != "ftyp") continue;
