@@ -105,7 +105,7 @@ bool readUnits(ByteView& rest, std::size_t lengthBytes, std::size_t count, Coded
     return count < kMostUnits || left > 0;
 }
 
-// ---- AV1 (AV1 Bitstream & Decoding Process Specification)
+// ---- AV1 (chapters of its published bitstream format)
 
 /// What a sequence header says of the frame headers after it (5.5).
 struct Sequence {
