@@ -110,13 +110,13 @@ Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed)
     g_signal_connect(loader.get(), "area-updated", G_CALLBACK(notePixels), &progress);
     bool reads = true;
     // The head has most pictures' size, which may be rejected.
-    std::size_t most = kHead;
+    std::size_t head = kHead;
     for (ByteView rest : reader.parts == nullptr ? std::vector{file} : reader.parts(file)) {
         while (reads && !progress.tooLarge && !rest.empty()) {
-            const ByteView piece = rest.first(std::min(most, rest.size()));
+            const ByteView piece = rest.first(std::min(head > 0 ? head : kPiece, rest.size()));
             reads = gdk_pixbuf_loader_write(loader.get(), piece.data(), piece.size(), nullptr);
             rest = rest.subspan(piece.size());
-            most = kPiece;
+            head -= std::min(head, piece.size());
         }
     }
     const bool isWhole = gdk_pixbuf_loader_close(loader.get(), nullptr) && reads;

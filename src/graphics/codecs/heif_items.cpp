@@ -75,7 +75,6 @@ struct IsoBox {
 };
 
 /// The boxes side by side in `bytes`, up to the first that is damaged; `end` is where they end.
-/// Those of a fifth kind, with a type of 16 bytes, count as any other.
 std::vector<IsoBox> boxesIn(ByteView bytes, std::size_t& end) {
     std::vector<IsoBox> boxes;
     Reader reader(bytes);
