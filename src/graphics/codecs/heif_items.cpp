@@ -3,19 +3,17 @@
 #include <algorithm>
 #include <array>
 #include <map>
-#include <string_view>
 
 #include "graphics/codecs/coded_stream.h"
+#include "graphics/codecs/iso_boxes.h"
 
 namespace tkv {
 
 namespace {
 
-using Type = std::string_view;  ///< Of a box, an item or a reference: four letters.
-
-/// What no ordinary file has more of: boxes side by side, items, items referred to, properties; and
-/// bytes in the box that describes the items, profile included.
-constexpr std::size_t kMostParts = 1024, kMostReferences = 8192, kMostMetaBytes = 8U << 20U;
+/// What no ordinary file has more of: items referred to, and bytes in the box that describes the
+/// items, profile included.
+constexpr std::size_t kMostReferences = 8192, kMostMetaBytes = 8U << 20U;
 constexpr std::uint64_t kMostExtents = 32;
 /// As many tiles of 512 x 512 pixels as the largest picture has.
 constexpr std::size_t kMostTiles = 256;
@@ -28,87 +26,13 @@ constexpr std::size_t kMostShared = 16U << 20U;
 /// Larger than anything that is read; sums of them do not overflow.
 constexpr std::int64_t kTooMany = std::int64_t{1} << 40U;
 
-/// Reads big-endian numbers and texts off the front of bytes.
-class Reader {
-  public:
-    explicit Reader(ByteView bytes) : rest_(bytes) {}
-
-    /// 0 behind the end.
-    std::uint64_t number(std::size_t bytes) {
-        std::uint64_t value = 0;
-        for (const std::uint8_t byte : take(bytes))
-            value = value << 8U | byte;
-        return value;
-    }
-    ByteView take(std::size_t bytes) {
-        if (bytes > rest_.size()) {
-            isSound_ = false;
-            rest_ = {};
-            return {};
-        }
-        const ByteView taken = rest_.first(bytes);
-        rest_ = rest_.subspan(bytes);
-        return taken;
-    }
-    Type type() {
-        const ByteView bytes = take(4);
-        return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-    }
-    /// Up to a zero byte, which is skipped; returns its length.
-    std::size_t text() {
-        const auto length = static_cast<std::size_t>(std::ranges::find(rest_, 0) - rest_.begin());
-        rest_ = rest_.subspan(std::min(length + 1, rest_.size()));
-        return length;
-    }
-    ByteView rest() const { return rest_; }
-    /// Whether there was all that was read.
-    bool isSound() const { return isSound_; }
-
-  private:
-    ByteView rest_;
-    bool isSound_ = true;
-};
-
-struct IsoBox {
-    Type type;
-    ByteView content;
-};
-
-/// The boxes side by side in `bytes`, up to the first that is damaged; `end` is where they end.
-std::vector<IsoBox> boxesIn(ByteView bytes, std::size_t& end) {
-    std::vector<IsoBox> boxes;
-    Reader reader(bytes);
-    end = 0;
-    while (reader.rest().size() >= 8 && boxes.size() <= kMostParts) {
-        std::uint64_t length = reader.number(4), head = 8;
-        const Type type = reader.type();
-        if (length == 1) {
-            length = reader.number(8);
-            head = 16;
-        }
-        if (length == 0) length = head + reader.rest().size();  // To the end.
-        if (!reader.isSound() || length < head || length - head > reader.rest().size()) break;
-        boxes.push_back({type, reader.take(static_cast<std::size_t>(length - head))});
-        end = bytes.size() - reader.rest().size();
-    }
-    return boxes;
-}
-
-/// The boxes that `bytes` consist of, or none.
-std::vector<IsoBox> boxesIn(ByteView bytes) {
-    std::size_t end = 0;
-    std::vector<IsoBox> boxes = boxesIn(bytes, end);
-    if (end != bytes.size() || boxes.size() > kMostParts) boxes.clear();
-    return boxes;
-}
-
 struct Extent {
     bool isInside = false;  ///< in the "idat" box
     std::uint64_t begin, length;
 };
 
 struct Item {
-    Type type;
+    BoxType type;
     bool isDeflated = false;
     std::vector<Extent> extents{};
     std::vector<IsoBox> properties{};
@@ -145,28 +69,28 @@ bool Items::read(ByteView file) {
     std::size_t end = 0;
     const std::vector<IsoBox> boxes = boxesIn(file, end);
     const auto isMeta = [](const IsoBox& box) { return box.type == "meta"; };
-    if (boxes.size() > kMostParts || std::ranges::count_if(boxes, isMeta) != 1) return false;
+    if (boxes.size() > kMostBoxes || std::ranges::count_if(boxes, isMeta) != 1) return false;
     const ByteView meta = std::ranges::find_if(boxes, isMeta)->content;
     if (meta.size() < 4 || meta.size() > kMostMetaBytes) return false;
-    constexpr std::array<Type, 6> kRead{"pitm", "iinf", "iloc", "iref", "iprp", "idat"};
-    std::map<Type, ByteView> parts;
+    constexpr std::array<BoxType, 6> kRead{"pitm", "iinf", "iloc", "iref", "iprp", "idat"};
+    std::map<BoxType, ByteView> parts;
     for (const IsoBox& box : boxesIn(meta.subspan(4))) {
         // Readers take the first of a type, or the last.
         if (std::ranges::count(kRead, box.type) > 0 && !parts.emplace(box.type, box.content).second)
             return false;
     }
     inside_ = parts["idat"];
-    Reader primary(parts["pitm"]);
+    BoxReader primary(parts["pitm"]);
     primary_ = static_cast<std::uint32_t>(primary.number(primary.number(4) >> 24U == 0 ? 2 : 4));
     return readItems(parts["iinf"]) && readPlaces(parts["iloc"]) && readReferences(parts["iref"]) &&
            readProperties(parts["iprp"]);
 }
 
 bool Items::readItems(ByteView box) {
-    Reader reader(box);
+    BoxReader reader(box);
     reader.number(reader.number(4) >> 24U == 0 ? 2 : 4);
     for (const IsoBox& entry : boxesIn(reader.rest())) {
-        Reader info(entry.content);
+        BoxReader info(entry.content);
         const std::uint64_t version = info.number(4) >> 24U;
         if (entry.type != "infe" || version < 2) return false;
         const auto id = static_cast<std::uint32_t>(info.number(version == 2 ? 2 : 4));
@@ -183,7 +107,7 @@ bool Items::readItems(ByteView box) {
 }
 
 bool Items::readPlaces(ByteView box) {
-    Reader reader(box);
+    BoxReader reader(box);
     const std::uint64_t version = reader.number(4) >> 24U;
     const std::uint64_t sizes = reader.number(2), count = reader.number(version < 2 ? 2 : 4);
     const auto size = [&](unsigned shift) {
@@ -212,11 +136,11 @@ bool Items::readPlaces(ByteView box) {
 
 bool Items::readReferences(ByteView box) {
     if (box.empty()) return true;
-    Reader reader(box);
+    BoxReader reader(box);
     const std::size_t bytes = reader.number(4) >> 24U == 0 ? 2 : 4;
     std::size_t all = 0;
     for (const IsoBox& entry : boxesIn(reader.rest())) {
-        Reader references(entry.content);
+        BoxReader references(entry.content);
         const auto from = static_cast<std::uint32_t>(references.number(bytes));
         const std::uint64_t count = references.number(2);
         all += count;
@@ -246,7 +170,7 @@ bool Items::readProperties(ByteView box) {
 }
 
 bool Items::readAssociations(ByteView box, const std::vector<IsoBox>& properties) {
-    Reader reader(box);
+    BoxReader reader(box);
     const std::uint64_t version = reader.number(4);
     const std::size_t idBytes = version >> 24U == 0 ? 2 : 4, bytes = (version & 1U) == 0 ? 1 : 2;
     const std::uint64_t indices = bytes == 1 ? 0x7F : 0x7FFF;
@@ -266,7 +190,7 @@ bool Items::readAssociations(ByteView box, const std::vector<IsoBox>& properties
 }
 
 /// Null unless it has exactly one.
-const IsoBox* propertyOf(const Item& item, Type type) {
+const IsoBox* propertyOf(const Item& item, BoxType type) {
     const auto box = std::ranges::find(item.properties, type, &IsoBox::type);
     return std::ranges::count(item.properties, type, &IsoBox::type) == 1 ? &*box : nullptr;
 }
@@ -298,12 +222,12 @@ std::optional<std::int64_t> Items::pixelsOf(std::uint32_t id, int depth) {
         return std::nullopt;
     const Item& item = found->second;
     // The library turns the picture as often as it is told to.
-    for (const Type turn : {"irot", "imir", "clap"}) {
+    for (const BoxType turn : {"irot", "imir", "clap"}) {
         if (std::ranges::count(item.properties, turn, &IsoBox::type) > 1) return std::nullopt;
     }
     const IsoBox* const extents = propertyOf(item, "ispe");
     if (extents == nullptr) return std::nullopt;
-    Reader stated(extents->content);
+    BoxReader stated(extents->content);
     stated.number(4);
     const std::uint64_t width = stated.number(4);
     std::int64_t most = area(width, stated.number(4));
@@ -339,7 +263,7 @@ std::optional<std::int64_t> Items::pixelsOf(std::uint32_t id, int depth) {
 std::optional<std::int64_t> Items::pixelsOfGrid(const Item& item, int depth) {
     const std::optional<Bytes> data = dataOf(item);
     if (!data) return std::nullopt;
-    Reader reader(*data);
+    BoxReader reader(*data);
     const std::size_t bytes = (reader.number(2) & 1U) == 0 ? 2 : 4;
     const std::uint64_t rows = reader.number(1) + 1, columns = reader.number(1) + 1;
     const std::uint64_t width = reader.number(bytes), height = reader.number(bytes);
@@ -384,7 +308,7 @@ std::optional<std::int64_t> bytesForHeif(ByteView file) {
 std::vector<ByteView> stillParts(ByteView file) {
     static constexpr std::array<std::uint8_t, 4> kFree{'f', 'r', 'e', 'e'},
         kStill{'a', 'v', 'i', 'f'};
-    constexpr std::array<Type, 4> kRead{"ftyp", "meta", "mdat", "free"};
+    constexpr std::array<BoxType, 4> kRead{"ftyp", "meta", "mdat", "free"};
     std::vector<ByteView> parts;
     std::size_t done = 0, end = 0;
     const auto replace = [&](const std::uint8_t* at, ByteView by) {
@@ -397,7 +321,7 @@ std::vector<ByteView> stillParts(ByteView file) {
         if (std::ranges::count(kRead, box.type) == 0) replace(type, kFree);
         if (box.type != "ftyp") continue;
         // The brand of sequences, also among those that the file is compatible with.
-        for (Reader brands(box.content); brands.rest().size() >= 4;) {
+        for (BoxReader brands(box.content); brands.rest().size() >= 4;) {
             const ByteView brand = brands.rest().first(4);
             if (brands.type() == "avis") replace(brand.data(), kStill);
         }
