@@ -1,6 +1,13 @@
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <atomic>
+#include <chrono>
+#include <csignal>
+#include <cstdlib>
 #include <stdexcept>
+#include <thread>
 
 #include "disc/author/output_folder.h"
 #include "disc/disc_maker.h"
@@ -9,6 +16,7 @@
 #include "disc/run/terminal_progress.h"
 #include "disc/run/workshop.h"
 #include "support.h"
+#include "system/program_start.h"
 
 // What runs of the disc's programs have in common.
 
@@ -92,14 +100,38 @@ TEST(Workshop, KeepsResultsAndTouchesOnlyItsOwn) {
     }
     folder.write("own/work/film-letter", "dear");
     folder.write("own/work/unfinished/left", "by a run that was killed");
-    EXPECT_EQ(namesIn(path), (Strings{kMarker, b, a, "film-letter", "unfinished"}));
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, b, a, "film-letter", "results", "unfinished"}));
     Workshop workshop(path, stop);
     EXPECT_EQ(namesIn(path + "/unfinished"), Strings{});
     workshop.result(a, [](const std::string&) { ADD_FAILURE() << "made twice"; });
     workshop.removeUnused();
-    EXPECT_EQ(namesIn(path), (Strings{kMarker, a, "film-letter", "unfinished"}));
+    EXPECT_EQ(namesIn(path), (Strings{kMarker, a, "film-letter", "results", "unfinished"}));
     workshop.removeAll();
     EXPECT_EQ(namesIn(path), Strings{"film-letter"});
+}
+
+TEST(Programs, EndWithWhatTheyHaveStarted) {
+    ProgramStop stop;
+    const TempFolder folder;
+    const std::string script = fmt::format("sleep 60 & echo $! >{}; wait", folder.file("child"));
+    const auto child = [&] { return std::atoi(readText(folder.file("child")).c_str()); };
+    std::jthread other([&] {
+        while (child() == 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        stop.stop();
+    });
+    EXPECT_THROW(Tools("", stop).run({"sh", "-c", script}, {}), Interrupted);
+    EXPECT_FALSE(fs::exists(fmt::format("/proc/{}/fd/0", child())));
+#ifdef __linux__
+    // A thread that ends stands for a program that was killed.
+    pid_t left = 0;
+    std::jthread([&] {
+        EXPECT_EQ(startProgram({"/bin/sleep", "60"}, environ, {}, Group::own, left), 0);
+    }).join();
+    int status = 0;
+    waitpid(left, &status, 0);
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+#endif
 }
 
 TEST(ParallelTasks, StopTheirOwnRunAtAFault) {

@@ -50,6 +50,13 @@ void stopBySignal(int signal) {
     run.stop();
 }
 
+/// The terminal's key for it does not reach the programs, which have groups of their own.
+void suspend(int) {
+    run.signalAll(SIGSTOP);
+    static_cast<void>(std::raise(SIGSTOP));
+    run.signalAll(SIGCONT);
+}
+
 int complain(std::string_view why) {
     tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", tkv::printable(why)));
     return 1;
@@ -68,6 +75,7 @@ Outcome outcomeOf(const Options& options) {
 int main(int argc, char** argv) {
     tkv::openStandardStreams();
     tkv::handleEndingSignals(stopBySignal, 0);
+    tkv::handleSignal(SIGTSTP, suspend, SA_RESTART);
     try {
         int status = 0;
         const std::optional<Options> options = readCommandLine(

@@ -67,6 +67,7 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
     const std::vector<char*> envp = argvOf(environment);
     const Descriptor nothing(limits != nullptr ? open("/dev/null", O_RDONLY | O_CLOEXEC) : -1);
     const std::size_t others = children.size();
+    const Group group = limits != nullptr ? Group::own : Group::ours;
 
     for (std::size_t i = 0; i < commands.size(); ++i) {
         Streams streams;
@@ -74,7 +75,7 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
         streams.output = pipes[i].writeEnd.number();
         if (i + 1 == commands.size()) streams.errors = streams.output;
         pid_t child = 0;
-        if (startProgram(commands[i], envp.data(), streams, Lookup::asItStands, child) == 0) {
+        if (startProgram(commands[i], envp.data(), streams, group, child) == 0) {
             children.push_back(child);
         }
         pipes[i].writeEnd.close();
@@ -87,7 +88,7 @@ std::string runPipeline(const std::vector<std::vector<std::string>>& commands,
         // Those that have exited are zombies until they are reaped, so no process id has been
         // reused.
         for (std::size_t i = others; i < children.size(); ++i)
-            kill(children[i], SIGKILL);
+            kill(-children[i], SIGKILL);
         if (!isUtf8(output)) output = firstCharacters(output, characterCount(output) - 1);
     }
     reap();

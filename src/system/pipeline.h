@@ -20,8 +20,8 @@ struct PipelineLimits {
 /// `commands`: one at least; each the path of a program, without a search in $PATH, and its
 /// arguments. `environment`: the programs' whole environment, as "NAME=value".
 /// `limits`: none when null. With them the first program reads /dev/null, and when one is reached
-/// the programs are killed and what was read so far is returned, without a truncated UTF-8
-/// character.
+/// the programs, and what they have started, are killed and what was read so far is returned,
+/// without a truncated UTF-8 character.
 ///
 /// A program that cannot be started leaves a gap: the one before it gets a broken pipe, the one
 /// after it an end of file. Returns when every writer has closed the output, background processes

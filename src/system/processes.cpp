@@ -118,11 +118,16 @@ std::map<std::string, std::string> environmentVariables() {
 }
 
 void ProgramStop::stop() {
-    const int signal = stopped_.exchange(true) ? SIGKILL : SIGTERM;
+    signalAll(stopped_.exchange(true) ? SIGKILL : SIGTERM);
+}
+
+void ProgramStop::signalAll(int signal) const {
+    const int error = errno;
     for (const std::atomic<pid_t>& child : running_) {
         const pid_t number = child;
-        if (number != 0) kill(number, signal);
+        if (number != 0) kill(-number, signal);
     }
+    errno = error;
 }
 
 ProgramStop::Slot::Slot(ProgramStop& stop, pid_t child) {
@@ -132,7 +137,7 @@ ProgramStop::Slot::Slot(ProgramStop& stop, pid_t child) {
         slot_ = &slot;
         break;
     }
-    if (stop.stopped_) kill(child, SIGTERM);  // It was registered too late for stop().
+    if (stop.stopped_) kill(-child, SIGTERM);  // It was registered too late for stop().
 }
 
 ProgramStop::Slot::~Slot() {
@@ -163,8 +168,8 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
     std::vector<char*> environment = environmentWithout(program.hiddenVariables);
     pid_t child = 0;
     const int error = startProgram(program.command, environment.data(),
-                                   {input.number(), written, errors.writeEnd.number()},
-                                   Lookup::inPath, child, program.folder);
+                                   {input.number(), written, errors.writeEnd.number()}, Group::own,
+                                   child, program.folder);
     if (error != 0) return {ProgramEnd::How::notStarted, error};
     // Closed, so that whoever writes to the program gets a broken pipe when it exits.
     input.close();

@@ -27,9 +27,12 @@ class ProgramStop {
     ProgramStop() = default;
     ProgramStop(ProgramStop&&) = delete;
 
-    /// Terminates all that are running, at the first call by SIGTERM, then by SIGKILL, and keeps
-    /// others from being started. Async-signal-safe.
+    /// Terminates all that are running, and what they have started, at the first call by SIGTERM,
+    /// then by SIGKILL, and keeps others from being started. Async-signal-safe.
     void stop();
+
+    /// Has all that are running wait, or go on: SIGSTOP or SIGCONT. Async-signal-safe.
+    void signalAll(int signal) const;
 
     bool isStopped() const { return stopped_; }
 
@@ -54,7 +57,7 @@ class ProgramStop {
 
 /// A program to start, and the redirection of its streams.
 struct Program {
-    std::vector<std::string> command;  ///< looked up in $PATH unless it has a slash; its arguments
+    std::vector<std::string> command;  ///< the path of a program, and its arguments
     std::string folder;  ///< its working directory, where relative paths begin; empty: this one
     std::string input;   ///< a file; empty: /dev/null
     std::string output;  ///< a file, created or truncated; empty: its lines go to the callback

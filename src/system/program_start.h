@@ -24,13 +24,18 @@ struct Streams {
     int errors = -1;
 };
 
-enum class Lookup { asItStands, inPath };
+enum class Group {
+    ours,  ///< this process's, which a terminal's keys reach
+    /// One of its own, with the child's number, that it shares with what it starts itself. Where
+    /// the system can do that, the child, but not what it has started, is killed when the thread
+    /// that started it ends, however that ends.
+    own,
+};
 
-/// Starts the command, its program and arguments, with an empty signal mask, and the default action
-/// of signals that this process ignores. `folder`: its working directory; empty: this one. Returns
-/// 0, or errno of the failure.
+/// Starts the command, the path of a program and its arguments, with an empty signal mask, and the
+/// default action of SIGPIPE and SIGXFSZ, which this process ignores. `folder`: its working
+/// directory; empty: this one. Returns 0, or errno of the failure.
 int startProgram(const std::vector<std::string>& command, char* const* environment,
-                 const Streams& streams, Lookup lookup, pid_t& child,
-                 const std::string& folder = {});
+                 const Streams& streams, Group group, pid_t& child, const std::string& folder = {});
 
 }  // namespace tkv

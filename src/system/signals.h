@@ -8,4 +8,7 @@ namespace tkv {
 /// inherited as ignored. `flags`: those of sigaction.
 void handleEndingSignals(void (*handler)(int signal), int flags);
 
+/// Installs `handler` for a signal, unless the process has inherited it as ignored.
+void handleSignal(int signal, void (*handler)(int signal), int flags);
+
 }  // namespace tkv

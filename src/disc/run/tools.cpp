@@ -81,11 +81,10 @@ std::string Tools::run(Program program, const Failure& failure) const {
     program.hiddenVariables.assign(kHiddenVariables.begin(), kHiddenVariables.end());
     program.command = guardedCommand(program.command);
     const std::string name = program.command.front();
-    // $PATH may hold folders that are relative to where this process runs.
-    if (std::string path = programPath(name); !path.empty()) program.command.front() = path;
+    program.command.front() = programPath(name);
+    if (program.command.front().empty()) complainMissing(name);
     const ProgramEnd end = runProgram(std::move(program), stop_);
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();
-    if (end.how == ProgramEnd::How::notStarted && end.status == ENOENT) complainMissing(name);
     const std::string cause = complaint(end, name, errors, hasErrorLine);
     if (cause.empty()) return errors;
     if (foreign) {
