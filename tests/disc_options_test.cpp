@@ -126,8 +126,8 @@ TEST_F(Films, FollowTheOptions) {
     EXPECT_NE(silent.find("silent |.mp4 holds no sound"), std::string::npos) << silent;
 }
 
-/// What a person changes between two runs, and what is made again: the kinds of results in work/,
-/// and the menu, for which an encoder is asked in vain.
+/// What a person changes between two runs, or a disk, and what is made again: the kinds of results
+/// in work/, and the menu, for which an encoder is asked in vain. Damage is told of.
 TEST_F(Films, AreMadeAgainWhereTheyChanged) {
     make("long.vob", kLong);
     make("tone.wav", "-f lavfi -i sine=3000:r=48000:d=40");
@@ -166,7 +166,15 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
         {"sed -i s/keep/even/ disc.toml", "excerpt excerpt film film menu"},
         {"mv film.mp4 kept; cp -L other.mp4 film.mp4", "answer counts excerpt film picture menu"},
         {"export FONTCONFIG_FILE=$PWD/fonts.conf", "menu"},
-        {"for name in out/work/*.json; do rm $name; echo '{' >$name; done", ""},
+        {"for name in out/work/*.json; do rm $name; echo '{' >$name; done",
+         "answer answer counts counts damaged damaged damaged damaged"},
+        // The files are those of "first", too.
+        {"for name in out/work/film-*; do cp $name t; truncate -s -2048 t; mv t $name; done; "
+         "rm out/work/excerpt-*/*5.jpg",
+         "excerpt excerpt film film damaged damaged damaged damaged"},
+        {"for name in out/work/film-*; do cp $name t; printf x | dd of=t conv=notrunc seek=9 "
+         "status=none; mv t $name; done; options=--verify",
+         "film film damaged damaged"},
         {"cat other.ppm >picture.ppm", "background menu"},
     };
     for (const auto& [change, made] : rows) {
@@ -174,10 +182,12 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
         // Renamed and put back, nothing changes but what is to.
         const std::string said = run(fmt::format(
             "cd {}; mkdir kept; cp disc.toml kept; cp -al first out; {}; "
-            "list() {{ find out/work -mindepth 1 -maxdepth 1 -printf '%f %i\\n' | sort; }}; "
-            "list >before; {}{} --no-image -o out disc.toml >said 2>&1; list >after; "
-            "{{ comm -13 before after | grep -v composer | sed 's/-.*//'; sed -n 's/^tkvDvdDisc: "
-            "The menu films-1 could.*/menu/p; s/^tkvDvdDisc: .*/failed/p' said; }} | xargs; "
+            "list() {{ find out/work -mindepth 1 -maxdepth 1 -printf '%f %i %T@\\n' | sort; }}; "
+            "list >before; {}{} $options --no-image -o out disc.toml >said 2>&1; list >after; "
+            "{{ comm -13 before after | grep -v -e composer -e results | sed 's/-.*//'; sed -n "
+            "'s/^tkvDvdDisc: "
+            "The menu films-1 could.*/menu/p; s/^tkvDvdDisc: .*/failed/p; "
+            "s/.* is damaged, and is made again.*/damaged/p' said; }} | xargs; "
             "mv kept/* .; rm -r kept out",
             folder_.path(), change, noEncoder, quoted(discProgramPath())));
         EXPECT_EQ(said, made + "\n");

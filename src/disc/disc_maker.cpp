@@ -86,7 +86,8 @@ class DiscMaker {
           progress_(receiver),
           sources_(safeSources(options)),
           folder_(options.output),
-          workshop_(folder_.workPath(), stop) {}
+          workshop_(folder_.workPath(), stop,
+                    {options.verifies, [this](std::string_view line) { progress_.say(line); }}) {}
 
     void run() {
         try {

@@ -54,6 +54,10 @@ bool createFile(const std::string& path);
 /// not seekable (a FIFO), or some bytes could not be written.
 bool appendToFile(const std::string& path, std::string_view bytes);
 
+/// Returns when what was written to the file, or below the folder, is on the disk, and will be
+/// there after a power cut. False when it could not be written.
+bool flushToDisk(const std::string& path);
+
 /// Writes `bytes` over the first ones of the file, whose rest stays; nothing when the path cannot
 /// be opened for writing. Never blocks.
 void overwriteStart(const std::string& path, std::string_view bytes);

@@ -45,10 +45,7 @@ Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
         Workshop::nameOf("answer", ".json", {source.stamp}), [&](const std::string& made) {
             writeText(workshop.path(made), probeAnswer(source, workshop.tools()));
         });
-    std::string answer = readText(workshop.path(name));
-    // Somebody may have changed the file.
-    if (!Json::accept(answer)) answer = probeAnswer(source, workshop.tools());
-    return probedFilm(source, answer, workshop.tools());
+    return probedFilm(source, readText(workshop.path(name)), workshop.tools());
 }
 
 void countFramesOnce(Film& film, Workshop& workshop) {
@@ -58,11 +55,7 @@ void countFramesOnce(Film& film, Workshop& workshop) {
             countFrames(counted, workshop.tools());
             writeText(workshop.path(made), countsOf(counted).dump());
         });
-    try {
-        setCounts(film, Json::parse(readText(workshop.path(name))));
-    } catch (const Json::exception&) {
-        countFrames(film, workshop.tools());  // Somebody has changed the file.
-    }
+    setCounts(film, Json::parse(readText(workshop.path(name))));
 }
 
 }  // namespace tkv::disc

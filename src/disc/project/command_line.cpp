@@ -102,6 +102,8 @@ std::vector<OptionRow> optionRows() {
          [](Reading& reading, auto&) { reading.options.makesImage = false; }},
         {kRun, "--clean", "", "keeps no intermediate results for a next run",
          [](Reading& reading, auto&) { reading.options.cleans = true; }},
+        {kRun, "--verify", "", "reads kept results whole, and makes damaged ones anew",
+         [](Reading& reading, auto&) { reading.options.verifies = true; }},
         {kRun, "--quiet", "", "tells nothing but errors",
          [](Reading& reading, auto&) { reading.options.isQuiet = true; }},
         {kDisc, "--pal", "", "a PAL disc; by default what most films suggest",

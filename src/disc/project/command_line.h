@@ -16,6 +16,7 @@ struct Options {
     bool isPreview = false;   ///< only the pictures of the menus
     bool makesImage = true;
     bool cleans = false;  ///< are the intermediate results removed?
+    bool verifies = false;  ///< are the kept ones read whole before they are used?
     bool isQuiet = false;
 };
 

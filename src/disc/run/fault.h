@@ -2,6 +2,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace tkv::disc {
@@ -25,6 +26,10 @@ class DiscError : public std::runtime_error {
   private:
     std::string about_;
 };
+
+/// Throws DiscError: that the file or folder cannot be `what` ("written"), and why, as errno has
+/// it.
+[[noreturn]] void failOn(const std::string& path, std::string_view what);
 
 /// Ends a run because a file is no film at all.
 class NoFilm : public DiscError {

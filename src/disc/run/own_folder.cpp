@@ -4,7 +4,6 @@
 #include <fmt/format.h>
 #include <sys/stat.h>
 
-#include <cerrno>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -31,10 +30,7 @@ void claim(const std::string& path) {
                         path);
     }
     const Descriptor file(open(marker.c_str(), O_RDWR | O_CREAT | O_CLOEXEC, 0666));
-    if (file.number() >= 0) return;
-    throw DiscError(
-        fmt::format("{} cannot be written to: {}.", path, std::generic_category().message(errno)),
-        path);
+    if (file.number() < 0) failOn(path, "written to");
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "disc/run/text_file.h"
 
-#include <fmt/format.h>
-
 #include <cerrno>
 #include <filesystem>
 #include <fstream>
@@ -23,10 +21,11 @@ void writeText(const std::string& path, std::string_view text) {
     std::ofstream file(path);
     file << text << std::flush;
     if (file) return;
-    const std::string why = std::generic_category().message(errno);
+    const int why = errno;
     std::error_code error;
     std::filesystem::remove(path, error);
-    throw DiscError(fmt::format("{} cannot be written: {}.", path, why), path);
+    errno = why;
+    failOn(path, "written");
 }
 
 }  // namespace tkv::disc

@@ -1,12 +1,14 @@
 #include "disc/run/workshop.h"
 
 #include <fmt/format.h>
+#include <unistd.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <regex>
 #include <utility>
 
+#include "disc/run/fault.h"
 #include "system/files.h"
 #include "system/paths.h"
 
@@ -19,6 +21,11 @@ namespace {
 using Names = std::vector<std::string>;
 
 constexpr const char* kUnfinished = "unfinished";
+constexpr const char* kRecords = "results";
+
+// Up to here, reading a result costs nothing beside what is done with it; a disc of films takes a
+// tenth longer.
+constexpr std::uint64_t kMostCheap = 32 << 20;
 
 // To be changed when the program makes something else of the same inputs.
 constexpr const char* kRecipe = "1";
@@ -45,8 +52,11 @@ bool isResult(const std::string& name) {
 
 }  // namespace
 
-Workshop::Workshop(std::string folder, ProgramStop& stop)
-    : folder_(std::move(folder)), tools_(folder_.path(), stop), used_{kMarker, kLog, kUnfinished} {
+Workshop::Workshop(std::string folder, ProgramStop& stop, ResultCheck check)
+    : folder_(std::move(folder)),
+      tools_(folder_.path(), stop),
+      check_(std::move(check)),
+      records_(path(kRecords)) {
     fs::remove_all(path(kUnfinished));
     fs::create_directory(path(kUnfinished));
 }
@@ -68,10 +78,31 @@ std::string Workshop::nameOf(std::string_view kind, std::string_view extension,
 }
 
 bool Workshop::has(const std::string& name) {
-    if (!fs::exists(path(name))) return false;
+    {
+        const std::lock_guard lock(mutex_);
+        if (used_.contains(name)) return true;
+    }
+    if (!fs::exists(path(name)) || !isWhole(name)) return false;
     const std::lock_guard lock(mutex_);
     used_.insert(name);
     return true;
+}
+
+bool Workshop::isWhole(const std::string& name) {
+    const std::optional<ResultRecord> made = [&] {
+        const std::lock_guard lock(mutex_);
+        return records_.of(name);
+    }();
+    if (made) {
+        const bool readsAll = check_.readsAll || made->bytes <= kMostCheap;
+        ResultRecord found = recordOf(path(name), readsAll);
+        if (!readsAll) found.checksum = made->checksum;
+        if (found == made) return true;
+    }
+    folder_.requireInPlace();
+    fs::remove_all(path(name));
+    if (check_.say) check_.say(fmt::format("{} is damaged, and is made again.", path(name)));
+    return false;
 }
 
 std::string Workshop::result(const std::string& name,
@@ -92,8 +123,14 @@ std::string Workshop::newFolder(const std::string& name) const {
 }
 
 void Workshop::finish(const std::string& name) {
-    fs::rename(path(unfinished(name)), path(name));
+    const std::string made = path(unfinished(name));
+    if (!flushToDisk(made)) failOn(made, "written");
+    const ResultRecord record = recordOf(made, true);
     const std::lock_guard lock(mutex_);
+    records_.add(name, record);
+    fs::rename(made, path(name));
+    // Where that fails, the result is made again after a power cut.
+    static_cast<void>(fsync(folder_.descriptor()));
     used_.insert(name);
 }
 
@@ -120,7 +157,8 @@ void Workshop::removeUnused() const {
 void Workshop::removeAll() const {
     folder_.requireInPlace();
     for (const std::string& name : folderNames(folder_.path()).value_or(Names{})) {
-        if (isResult(name) || name == kLog || name == kUnfinished) fs::remove_all(path(name));
+        if (isResult(name) || name == kLog || name == kRecords || name == kUnfinished)
+            fs::remove_all(path(name));
     }
     std::error_code error;
     fs::remove(path(kMarker), error);

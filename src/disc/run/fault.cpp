@@ -1,0 +1,15 @@
+#include "disc/run/fault.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <system_error>
+
+namespace tkv::disc {
+
+void failOn(const std::string& path, std::string_view what) {
+    const std::string why = std::generic_category().message(errno);
+    throw DiscError(fmt::format("{} cannot be {}: {}.", path, what, why), path);
+}
+
+}  // namespace tkv::disc
