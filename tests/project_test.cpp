@@ -133,6 +133,7 @@ TEST(CommandLine, SetsEverything) {
                                        "--write",
                                        "x.toml",
                                        "--clean",
+                                       "--verify",
                                        "--quiet",
                                        "c: d&%'\".mp4",
                                        "a\xFF|",
@@ -144,7 +145,8 @@ TEST(CommandLine, SetsEverything) {
     const Project& project = options.project;
     EXPECT_EQ(options.output, here / "out");
     EXPECT_EQ(options.projectFile, here / "x.toml");
-    EXPECT_TRUE(options.isPreview && !options.makesImage && options.cleans && options.isQuiet);
+    EXPECT_TRUE(options.isPreview && !options.makesImage && options.cleans && options.verifies &&
+                options.isQuiet);
     EXPECT_EQ(project.title, "");
     EXPECT_EQ(project.background, here.parent_path() / "b.jpg");
     EXPECT_EQ(project.music, "/m/n.wav");
@@ -245,8 +247,16 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"[[film]]\npath = 'x'\nchapters = [\n'0:00',\n'Home']", ":5: chapters wants a list"},
           {"title = 'a'\ntitle = 'b'", ":2: "},
           {"title = 'a", ":1: "},
+          {"caption = '''.b.c.d.e.f.g.h.i'''\n\n[a.b.c . 'd'.e.f.g.h.\"i\"]", ":3: a name has too"},
+          {"a = {b.'.=',c.d.e.f.g.h.i.j.k.l = 1}", ":1: a name has too many parts"},
           {"title = '\xFF'", ":1: "}})
         EXPECT_TRUE(fileError(text).starts_with(error)) << fileError(text);
+    std::string deep = "a";
+    for (int i = 0; i < 100'000; ++i)
+        deep += ".a";
+    for (const char* format :
+         {"{} = 1", "[{}]", "a = [1, {{{} = 1}}]", "a = \"\"\"\"\"\"\"\"\"{} = 1"})
+        EXPECT_TRUE(fileError(fmt::format(fmt::runtime(format), deep)).starts_with(":1: a name"));
     Project project;
     EXPECT_EQ(discErrorOf([&] { readProjectFile("no/x.toml", "/", project); }).find("no/x.toml"),
               0U);

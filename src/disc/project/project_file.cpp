@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "disc/project/deep_names.h"
 #include "disc/project/names.h"
 #include "disc/project/settings.h"
 #include "disc/run/fault.h"
@@ -164,6 +165,8 @@ void readProjectFile(const std::string& path, const std::string& folder, Project
     if (!bytes) throw DiscError(fmt::format("{} cannot be read; is that its name?", path), path);
     try {
         const std::string text(bytes->begin(), bytes->end());
+        if (const auto line = lineOfDeepName(text))
+            throw DiscError(fmt::format("{}:{}: a name has too many parts", path, *line), path);
         Reader(path, parentFolder(absolute)).read(toml::parse(text), project);
     } catch (const toml::parse_error& error) {
         throw DiscError(
