@@ -38,7 +38,7 @@ std::uint32_t checksumOfFile(const std::string& path, std::uint32_t checksum) {
 
 void addFile(ResultRecord& record, const std::string& path, bool withChecksum) {
     ++record.files;
-    if (!fs::is_regular_file(path)) return;
+    if (!fs::is_regular_file(fs::symlink_status(path))) return;
     record.bytes += fs::file_size(path);
     if (withChecksum) record.checksum = checksumOfFile(path, record.checksum);
 }

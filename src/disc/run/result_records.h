@@ -7,7 +7,8 @@
 
 namespace tkv::disc {
 
-/// What a result consisted of when it was made: a file, or a folder of files.
+/// What a result consisted of when it was made: a file, or a folder of files. Links count as empty:
+/// what they lead to is somebody else's.
 struct ResultRecord {
     std::uint64_t files = 0;
     std::uint64_t bytes = 0;     ///< of all of them
