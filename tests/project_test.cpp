@@ -249,7 +249,8 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"title = 'a", ":1: "},
           {"caption = '''.b.c.d.e.f.g.h.i'''\n\n[a.b.c . 'd'.e.f.g.h.\"i\"]", ":3: a name has too"},
           {"a = {b.'.=',c.d.e.f.g.h.i.j.k.l = 1}", ":1: a name has too many parts"},
-          {"title = '\xFF'", ":1: "}})
+          {"title = '\xFF'", ":1: "},
+          {"title = \"\"\"\\\"......... \n'\"\"\" #.........\nx = 1.2", ":3: nothing here"}})
         EXPECT_TRUE(fileError(text).starts_with(error)) << fileError(text);
     std::string deep = "a";
     for (int i = 0; i < 100'000; ++i)

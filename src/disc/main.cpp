@@ -62,6 +62,11 @@ int complain(std::string_view why) {
     return 1;
 }
 
+int finish(int status) {
+    if (std::fflush(stdout) == 0) return status;
+    return complain("the standard output cannot be written to.");
+}
+
 Outcome outcomeOf(const Options& options) {
     const auto style =
         options.isQuiet ? TerminalProgress::Style::quiet : TerminalProgress::suitableStyle();
@@ -80,7 +85,7 @@ int main(int argc, char** argv) {
         int status = 0;
         const std::optional<Options> options = readCommandLine(
             {argv + (argc > 0 ? 1 : 0), argv + argc}, {currentFolder(), userLanguage()}, status);
-        if (!options) return status;
+        if (!options) return finish(status);
         useLanguage(options->project.labels.language);
         const Outcome outcome = outcomeOf(*options);
         if (outcome.isInterrupted) {
@@ -88,8 +93,7 @@ int main(int argc, char** argv) {
             return 1;
         }
         if (outcome.fault) return complain(outcome.fault->words);
-        if (std::fflush(stdout) == 0) return 0;
-        return complain("the standard output cannot be written to.");
+        return finish(0);
     } catch (const std::bad_alloc&) {
         // As it stands: there may be none to make another text of it.
         tkv::writeStandardError("tkvDvdDisc: there is not enough memory.\n");

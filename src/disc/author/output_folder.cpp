@@ -66,8 +66,13 @@ void requireReplaceable(const std::string& folder) {
 int lockedMarker(const std::string& folder) {
     const int descriptor = open(joinPath(folder, kMarker).c_str(), O_RDWR | O_CLOEXEC);
     if (descriptor >= 0 && flock(descriptor, LOCK_EX | LOCK_NB) == 0) return descriptor;
+    const int error = errno;
     if (descriptor >= 0) close(descriptor);
-    throw DiscError(fmt::format("Another run is making a disc in {}.", folder), folder);
+    if (error == EWOULDBLOCK)
+        throw DiscError(fmt::format("Another run is making a disc in {}.", folder), folder);
+    throw DiscError(
+        fmt::format("{} cannot be locked: {}.", folder, std::generic_category().message(error)),
+        folder);
 }
 
 // Between names in the folder, wherever it is now.

@@ -59,6 +59,8 @@ const std::vector<std::string>& readable(const std::vector<std::string>& title) 
 std::vector<std::string> filesOf(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::none)
+        throw DiscError(fmt::format("{} may not be read: {}.", path, error.message()), path);
     if (!fs::exists(status)) throw DiscError(fmt::format("{}: there is no such film.", path), path);
     if (fs::is_directory(status)) {
         std::vector<std::string> title = largestTitle(path);
