@@ -3,14 +3,15 @@
 programs=(ffprobe ffmpeg spumux dvdauthor genisoimage)
 
 # Programs of these names that do as the real ones, but for one call: the $FAULT_CALL'th of
-# $FAULT_PROGRAM does what $FAULT says.
+# $FAULT_PROGRAM does what $FAULT says, a word or a script.
 make_faulty_programs() {
     local program
     mkdir -p "$scratch/faulty"
     for program in "${programs[@]}"; do
         cat >"$scratch/faulty/$program" <<EOF
-#!/bin/sh
+#!/bin/bash
 call=1
+real=$(command -v "$program")
 until mkdir "$scratch/temp/calls/$program.\$call" 2>/dev/null; do call=\$((call + 1)); done
 if [ "\$FAULT_PROGRAM \$FAULT_CALL" = "$program \$call" ]; then
     case \$FAULT in
@@ -20,9 +21,10 @@ if [ "\$FAULT_PROGRAM \$FAULT_CALL" = "$program \$call" ]; then
         hang) echo \$\$ >"$scratch/temp/hung"; exec sleep 1000 ;;
         gone) kill -9 \$(cat "$scratch/temp/server") ;;
         full) dd if=/dev/zero of="$scratch/disk/other" bs=64k 2>/dev/null ;;
+        *) eval "\$FAULT" ;;
     esac
 fi
-exec $(command -v "$program") "\$@"
+exec "\$real" "\$@"
 EOF
         chmod +x "$scratch/faulty/$program"
     done
@@ -31,6 +33,7 @@ EOF
 make_films() {
     local i
     for i in 1 2; do
+        [ ! -e "$scratch/temp/film$i.mp4" ] || continue
         ffmpeg -v error -nostdin -f lavfi -i "testsrc2=s=320x240:r=25:d=3" \
             -f lavfi -i "sine=$((i * 300)):d=3" -c:v mpeg4 -c:a aac "$scratch/temp/film$i.mp4" ||
             return 1
@@ -49,16 +52,23 @@ run_disc() {
         try "$disc" "$scratch/temp/film1.mp4" "$scratch/temp/film2.mp4" -o "$folder/out"
 }
 
+# The reason that the last run gives, in $sentence.
+find_sentence() {
+    sentence=$(grep -a '^tkvDvdDisc: ' <<<"$lines" | tail -n 1)
+    sentence=${sentence#tkvDvdDisc: }
+}
+
 # A row: the status is one of $2's words, one sentence says why (unless it is 0), nothing of the disc
 # is there in part, and no program runs on.
 row_of_disc() {
     local answer=1 left
     left=$(pgrep -c '^(ffmpeg|ffprobe|spumux|dvdauthor|genisoimage|sleep)$' 2>/dev/null)
     local made='no disc'
-    [ ! -e "$folder/out/disc" ] || made='a disc'
+    [ ! -e "$folder/out/disc" ] || made='half a disc'
+    [ ! -e "$folder/out/disc/VIDEO_TS/VTS_02_0.IFO" ] || made='a disc'
     [ ! -e "$folder/out/disc.iso" ] || made+=', an image'
     local sentence
-    sentence=$(grep -a '^tkvDvdDisc: ' <<<"$lines" | tail -n 1)
+    find_sentence
     [[ " $2 " == *" $status "* ]] && [ "$left" -eq 0 ] && answer=0
     [ "$status" -ne 1 ] || [ -n "$sentence" ] || answer=1
     [ "$status" -eq 0 ] || [ "$made" = 'no disc' ] || answer=1
@@ -66,7 +76,7 @@ row_of_disc() {
     [ -z "$(ls -A "$folder/out/work/unfinished" 2>/dev/null)" ] || answer=1
     row "$1" "status $status, $made, $left left running" $answer
     # To be read by a person.
-    [ -z "$sentence" ] || echo "    $1: ${sentence#tkvDvdDisc: }"
+    [ -z "$sentence" ] || echo "    $1: $sentence"
 }
 
 faults_of_disc() {
@@ -112,8 +122,9 @@ fault_of_disc() {
     else
         run_disc "$@"
         [ "$3" != gone ] || fusermount -uz "$folder" 2>/dev/null || umount -l "$folder"
-        # Where no picture comes out of ffmpeg, another moment of the film serves as well.
-        row_of_disc "$1, call $2: $3" "$([ "$1 $3" != 'ffmpeg lie' ] || echo 0) 1"
+        # Where no picture comes out of ffmpeg, another moment of the film serves as well; ffprobe is
+        # asked once more where it answers nothing.
+        row_of_disc "$1, call $2: $3" "$([[ "$1 $3" != ff*' lie' ]] || echo 0) 1"
     fi
 }
 
