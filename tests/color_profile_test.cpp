@@ -109,4 +109,54 @@ TEST(DecodePicture, ConvertsFromProfilesOfItsOwnKind) {
         EXPECT_EQ(corners(shown), "BGRW");
 }
 
+/// The size of the box whose type stands at `at`, made larger by that.
+std::size_t grown(std::string& file, std::size_t at, std::size_t by) {
+    std::size_t size = 0;
+    for (std::size_t i = 4; i > 0; --i)
+        size = size << 8U | static_cast<std::uint8_t>(file[at - i]);
+    for (std::size_t i = 1; i <= 4; ++i)
+        file[at - i] = static_cast<char>((size + by) >> 8 * (i - 1));
+    return size;
+}
+
+/// An AVIF file with another "colr" box and a first box that is longer by that. The boxes that
+/// describe the picture move to the end, so that its data stay where they are.
+std::string withColors(std::string file, const std::string& colors, std::size_t longer) {
+    const std::size_t at = file.find("meta");
+    std::string meta = file.substr(at - 4, grown(file, at, 0));
+    grown(file, at, 0U - longer);
+    file.replace(at, 4, "free").erase(at + 4, longer);
+    file.insert(grown(file, 4, longer), longer, 'm');
+    const std::size_t place = meta.find("colr"), size = grown(meta, place, 0);
+    for (const char* box : {"meta", "iprp", "ipco", "colr"})
+        grown(meta, meta.find(box), colors.size() + 8 - size);
+    return file + meta.replace(place + 4, size - 8, colors);
+}
+
+TEST(DecodePicture, ConvertsFromWhatAvifStates) {
+    const Profiles profiles;
+    const std::string linear = readText(profiles.folder.file("linear"));
+    const std::string file = text(
+        converted(encodePng(painted({64, 64}, {120, 110, 100, 255})).value(), "-quality 99 avif"));
+    const auto codes = [](char primaries, char transfer) {
+        return "nclx" + std::string({'\0', primaries, '\0', transfer, '\0', 6, '\x80'});
+    };
+    const std::pair<std::string, Rgba> rows[] = {
+        {"prof" + linear, {182, 175, 168, 255}}, {"rICC" + linear, {182, 175, 168, 255}},
+        {"prof of none", {120, 110, 100, 255}},  {codes(1, 1), {120, 110, 100, 255}},
+        {codes(12, 13), {122, 110, 99, 255}},    {codes(9, 14), {127, 109, 99, 255}},
+        {codes(2, 8), {182, 175, 168, 255}},     {codes(9, 16), {170, 128, 103, 255}},
+        {codes(9, 18), {136, 115, 103, 255}},
+    };
+    for (const auto& [colors, expected] : rows) {
+        // Where HEIF's reader is installed, too, it depends on this length which one reads.
+        for (const std::size_t longer : {0U, 4U}) {
+            const auto shown =
+                decodePicture(profiles.folder.write("c", withColors(file, colors, longer)));
+            ASSERT_TRUE(shown) << longer;
+            EXPECT_TRUE(near(pixel(*shown, 32, 32), expected, 4)) << colors.substr(0, 11);
+        }
+    }
+}
+
 }  // namespace tkv::test::profiles

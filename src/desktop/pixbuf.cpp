@@ -147,11 +147,12 @@ std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf) {
     return bitmap;
 }
 
-void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf, ByteView file) {
+void applyProfile(Bitmap& bitmap, GdkPixbuf* pixbuf, ByteView file, const PixbufReader& reader) {
     const ColorKind kind = storedColors(file);
     if (kind == ColorKind::inks) return;  // The loader has converted them to RGB.
-    if (const ByteView profile = webpChunk(file, "ICCP"); !profile.empty()) {
-        convertToSrgb(bitmap, profile, kind);
+    if (reader.profile != nullptr) {
+        if (const Bytes profile = reader.profile(file); !profile.empty())
+            convertToSrgb(bitmap, profile, kind);
         return;
     }
     const gchar* text = gdk_pixbuf_get_option(pixbuf, "icc-profile");
@@ -268,7 +269,7 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     std::optional<Bitmap> bitmap = reduced ? toBitmap(reduced.get()) : std::nullopt;
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
-    applyProfile(*bitmap, pixbuf.get(), file);
+    applyProfile(*bitmap, pixbuf.get(), file, *reader);
     return upright(std::move(*bitmap), orientation);
 }
 

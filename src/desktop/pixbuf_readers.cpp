@@ -28,14 +28,28 @@ std::int64_t bytesForStill(ByteView file) {
     return bytesForHeif(file).value_or(kMostBytes);
 }
 
+Bytes profileOfWebp(ByteView file) {
+    const ByteView profile = webpChunk(file, "ICCP");
+    return {profile.begin(), profile.end()};
+}
+
+Bytes profileOfStill(ByteView file) {
+    const HeifColors colors = colorsOfHeif(file);
+    if (colors.icc.empty()) return profileOfCodes(colors.codes);
+    return {colors.icc.begin(), colors.icc.end()};
+}
+
 constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "png", .parts = drawingParts, .comesRowByRow = true},
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
     {.name = "tiff", .bytesFor = bytesForTiff, .isBounded = hasPictureCompression},
-    {.name = "webp", .bytesFor = bytesForWebp},
-    {.name = "avif", .bytesFor = bytesForStill, .parts = stillParts},
-    {.name = "heif/avif", .bytesFor = bytesForStill, .parts = stillParts},
+    {.name = "webp", .bytesFor = bytesForWebp, .profile = profileOfWebp},
+    {.name = "avif", .bytesFor = bytesForStill, .parts = stillParts, .profile = profileOfStill},
+    {.name = "heif/avif",
+     .bytesFor = bytesForStill,
+     .parts = stillParts,
+     .profile = profileOfStill},
     {.name = "tga", .comesRowByRow = true},
     {.name = "pnm", .comesRowByRow = true},
 }};

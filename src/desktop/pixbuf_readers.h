@@ -18,6 +18,9 @@ struct PixbufReader {
     bool (*isBounded)(ByteView file) = nullptr;
     /// What of the file the reader gets, in this order; null where that is all of it.
     std::vector<ByteView> (*parts)(ByteView file) = nullptr;
+    /// The ICC profile of the file's colours where its reader may not report it; empty without one,
+    /// null where the reader does.
+    Bytes (*profile)(ByteView file) = nullptr;
     /// Loads progressively: a truncated file has the rows before its end, with other readers
     /// nothing.
     bool comesRowByRow = false;

@@ -34,8 +34,9 @@ PixelSize everyPixel(PixelSize full);
 /// Decodes the picture in the regular file at `path` (tilde already expanded), whatever its name
 /// says: JPEG, JPEG 2000, and of what the system's GdkPixbuf loads PNG, GIF, BMP, TIFF, WebP, AVIF,
 /// HEIF, TGA and PNM; of several pictures the first.
-/// It stands upright (EXIF orientation applied) and in sRGB (an embedded profile converted); its
-/// nominal size is its full upright size in pixels, also where fewer pixels were decoded.
+/// It stands upright (EXIF orientation applied) and in sRGB (converted from an embedded profile, or
+/// from the numbers that HEIF and AVIF have instead); its nominal size is its full upright size in
+/// pixels, also where fewer pixels were decoded.
 /// None when the file cannot be read or decoded, has a side above 32,768 pixels, would take more
 /// than a gigabyte of memory or some seconds to decode: with JPEG 2000 more samples than 32 million
 /// after reduction, with GdkPixbuf's formats more than 80 megapixels. A picture cut short shows

@@ -45,6 +45,7 @@ class Items {
     bool read(ByteView file);
     std::optional<std::int64_t> primaryPixels() { return pixelsOf(primary_, 0); }
     std::int64_t itemBytes() const;
+    HeifColors colors() const;
 
   private:
     bool readItems(ByteView box);
@@ -292,7 +293,40 @@ std::int64_t Items::itemBytes() const {
     return all;
 }
 
+/// False where the item states none.
+bool readColors(const Item& item, HeifColors& colors) {
+    bool isFound = false;
+    for (const IsoBox& box : item.properties) {
+        if (box.type != "colr") continue;
+        BoxReader reader(box.content);
+        const BoxType kind = reader.type();
+        if (kind == "nclx") {
+            colors.codes.primaries = static_cast<int>(reader.number(2));
+            colors.codes.transfer = static_cast<int>(reader.number(2));
+        } else {  // "prof", or "rICC" where it is of a restricted kind.
+            colors.icc = reader.rest();
+        }
+        isFound = true;
+    }
+    return isFound;
+}
+
+HeifColors Items::colors() const {
+    HeifColors colors;
+    const auto primary = items_.find(primary_);
+    if (primary == items_.end() || readColors(primary->second, colors)) return colors;
+    if (primary->second.tiles.empty()) return colors;
+    const auto tile = items_.find(primary->second.tiles[0]);
+    if (tile != items_.end()) readColors(tile->second, colors);
+    return colors;
+}
+
 }  // namespace
+
+HeifColors colorsOfHeif(ByteView file) {
+    Items items;
+    return items.read(file) ? items.colors() : HeifColors{};
+}
 
 std::optional<std::int64_t> bytesForHeif(ByteView file) {
     // YUV and alpha planes, of 16 bits in the worst case, and two RGBA pictures made of them.
