@@ -111,7 +111,11 @@ TEST(Export, AnswersWhetherAFileIsThere) {
     EXPECT_FALSE(imgExport(std::nullopt, folder.file("none.png"), 1));
     const ScopedVariable home("HOME", folder.path());
     const std::string path = folder.write("old.png", std::string(100000, 'x'));
-    EXPECT_TRUE(imgExport(gradient(), "~/old.png", 1));
+    bool isWritten = false;
+    EXPECT_TRUE(imgExport(gradient(), "~/old.png", 1, &isWritten));
+    EXPECT_TRUE(isWritten);
+    EXPECT_TRUE(imgExport(gradient(), folder.path(), 1, &isWritten)) << "a folder is there";
+    EXPECT_FALSE(isWritten);
     EXPECT_LT(fs::file_size(path), 100000U) << "the old file must be cut";
     EXPECT_TRUE(imgColorFile({0, 0, 1}, folder.file("blue.bmp"), 31, 17));
     const Bitmap blue = decodePicture(folder.file("blue.bmp")).value();

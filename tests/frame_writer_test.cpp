@@ -11,9 +11,12 @@ Page pageOf(int number, int length) {
 
 struct Frames : testing::Test {
     /// Draws nothing where `isStuck`, like a file that cannot be overwritten.
-    PageWriter draw = [this](const Page& page, const std::string& path) {
+    /// All files get one time, as on file systems that count seconds.
+    PageWriter draw = [this](const Page& page, const std::string& path, bool* isWritten) {
         drawn.push_back(fs::path(path).filename());
+        *isWritten = !isStuck;
         if (!isStuck) folder.write(drawn.back(), std::to_string(page.canvas.width));
+        fs::last_write_time(path, {});
         return true;
     };
     std::string content(int number) {
@@ -51,6 +54,18 @@ TEST_F(Frames, AreNotCopiedFromAFileThatIsNotThePage) {
     EXPECT_EQ(drawn, (Strings{"000.jpg", "001.jpg", "003.jpg"}));
     for (const int number : {2, 3})
         EXPECT_EQ(content(number), "0");
+}
+
+TEST_F(Frames, AreNotCopiedFromAFileThatIsAnotherFrameToo) {
+    folder.write("001.jpg", "an old frame");
+    folder.write("002.jpg", "0");
+    for (const auto& [name, other] : {std::pair{"003.jpg", "001.jpg"}, {"007.jpg", "002.jpg"}})
+        fs::create_hard_link(folder.file(other), folder.file(name));
+    FrameWriter writer(folder.path(), EqualPages::copied, draw);
+    for (int number = 0; number < 13; ++number) {
+        writer.write(pageOf(number, 5), number);
+        EXPECT_EQ(content(number), std::to_string(number % 5));
+    }
 }
 
 }  // namespace tkv::test::frames

@@ -74,9 +74,9 @@ TEST_F(MenuFrames, ShowTheLoopsFrameByFrame) {
     const std::string copied = std::exchange(request.output, folder.file("again"));
     fs::create_directory(request.output);
     PageComposer composer(request, {});
-    const auto draw = [](const Page& page, const std::string& path) {
+    const auto draw = [](const Page& page, const std::string& path, bool* isWritten) {
         const Bitmap canvas = PageRenderer().render(page).value();
-        return imgRescale(&canvas, path, 720, 540, 72, kStretch, -1);
+        return imgRescale(&canvas, path, 720, 540, 72, kStretch, -1, isWritten);
     };
     FrameWriter writer(request.output, EqualPages::drawnAgain, draw);
     for (int pass = 0; pass < 25; ++pass) {

@@ -23,21 +23,30 @@ void FrameWriter::write(const Page& page, int number) {
 }
 
 bool FrameWriter::writeFile(const Page& page, const std::string& path) {
-    if (equalPages_ == EqualPages::drawnAgain) return draw_(page, path);
+    bool isWritten = false;
+    if (equalPages_ == EqualPages::drawnAgain) return draw_(page, path, &isWritten);
     const auto first = firstFrames_.find(page);
     if (first != firstFrames_.end() && first->second.isUnchanged() &&
         copyFile(first->second.path, path)) {
+        if (const std::optional<FileStamp> copy = fileStamp(path)) forgetFilesOf(*copy);
         return true;
     }
-    // Only a file that this drawing has written may stand for the page: one that could not be
-    // overwritten still holds something else.
-    const std::optional<FileStamp> before = fileStamp(path);
-    const bool isSuccess = draw_(page, path);
-    const std::optional<FileStamp> after = fileStamp(path);
-    if (isSuccess && after && after != before) {
-        firstFrames_.insert_or_assign(page, Frame{path, *after});
+    const bool isSuccess = draw_(page, path, &isWritten);
+    const std::optional<FileStamp> drawn = fileStamp(path);
+    if (isWritten && drawn) {
+        forgetFilesOf(*drawn);
+        firstFrames_.insert_or_assign(page, Frame{path, *drawn});
     }
     return isSuccess;
+}
+
+// Frames that are another name of a file that was just written: with coarse timestamps it may look
+// unchanged.
+void FrameWriter::forgetFilesOf(const FileStamp& written) {
+    std::erase_if(firstFrames_, [&](const auto& entry) {
+        const FileStamp& stamp = entry.second.stamp;
+        return stamp.device == written.device && stamp.inode == written.inode;
+    });
 }
 
 }  // namespace tkv

@@ -13,8 +13,9 @@ namespace tkv {
 /// same.
 enum class EqualPages { copied, drawnAgain };
 
-/// Draws a page into a file; true when a file is at the path afterwards.
-using PageWriter = std::function<bool(const Page& page, const std::string& path)>;
+/// Draws a page into a file; true when a file is at the path afterwards. `isWritten` (false before)
+/// gets whether that is the page: a file that could not be overwritten is still there.
+using PageWriter = std::function<bool(const Page& page, const std::string& path, bool* isWritten)>;
 
 /// Writes the frames of a menu into its output folder.
 class FrameWriter {
@@ -34,6 +35,7 @@ class FrameWriter {
     };
 
     bool writeFile(const Page& page, const std::string& path);
+    void forgetFilesOf(const FileStamp& written);
 
     std::string folder_;
     EqualPages equalPages_;

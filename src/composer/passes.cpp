@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <ctime>
-#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
@@ -15,7 +14,6 @@
 #include "composer/page_renderer.h"
 #include "composer/reasons.h"
 #include "imaging/rescale.h"
-#include "system/files.h"
 #include "system/log.h"
 #include "system/module.h"
 #include "system/verbose.h"
@@ -24,8 +22,6 @@
 #include "utils/guarded_removal.h"
 
 namespace tkv {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -67,27 +63,20 @@ bool composeFrames(const MenuRequest& request, const Background& background,
 }
 
 bool writePicture(PageRenderer& renderer, const Page& page, const std::string& path, PixelSize size,
-                  float quality) {
+                  float quality, bool* isWritten = nullptr) {
     const std::optional<Bitmap> canvas = renderer.render(page);
-    return canvas &&
-           imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch, quality);
-}
-
-bool isDevice(const std::string& path) {
-    std::error_code error;
-    const auto type = fs::status(path, error).type();
-    return type != fs::file_type::regular && type != fs::file_type::directory;
+    return canvas && imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch,
+                                quality, isWritten);
 }
 
 // The single picture of a run; a line says why it is not there.
 bool writeOutput(const Page& page, const std::string& path, PixelSize size, float quality) {
-    const std::optional<FileStamp> before = fileStamp(path);
     PageRenderer renderer;
-    const bool isThere = writePicture(renderer, page, path, size, quality);
-    // What was there before and could not be replaced counts as there; devices do not change.
-    const bool isOld = isThere && !isDevice(path) && fileStamp(path) == before;
+    bool isWritten = false;
+    // What was there before and could not be replaced counts as there.
+    const bool isThere = writePicture(renderer, page, path, size, quality, &isWritten);
     // Without the module nothing was drawn; another line says so.
-    if ((!isThere || isOld) && !wasModuleMissed()) tellWhy(path, whyNotWritten(path));
+    if (!isWritten && !wasModuleMissed()) tellWhy(path, whyNotWritten(path));
     return isThere;
 }
 
@@ -108,9 +97,11 @@ bool writeFrames(const MenuRequest& request, const Background& background, Equal
     if (fileExists(request.output) && !folderExists(request.output)) rmCocoa(request.output);
     mkdirCocoa(request.output);
     PageRenderer renderer;
-    FrameWriter writer(request.output, equalPages, [&](const Page& page, const std::string& path) {
-        return writePicture(renderer, page, path, {kPageWidth, kPageHeight}, kDefaultQuality);
-    });
+    FrameWriter writer(request.output, equalPages,
+                       [&](const Page& page, const std::string& path, bool* isWritten) {
+                           return writePicture(renderer, page, path, {kPageWidth, kPageHeight},
+                                               kDefaultQuality, isWritten);
+                       });
     return composeFrames(request, background, [&](const Page& page, int number) {
         writer.write(page, number);
         return true;

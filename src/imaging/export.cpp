@@ -17,16 +17,18 @@ float compressionFactor(float quality) {
     return quality > 0 && quality <= 1.0F ? quality : 0.9F;
 }
 
-void writeIfEncoded(const std::string& path, const std::optional<Bytes>& file) {
-    // Success is the file's existence afterwards, so the write's result is not needed here.
-    if (file) static_cast<void>(writeFile(expandTilde(path), *file));
+bool writeIfEncoded(const std::string& path, const std::optional<Bytes>& file) {
+    return file && writeFile(expandTilde(path), *file);
 }
 
 }  // namespace
 
-bool imgExport(std::optional<Bitmap> bitmap, const std::string& path, float quality) {
+bool imgExport(std::optional<Bitmap> bitmap, const std::string& path, float quality,
+               bool* isWritten) {
+    const bool isWhole = bitmap && writeIfEncoded(path, encodePicture(*bitmap, pathExtension(path),
+                                                                      compressionFactor(quality)));
+    if (isWritten != nullptr) *isWritten = isWhole;
     if (!bitmap) return false;
-    writeIfEncoded(path, encodePicture(*bitmap, pathExtension(path), compressionFactor(quality)));
     bitmap.reset();
     verboseLine("imgExport - end");
     return fileExists(path);
@@ -36,7 +38,9 @@ bool imgColorPNG(const Color& colour, const std::string& path, int width, int he
                  float opacity) {
     const PixelSize size{width, height};
     if (isOutputSize(size)) {
-        writeIfEncoded(path, encodePlainPng(size, withAlpha(colour, colour.alpha * opacity)));
+        // Success is the file's existence, so the write's result is not needed here.
+        static_cast<void>(
+            writeIfEncoded(path, encodePlainPng(size, withAlpha(colour, colour.alpha * opacity))));
     }
     return fileExists(path);
 }

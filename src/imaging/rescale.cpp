@@ -57,7 +57,8 @@ constexpr std::string_view mouth(bool smiling) {
 }  // namespace
 
 bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPathStr, int dstW,
-                int dstH, double resolution, int modeInt, float quality) {
+                int dstH, double resolution, int modeInt, float quality, bool* isWritten) {
+    if (isWritten != nullptr) *isWritten = false;
     const auto* const path = std::get_if<std::string>(&srcPathStrOrImg);
     const auto* const given = std::get_if<const Bitmap*>(&srcPathStrOrImg);
     const Bitmap* image = given != nullptr ? *given : nullptr;
@@ -80,7 +81,7 @@ bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPath
         bitmap = rescaled(image, dstW, dstH, resolution, keepsAlpha(pathExtension(dstPathStr)));
     }
     verboseLine("imgRescale          :-{} modeInt={}", mouth(bitmap.has_value()), modeInt);
-    return imgExport(std::move(bitmap), dstPathStr, quality);
+    return imgExport(std::move(bitmap), dstPathStr, quality, isWritten);
 }
 
 std::optional<std::array<int, 2>> imgSizes(const std::string& path) {

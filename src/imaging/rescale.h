@@ -35,9 +35,9 @@ inline constexpr int kCover = -2;  ///< As kFillAndCrop, but nothing is cropped.
 /// `quality`: as imgExport takes it.
 /// Files named .tif, .tiff, .gif and .png keep transparency, all others stand on black.
 /// True when a file exists at the destination afterwards; false, and nothing written, when there
-/// is no source or it cannot be decoded.
+/// is no source or it cannot be decoded. `isWritten`: as imgExport takes it.
 bool imgRescale(const PictureSource& srcPathStrOrImg, const std::string& dstPathStr, int dstW,
-                int dstH, double resolution, int modeInt, float quality);
+                int dstH, double resolution, int modeInt, float quality, bool* isWritten = nullptr);
 
 /// Width and height in pixels of the picture in a file; none when there is no file or it is not a
 /// picture.
