@@ -3,6 +3,8 @@
 #include <cmath>
 
 #include "composer/page_geometry.h"
+#include "composer/reasons.h"
+#include "graphics/formats.h"
 #include "imaging/rescale.h"
 #include "system/description.h"
 #include "system/log.h"
@@ -17,6 +19,19 @@ namespace {
 constexpr double kFirstThumbnailZoom = 1.8;
 constexpr PixelSize kFirstThumbnailBox{960, 540};
 constexpr float kOpacity = 0.6F;
+
+void tellWhyNotCut(const std::string& file, const std::string& cut) {
+    std::optional<PixelSize> size;
+    const bool isPicture = decodePicture(file, [&](PixelSize full) {
+                               size = full;
+                               return PixelSize{1, 1};
+                           }).has_value();
+    if (isPicture) {
+        tellWhyOnce(cut, whyNotWritten(cut));
+    } else {
+        tellWhyNoPicture(file, size);
+    }
+}
 
 }  // namespace
 
@@ -36,10 +51,15 @@ Background prepareBackground(const MenuRequest& request) {
 
     const std::string cut = joinPath(parentFolder(request.output), "bkgV.jpg");
     Background background{std::nullopt, kFirstThumbnailZoom};
-    if (imgRescale(expandTilde(*request.bkg), cut, kFirstThumbnailBox.width,
-                   kFirstThumbnailBox.height, kUnitsPerInch, kFillAndCrop, 1.0F)) {
+    const std::string file = expandTilde(*request.bkg);
+    bool isWritten = false;
+    if (imgRescale(file, cut, kFirstThumbnailBox.width, kFirstThumbnailBox.height, kUnitsPerInch,
+                   kFillAndCrop, 1.0F, &isWritten)) {
         background.path = cut;
     }
+    // On a menu a folder's frames are shown enlarged instead.
+    if (!isWritten && (request.mode == MenuMode::jacket || !folderExists(file)))
+        tellWhyNotCut(file, cut);
     return background;
 }
 

@@ -8,7 +8,6 @@
 
 #include "composer/reasons.h"
 #include "graphics/formats.h"
-#include "graphics/picture_faults.h"
 #include "system/module.h"
 #include "system/unicode.h"
 
@@ -49,9 +48,7 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
                          static_cast<int>(std::ceil(layer.scaledTo.height))};
     });
     if (!picture) {
-        // Without the module its formats are not known; another line says so.
-        if (layer.isNamed && !wasModuleMissed())
-            tellWhy(layer.file, whyNoPicture(layer.file, size));
+        if (layer.isNamed) tellWhyNoPicture(layer.file, size);
         return std::nullopt;
     }
     picture->setNominalSize(layer.scaledTo);
