@@ -144,6 +144,14 @@ TEST(Text, ScriptsAreShapedAndOrdered) {
     const Bitmap emoji = drawn("🎉");
     const Rgba middle = pixel(emoji, emoji.width() / 2, emoji.height() / 2);
     EXPECT_GT(std::abs(middle.red - middle.blue), 60) << "in colour";
+    for (const char* sign : {"🎉", "█"}) {
+        TextAttributes faint = plain(40);
+        faint.color.alpha = 0.4F;
+        const auto placed = rasterizeText(sign, faint, Point{20, 200}, kCanvas);
+        const Bitmap& pixels = placed->pixels;
+        const Rgba center = pixel(pixels, pixels.width() / 2, pixels.height() / 2);
+        EXPECT_NEAR(center.alpha, 102, 1) << sign;
+    }
 }
 
 TEST(Text, CastsASoftShadowBelow) {

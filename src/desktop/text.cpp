@@ -196,10 +196,16 @@ bool drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
                const Color& color) {
     const CairoSurface surface = surfaceOn(target);
     const CairoContext context(cairo_create(surface.get()));
-    cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, color.alpha);
+    // Of a source's opacity colour glyphs take no notice, so the whole is drawn translucent.
+    if (color.alpha < 1) cairo_push_group(context.get());
+    cairo_set_source_rgba(context.get(), color.red, color.green, color.blue, 1);
     for (const PlacedLine& line : lines) {
         cairo_move_to(context.get(), line.x - box.left, line.baseline - box.top);
         pango_cairo_show_layout_line(context.get(), line.line);
+    }
+    if (color.alpha < 1) {
+        cairo_pop_group_to_source(context.get());
+        cairo_paint_with_alpha(context.get(), color.alpha);
     }
     return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
 }
