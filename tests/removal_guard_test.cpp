@@ -197,6 +197,29 @@ TEST(ScratchDisk, LosesTheItemAndNothingElse) {
     });
 }
 
+TEST(ScratchDisk, LosesNoHomeThroughABindMount) {
+    onScratchDisk([] {
+        const Strings binds = words("/srv /tmp/home / /mnt/plain/x /data/diskette/x /usr/bin");
+        fs::create_directories("/data/diskette/x/eve/films");
+        for (std::size_t i = 0; i < binds.size(); i += 2)
+            ASSERT_EQ(mount(binds[i].c_str(), binds[i + 1].c_str(), nullptr, MS_BIND, nullptr), 0);
+        for (const std::string& path :
+             words("/tmp/home/homes /tmp/home/homes/carol /mnt/plain/x/srv/homes "
+                   "/mnt/plain/x/srv/homes/carol /mnt/plain/x/home/bob /mnt/plain/x/home "
+                   "/mnt/plain/x/usr /mnt/plain/x/vmlinuz /mnt/plain/x/Users/f "
+                   "/mnt/plain/x/run/media/ada /mnt/plain/x/mnt/plain"))
+            EXPECT_EQ(goneWith(path), std::set<std::string>{}) << path;
+        for (const char* home : {"/data/diskette/x/eve", "/usr/bin/eve"}) {
+            setenv("HOME", home, 1);
+            for (const std::string& path : words("/data/diskette /mnt/plain/x/data/diskette/x "
+                                                 "/mnt/plain/x/data/diskette/x/eve"))
+                EXPECT_EQ(goneWith(path), std::set<std::string>{}) << path;
+        }
+        EXPECT_TRUE(goneWith("/tmp/home/www").contains("/srv/www"));
+        EXPECT_TRUE(goneWith("/usr/bin/eve/films").contains("/data/diskette/x/eve/films"));
+    });
+}
+
 struct Dice {
     // The same rounds each time. NOLINTNEXTLINE(cert-msc32-c,cert-msc51-cpp)
     std::mt19937 numbers{12};

@@ -99,6 +99,11 @@ std::optional<FileStamp> fileStamp(const std::string& path) {
                      std::int64_t{modified.tv_sec} * 1'000'000'000 + modified.tv_nsec};
 }
 
+std::optional<FileId> fileId(const std::string& path) {
+    const std::optional<FileStamp> stamp = fileStamp(path);
+    return stamp ? std::optional(FileId{stamp->device, stamp->inode}) : std::nullopt;
+}
+
 bool canBeRead(const std::string& path) {
     return openForReading(path).number() >= 0;
 }

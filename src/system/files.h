@@ -27,6 +27,16 @@ struct FileStamp {
 /// None when nothing is at `path`.
 std::optional<FileStamp> fileStamp(const std::string& path);
 
+/// Identifies an item on the disk, by whatever path it is reached.
+struct FileId {
+    std::uint64_t device = 0;
+    std::uint64_t inode = 0;
+    auto operator<=>(const FileId&) const = default;
+};
+
+/// None when nothing is at `path`.
+std::optional<FileId> fileId(const std::string& path);
+
 /// Whether the path can be opened for reading, as a folder may be too; never blocks.
 bool canBeRead(const std::string& path);
 

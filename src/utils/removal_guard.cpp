@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <string_view>
 #include <utility>
 
+#include "system/files.h"
 #include "system/mounts.h"
 #include "system/paths.h"
 
@@ -65,6 +67,60 @@ GuardedPlaces guardedPlaces(ItemKind kind, const std::string& home, const std::s
     return places;
 }
 
+using Identities = std::set<FileId>;
+
+enum class Upwards { no, yes };
+
+/// Of the folders that are there; `yes`: also of all above them.
+void add(Identities& identities, const std::vector<std::string>& folders, Upwards upwards) {
+    for (const std::string& folder : folders) {
+        std::string at = folder;
+        do {
+            if (const std::optional<FileId> id = fileId(at)) identities.insert(*id);
+        } while (upwards == Upwards::yes && at != std::exchange(at, parentFolder(at)));
+    }
+}
+
+bool isOneOf(const std::string& folder, const std::vector<std::string>& folders) {
+    Identities identities;
+    add(identities, folders, Upwards::no);
+    const std::optional<FileId> id = fileId(folder);
+    return id && identities.contains(*id);
+}
+
+/// Whether one of the folders lies anywhere below; also true where that cannot be said.
+bool holdsAny(const std::string& location, const std::vector<std::string>& folders) {
+    Identities identities;
+    add(identities, folders, Upwards::no);
+    std::error_code error;
+    fs::recursive_directory_iterator entry(location, fs::directory_options::skip_permission_denied,
+                                           error);
+    for (const fs::recursive_directory_iterator end; !error && entry != end;
+         entry.increment(error)) {
+        if (entry->symlink_status(error).type() != fs::file_type::directory) continue;
+        const std::optional<FileId> id = fileId(entry->path());
+        if (id && identities.contains(*id)) return true;
+    }
+    return static_cast<bool>(error);
+}
+
+/// The same as isGuardedPlace for places that are reached by another path than their own, through
+/// a bind mount.
+bool isGuardedByIdentity(const std::string& location, ItemKind kind, const GuardedPlaces& places) {
+    const std::string parent = parentFolder(location);
+    if (isOneOf(parent, places.roots) && !location.starts_with(kHostFolder)) return true;
+    if (kind != ItemKind::folder) return false;
+    if (isOneOf(parent, places.holders)) return true;
+    std::error_code error;
+    if (fs::is_symlink(location, error)) return false;
+    Identities kept;
+    add(kept, places.holders, Upwards::yes);
+    add(kept, places.homes, Upwards::yes);
+    const std::optional<FileId> id = fileId(location);
+    // What holds a home need not lie above its path, where that leads through a mount of its own.
+    return !id || kept.contains(*id) || holdsAny(location, places.homes);
+}
+
 }  // namespace
 
 bool isGuardedPlace(const std::string& location, ItemKind kind, const GuardedPlaces& places) {
@@ -78,10 +134,8 @@ bool isGuardedPlace(const std::string& location, ItemKind kind, const GuardedPla
 
 bool isGuarded(const std::string& location, const std::string& home, const std::string& login) {
     const ItemKind kind = kindOf(location);
-    std::error_code error;
-    const bool isHome = kind == ItemKind::folder && !fs::is_symlink(location, error) &&
-                        fs::equivalent(location, home, error);
-    return isHome || isGuardedPlace(location, kind, guardedPlaces(kind, home, login));
+    const GuardedPlaces places = guardedPlaces(kind, home, login);
+    return isGuardedPlace(location, kind, places) || isGuardedByIdentity(location, kind, places);
 }
 
 }  // namespace tkv

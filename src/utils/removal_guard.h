@@ -35,8 +35,8 @@ enum class ItemKind {
 /// A pure function of its arguments.
 bool isGuardedPlace(const std::string& location, ItemKind kind, const GuardedPlaces& places);
 
-/// The same for what is on the running system, where a folder must also stay that is the user's
-/// home by another path. `home`, `login`: of the user.
+/// The same for what is on the running system, by whatever path it is reached: roots, holders and
+/// homes are also recognised through bind mounts. `home`, `login`: of the user.
 bool isGuarded(const std::string& location, const std::string& home, const std::string& login);
 
 }  // namespace tkv
