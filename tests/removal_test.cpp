@@ -2,6 +2,7 @@
 #include <unistd.h>
 
 #include "support.h"
+#include "system/held_item.h"
 #include "utils/existence.h"
 #include "utils/file_operations.h"
 #include "utils/guarded_removal.h"
@@ -139,6 +140,39 @@ TEST_F(Removal, RemovesFilesFoldersAndLinksButNotTheirTargets) {
         EXPECT_EQ(errorsOf([&] { EXPECT_TRUE(rmCocoa("~/Movies/" + name)); }), "") << name;
     EXPECT_EQ(namesIn(path("Movies")), Strings{"kept"});
     EXPECT_EQ(namesIn(path("Movies/kept")), Strings{"file"});
+}
+
+TEST_F(Removal, OfOneFileLeavesFolders) {
+    using enum Removable;
+    const std::string item = write("Movies/folder/file");
+    const std::string lines = errorsOf([] { EXPECT_FALSE(rmCocoa("~/Movies/folder", oneFile)); });
+    EXPECT_NE(lines.find("not deleted 1"), std::string::npos) << lines;
+    EXPECT_NE(lines.find("failure"), std::string::npos) << "nor is it in the Trash: " << lines;
+    fs::create_directory_symlink(path("Movies/folder"), path("Movies/link"));
+    EXPECT_TRUE(rmCocoa("~/Movies/link", oneFile));
+    EXPECT_EQ(namesIn(path("Movies")), Strings{"folder"});
+    EXPECT_TRUE(rmCocoa(item, oneFile));
+    EXPECT_EQ(namesIn(path("Movies/folder")), Strings{});
+}
+
+TEST_F(Removal, IsDoneInTheFolderThatWasFound) {
+    write("Movies/mine/file");
+    write("Movies/mine/folder/file");
+    write("Movies/theirs/file");
+    write("Movies/theirs/folder/file");
+    const auto file = HeldItem::at(path("Movies/mine/file"));
+    const auto folder = HeldItem::at(path("Movies/mine/folder"));
+    ASSERT_TRUE(file && folder && folder->isInPlace());
+    fs::rename(path("Movies/mine"), path("Movies/moved"));
+    fs::create_directory_symlink("theirs", path("Movies/mine"));
+    EXPECT_FALSE(folder->isInPlace());
+    EXPECT_TRUE(folder->removeFile()) << "is an error";
+    EXPECT_FALSE(folder->removeAll());
+    EXPECT_FALSE(file->removeFile());
+    EXPECT_TRUE(file->removeAll()) << "it has gone";
+    EXPECT_EQ(namesIn(path("Movies/moved")), Strings{});
+    EXPECT_EQ(namesIn(path("Movies/theirs")), (Strings{"file", "folder"}));
+    EXPECT_EQ(namesIn(path("Movies/theirs/folder")), Strings{"file"});
 }
 
 TEST_F(Removal, MovesWhatItCannotRemoveToTheTrashIfThereIsOne) {

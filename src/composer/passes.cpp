@@ -94,7 +94,9 @@ bool writePreview(const MenuRequest& request, const Background& background) {
 }
 
 bool writeFrames(const MenuRequest& request, const Background& background, EqualPages equalPages) {
-    if (fileExists(request.output) && !folderExists(request.output)) rmCocoa(request.output);
+    // Another user may put a folder in the file's place until it is removed.
+    if (fileExists(request.output) && !folderExists(request.output))
+        rmCocoa(request.output, Removable::oneFile);
     mkdirCocoa(request.output);
     PageRenderer renderer;
     FrameWriter writer(request.output, equalPages,

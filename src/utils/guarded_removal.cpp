@@ -2,11 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <filesystem>
 #include <string_view>
 
 #include "system/description.h"
 #include "system/files.h"
+#include "system/held_item.h"
 #include "system/log.h"
 #include "system/paths.h"
 #include "system/unicode.h"
@@ -16,8 +16,6 @@
 #include "utils/removal_guard.h"
 
 namespace tkv {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -32,25 +30,22 @@ bool isPieceOf(std::string_view piece, std::string_view text) {
     return !piece.empty() && text.find(piece) != std::string_view::npos;
 }
 
-// The item at a path, which lies at `location`. With a trailing slash only a folder is meant:
-// anything else stays.
-std::error_code removeItem(const std::string& path, const std::optional<std::string>& location) {
-    std::error_code error;
-    if (!location) return std::make_error_code(std::errc::no_such_file_or_directory);
-    if (path.ends_with('/') && !folderExists(location)) {
+// The item at a path. With a trailing slash only a folder is meant: anything else stays.
+std::error_code removeItem(const std::string& path, const std::optional<HeldItem>& item,
+                           Removable what) {
+    if (!item) return std::make_error_code(std::errc::no_such_file_or_directory);
+    if (path.ends_with('/') && !folderExists(item->location())) {
         return std::make_error_code(std::errc::not_a_directory);
     }
-    if (fs::remove_all(*location, error) == 0 && !error) {
-        error = std::make_error_code(std::errc::no_such_file_or_directory);
-    }
-    return error;
+    return what == Removable::oneFile ? item->removeFile() : item->removeAll();
 }
 
-bool removeOrTrash(const std::string& path, const std::optional<std::string>& location) {
+bool removeOrTrash(const std::string& path, const std::optional<HeldItem>& item, Removable what) {
     verboseLine("File current        : exists: {}", path);
-    if (!removeItem(path, location)) return true;
+    if (!removeItem(path, item, what)) return true;
     logLine("File current        :-( not deleted 1");
-    trashCocoa(path);
+    const bool isMeant = what == Removable::anything || (item && !item->isFolder());
+    if (item && isMeant && item->isInPlace()) trashCocoa(item->location());
     logLine("File current        :-/ …to trash");
     if (!fileExists(path)) return true;
     logLine("File current        :-( failure");
@@ -67,7 +62,8 @@ std::string describeFileSystem(const FileSystemFigures& system) {
 
 // Whether something is at a path that could not be opened; if not, removes what may be left there,
 // such as a dangling symbolic link.
-bool isPresentOrRemoved(const std::string& path, const std::optional<std::string>& location) {
+bool isPresentOrRemoved(const std::string& path, const std::optional<HeldItem>& item,
+                        Removable what) {
     std::error_code error;
     const std::optional<FileSystemFigures> system = fileSystemOf(path, error);
     verboseLine("rmCocoa d           : {}",
@@ -77,7 +73,7 @@ bool isPresentOrRemoved(const std::string& path, const std::optional<std::string
         return true;
     }
     verboseLine("Cocoa:does not exist:-/ ERR: {} ({})", error.message(), path);
-    const std::error_code left = removeItem(path, location);
+    const std::error_code left = removeItem(path, item, what);
     verboseLine("Cocoa:does not exist;-) ERR: {} ({})", left ? left.message() : "nil", path);
     return false;
 }
@@ -138,16 +134,17 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
     return RemovalVerdict::allowed;
 }
 
-bool rmCocoa(const std::optional<std::string>& path) {
+bool rmCocoa(const std::optional<std::string>& path, Removable what) {
     if (!path) return false;
     verboseLine("rmCocoa             - begin - {}", *path);
     const std::string target = expandTilde(*path);
     const std::string home = parentFolder(expandTilde("~/Movies"));
     const std::string login = loginName();
-    // Resolved once, so that what is checked is what is removed.
-    const std::optional<std::string> location = itemLocation(target);
+    // Found once, so that what is checked is what is removed.
+    const std::optional<HeldItem> item = HeldItem::at(target);
+    if (item && !item->isFolder()) what = Removable::oneFile;
     RemovalVerdict verdict = removalVerdict(target, home, login);
-    if (verdict == RemovalVerdict::allowed && location && isGuarded(*location, home, login)) {
+    if (verdict == RemovalVerdict::allowed && item && isGuarded(item->location(), home, login)) {
         verdict = RemovalVerdict::refusedDirname;
     }
     switch (verdict) {
@@ -163,8 +160,8 @@ bool rmCocoa(const std::optional<std::string>& path) {
             return false;
     }
     if (fileExists(target)) {
-        if (!removeOrTrash(target, location)) return false;
-    } else if (!isPresentOrRemoved(target, location)) {
+        if (!removeOrTrash(target, item, what)) return false;
+    } else if (!isPresentOrRemoved(target, item, what)) {
         return true;
     }
     verboseLine("rmCocoa             - pre-fin");

@@ -30,6 +30,11 @@ enum class RemovalVerdict {
 RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
                               const std::string& login);
 
+enum class Removable {
+    anything,
+    oneFile,  ///< Leaves a folder, though one may come while the removal is under way.
+};
+
 /// Removes a file, a link (never what it points to) or a folder with all it holds, at a path whose
 /// leading tilde is expanded. What cannot be removed is moved to the Trash.
 /// Refused is what removalVerdict refuses, and what isGuarded guards at the place where the item
@@ -37,6 +42,6 @@ RemovalVerdict removalVerdict(const std::string& path, const std::string& home,
 /// True when nothing is there afterwards, and also for a file that may not be opened, or that is no
 /// folder though the path ends in a slash: both are left alone. False for a refused path and for
 /// what neither could be removed nor moved. Nothing on the disk makes it throw.
-bool rmCocoa(const std::optional<std::string>& path);
+bool rmCocoa(const std::optional<std::string>& path, Removable what = Removable::anything);
 
 }  // namespace tkv
