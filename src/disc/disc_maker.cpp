@@ -102,6 +102,9 @@ class DiscMaker {
                             "on from there.",
                             ready, sources_.size(), ready == 1 ? "is" : "are"));
             throw;
+        } catch (const DiscError&) {
+            folder_.requireInPlace();  // Whatever failed, did so for that.
+            throw;
         }
     }
 

@@ -26,6 +26,7 @@ class LineReader {
         : stream_(std::move(stream)), onLine_(onLine) {}
 
     int number() const { return stream_.number(); }
+    std::size_t bytes() const { return bytes_; }
 
     // Reads what is available; at the end of file passes on the last line and closes the stream.
     void read() {
@@ -40,6 +41,7 @@ class LineReader {
                 line_ += byte;
             }
         }
+        if (got > 0) bytes_ += static_cast<std::size_t>(got);
         if (got > 0) return;
         handOn();
         stream_.close();
@@ -56,16 +58,20 @@ class LineReader {
     Descriptor stream_;
     const std::function<void(std::string_view)>& onLine_;
     std::string line_;
+    std::size_t bytes_ = 0;
 };
 
-void readLines(LineReader& output, LineReader& errors) {
+// False when there is more output than that; the rest is not read.
+bool readLines(LineReader& output, LineReader& errors, std::size_t mostOutput) {
     while (output.number() >= 0 || errors.number() >= 0) {
+        if (output.bytes() > mostOutput) return false;
         // A closed stream's descriptor is -1, which poll ignores.
         std::array<pollfd, 2> waiting{{{output.number(), POLLIN, 0}, {errors.number(), POLLIN, 0}}};
         if (poll(waiting.data(), waiting.size(), -1) < 0) continue;
         if (waiting[0].revents != 0) output.read();
         if (waiting[1].revents != 0) errors.read();
     }
+    return true;
 }
 
 // This process's environment, ended by a null pointer.
@@ -176,15 +182,18 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
     output.writeEnd.close();
     errors.writeEnd.close();
 
+    bool isRead = true;
     {
         const ProgramStop::Slot slot(stop, child);
         LineReader outputLines(std::move(output.readEnd), program.onOutput);
         LineReader errorLines(std::move(errors.readEnd), program.onError);
-        readLines(outputLines, errorLines);
+        isRead = readLines(outputLines, errorLines, program.mostOutput);
+        if (!isRead) kill(-child, SIGKILL);
         waitFor(child);
     }
     const ProgramEnd end = reap(child);
-    return stop.isStopped() ? ProgramEnd{ProgramEnd::How::stopped, 0} : end;
+    if (stop.isStopped()) return {ProgramEnd::How::stopped, 0};
+    return isRead ? end : ProgramEnd{ProgramEnd::How::tooMuch, 0};
 }
 
 }  // namespace tkv

@@ -4,7 +4,9 @@
 
 #include <array>
 #include <atomic>
+#include <cstddef>
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 #include <string_view>
@@ -64,6 +66,8 @@ struct Program {
     /// Callbacks for each line of standard output and of standard error, as soon as it is written,
     /// without its line end; carriage returns end lines too. Called in the waiting thread.
     std::function<void(std::string_view line)> onOutput, onError;
+    /// Bytes of standard output after which the program is killed.
+    std::size_t mostOutput = std::numeric_limits<std::size_t>::max();
     std::vector<std::string> hiddenVariables;  ///< of this environment, not handed on
     /// The read end of a pipe, instead of the input file.
     Descriptor stream = Descriptor(-1);
@@ -76,6 +80,7 @@ struct ProgramEnd {
         killed,      ///< by a signal
         notStarted,  ///< there is no such program, or it may not be run
         noFile,      ///< its input or output could not be opened
+        tooMuch,     ///< it wrote more than it may
         stopped,     ///< by its ProgramStop
     };
     How how = How::exited;

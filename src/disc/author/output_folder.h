@@ -30,6 +30,9 @@ class OutputFolder {
     /// Of the intermediate results.
     std::string workPath() const { return path() + "/work"; }
 
+    /// Throws DiscError when the folder has been moved meanwhile.
+    void requireInPlace() const { folder_.requireInPlace(); }
+
     /// Puts what was made under the name `from` in "work" in the place of the folder's earlier
     /// `name`. Throws DiscError when the folder has been moved meanwhile.
     void put(const std::string& from, const std::string& name) const;

@@ -14,12 +14,13 @@ namespace fs = std::filesystem;
 
 void askFfprobe(const std::vector<std::string>& files, const std::vector<std::string>& questions,
                 const Tools& tools, const Failure& failure,
-                const std::function<void(std::string_view line)>& onLine) {
+                const std::function<void(std::string_view line)>& onLine, std::size_t most) {
     Program program;
     program.command = {"ffprobe", "-v", "error"};
     program.command.insert(program.command.end(), questions.begin(), questions.end());
     program.command.insert(program.command.end(), {"-i", inputName(files)});
     program.onOutput = onLine;
+    program.mostOutput = most;
     tools.run(std::move(program), failure);
 }
 

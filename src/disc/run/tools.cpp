@@ -48,6 +48,8 @@ std::string complaint(const ProgramEnd& end, const std::string& program, const s
         case ProgramEnd::How::killed:
             if (end.status == SIGXFSZ) return std::generic_category().message(EFBIG);
             return fmt::format("{} was ended by signal {}", program, end.status);
+        case ProgramEnd::How::tooMuch:
+            return fmt::format("{} has too much to say", program);
         default:
             break;
     }
@@ -91,8 +93,10 @@ std::string Tools::run(Program program, const Failure& failure) const {
         throw NoFilm(fmt::format("{}: {}. Leave it out.", failure.task, foreign->words),
                      failure.about, foreign->kind);
     }
-    throw DiscError(fmt::format("{}: {}.{}{}", failure.task, cause,
-                                failure.advice.empty() ? "" : " ", failure.advice),
+    // Where the system is to blame, no file is.
+    const bool isAdvised = end.how != ProgramEnd::How::notStarted && !failure.advice.empty();
+    throw DiscError(fmt::format("{}: {}.{}{}", failure.task, cause, isAdvised ? " " : "",
+                                isAdvised ? failure.advice : ""),
                     failure.about);
 }
 

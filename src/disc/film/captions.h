@@ -1,0 +1,19 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "disc/film/film.h"
+#include "disc/project/project.h"
+
+namespace tkv::disc {
+
+/// What the menus call each film: as the person says, else as the film's own tag does, else by the
+/// day and time it was taken, where a camera has named the file, else by its name. A number that
+/// all of them begin with goes where it says no more than their order. `language`: of the menus,
+/// two letters.
+std::vector<std::string> captionsOf(const std::vector<FilmRequest>& requests,
+                                    const std::vector<Film>& films, const std::string& language);
+
+}  // namespace tkv::disc
