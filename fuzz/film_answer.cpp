@@ -36,9 +36,8 @@ void check(const Film& film) {
 void use(const Film& film) {
     Project project;
     project.labels = labelsOf("en");
-    FilmRequest request;
-    request.path = film.source.path;
-    project.films.push_back(suggestedRequest(request, film, project.chapters));
+    project.films.emplace_back().path = film.source.path;
+    addSuggestions(project, {film});
     const std::string text = projectFileText(project, scratchFolder());
     Project again;
     readProjectFile(scratchFile("project.toml", reinterpret_cast<const std::uint8_t*>(text.data()),

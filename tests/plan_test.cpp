@@ -43,6 +43,54 @@ Project projectOf(const std::vector<Film>& films) {
     return project;
 }
 
+TEST(Plan, GivesNamesAndPages) {
+    const struct {
+        Strings paths;
+        const char* taken;  // by the first film's tag
+        Strings captions;
+        const char* title;  // of the disc's last page of films
+    } rows[] = {
+        // Numbers that count, and those that do not.
+        {{"/a/Trips/01 Picos.mp4", "/a/Trips/02_sea.mp4"}, "", {"Picos", "Sea"}, "Trips"},
+        {{"/a/Trips/1. A.mp4", "/b/2. B.mp4"}, "", {"A", "B"}, ""},
+        {{"/a/Trips/01 Picos.mp4", "/a/Trips/sea.mp4"}, "", {"01 Picos", "Sea"}, "Trips"},
+        {{"/a/T/24 hours.mp4", "/a/T/25 days.mp4"}, "", {"24 hours", "25 days"}, "T"},
+        {{"/a/T/1.mp4", "/a/T/2.mp4"}, "", {"1", "2"}, "T"},
+        // What cameras write. The tag of Greenwich's time is the user's, two hours later.
+        {{"/a/DCIM/IMG_0042.MOV"}, "2024-07-12T16:42:33.000000Z", {"July 12, 2024 at 18:42"}, ""},
+        {{"/a/P/GX010042.MP4"}, "2024-07-12T18:42:33+0200", {"July 12, 2024 at 18:42"}, ""},
+        {{"/a/P/C0001.MP4"}, "1904-01-01T00:00:00Z", {"C0001"}, ""},
+        {{"/a/P/PXL_20230231_123456789.mp4"}, "", {"PXL 20230231 123456789"}, ""},
+        {{"/a/P/VID_20240712_184233.mp4"}, "", {"July 12, 2024 at 18:42"}, ""},
+        {{"/a/P/WhatsApp Video 2024-07-12 at 18.42.33.mp4"}, "", {"July 12, 2024 at 18:42"}, ""},
+        {{"/a/P/2024-07-12 18.42.33.mp4"}, "", {"July 12, 2024 at 18:42"}, ""},
+        {{"/a/P/Sea 2024.mp4"}, "2024-07-12T16:42:33Z", {"Sea 2024"}, ""},
+        // Folders that say nothing.
+        {{"/a/downloads/sea.mp4", "/a/downloads/b.mp4"}, "", {"Sea", "B"}, "Sea"},
+        {{"/home/ada/Filme/sea.mp4", "/home/ada/Filme/b.mp4"}, "", {"Sea", "B"}, "Sea"},
+        {{"/a/100APPLE/sea.mp4", "/a/100APPLE/b.mp4"}, "", {"Sea", "B"}, "Sea"},
+        {Strings(10, "/a/Trips/sea.mp4"), "", Strings(10, "Sea"), "Trips 2/2"},
+    };
+    const ScopedVariable zone("TZ", "Europe/Berlin");
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.paths.front());
+        std::vector<Film> films(row.paths.size(), filmOf(100));
+        films.front().taken = row.taken;
+        Project project = projectOf(films);
+        project.title.reset();
+        project.plainFolders = {"/home/ada/Filme"};
+        for (std::size_t i = 0; i < films.size(); ++i)
+            project.films[i].path = row.paths[i];
+        const DiscPlan plan = planDisc(project, films);
+        Strings captions;
+        for (const DiscFilm& film : plan.films)
+            captions.push_back(film.caption);
+        EXPECT_EQ(captions, row.captions);
+        EXPECT_EQ(plan.pages.back().title, films.size() == 1 ? captions.front() : row.title);
+        EXPECT_EQ(plan.pages.back().thumbnails.size(), std::min<std::size_t>(films.size(), 5));
+    }
+}
+
 /// A place where a viewer can be: a page of the films, of a film's chapters, or a film.
 using Place = std::string;
 
@@ -204,11 +252,10 @@ TEST(Plan, ArrowsLeadWhereAnEyeExpects) {
         {5, 0, 0, "4", "1 4 3 4"},
         {7, 0, 0, "5", "2 6 4 5"},
         // Labels below: straight where one stands, else the nearest.
-        {19, 0, 1, "6", "3 menuPrev 6 7"},
-        {19, 0, 1, "7", "4 menuPrev 6 8"},
-        {19, 0, 1, "menuNext", "8 menuNext menuPrev menuNext"},
-        {19, 0, 2, "0", "readAll menuPrev 0 0"},
-        {19, 0, 2, "menuMain", "0 menuMain menuPrev menuMain"},
+        {27, 0, 1, "6", "3 menuPrev 6 7"},
+        {27, 0, 1, "7", "4 menuPrev 6 8"},
+        {27, 0, 1, "menuNext", "8 menuNext menuPrev menuNext"},
+        {19, 0, 2, "menuMain", "4 menuMain menuPrev menuMain"},
         {2, 7, 1, "5", "2 6 4 5"},
         {2, 7, 1, "4", "1 menuMain 3 5"},
         {2, 7, 1, "menuMain", "4 menuMain menuMain menuMain"},

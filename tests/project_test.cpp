@@ -50,6 +50,7 @@ TEST(Names, AreReadable) {
                                      {"Le.petit.village.mkv", "Le petit village"},
                                      {"Dr. Who 1.5", "Dr. Who 1.5"},
                                      {"Dr. Who 1.5.m2ts", "Dr. Who 1.5"},
+                                     {"Le.petit village_2.mkv", "Le petit village 2"},
                                      {"v1.5.cut.webm", "V1.5 cut"},
                                      {"/films/My_Disc/VIDEO_TS/", "My Disc"},
                                      {"/films/v2.mp4/video_ts/vts_01_1.vob", "V2 mp4"},
@@ -303,17 +304,18 @@ TEST(ProjectFile, ShowsWhatTheFilmsSay) {
     Project project;
     project.films = {{folder.file("my_a.mp4"), {}, {}, {}}, {folder.file("b.mkv"), {}, {}, {}}};
     project.labels = labelsOf("fr");
-    project.chapters.source = ChapterRule::Source::none;
     std::vector<Film> films(2);
     films[1].title = "Un été";
     films[1].marks = {{0, "Départ"}, {12.345, ""}};
-    EXPECT_FALSE(suggestedRequest(project.films[1], films[1], project.chapters).chapters);
+    Project unmarked = project;
+    unmarked.chapters.source = ChapterRule::Source::none;
+    addSuggestions(unmarked, films);
+    EXPECT_FALSE(unmarked.films[1].chapters);
     Project expected = project;
     expected.films[0].caption = "My a";
     expected.films[1].caption = "Un été";
     expected.films[1].chapters = {{0, "Départ"}, {12.35, ""}};
-    for (std::size_t i = 0; i < 2; ++i)
-        project.films[i] = suggestedRequest(project.films[i], films[i], {});
+    addSuggestions(project, films);
     std::string text = projectFileText(project, folder.path());
     Project read;
     read.labels = labelsOf("de");

@@ -273,10 +273,7 @@ Project withFilmsWords(Project project, ProgressReceiver& receiver, ProgramStop&
             return probedFilm(source, probeAnswer(source, tools), tools);
         });
     if (!found.passedOver.empty()) receiver.say(passedOverLine(found.passedOver));
-    for (std::size_t i = 0; i < found.films.size(); ++i) {
-        FilmRequest& request = project.films[i];
-        request = suggestedRequest(std::move(request), found.films[i], project.chapters);
-    }
+    addSuggestions(project, found.films);
     return project;
 }
 

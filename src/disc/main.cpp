@@ -83,8 +83,9 @@ int main(int argc, char** argv) {
     tkv::handleSignal(SIGTSTP, suspend, SA_RESTART);
     try {
         int status = 0;
-        const std::optional<Options> options = readCommandLine(
-            {argv + (argc > 0 ? 1 : 0), argv + argc}, {currentFolder(), userLanguage()}, status);
+        const std::optional<Options> options =
+            readCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc},
+                            {currentFolder(), userLanguage(), plainFolders()}, status);
         if (!options) return finish(status);
         useLanguage(options->project.labels.language);
         const Outcome outcome = outcomeOf(*options);

@@ -1,8 +1,10 @@
 #include "system/unicode.h"
 
 #include <unicode/datefmt.h>
+#include <unicode/dtptngen.h>
 #include <unicode/localebuilder.h>
 #include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
 #include <unicode/translit.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
@@ -162,6 +164,21 @@ std::string upperCasedLongDate(std::time_t time) {
     format->setTimeZone(*icu::TimeZone::getGMT());
     icu::UnicodeString date;
     return upperCased(format->format(static_cast<UDate>(timegm(&local)) * 1000.0, date), locale);
+}
+
+std::string dateAndTime(const std::tm& local, const std::string& language) {
+    UErrorCode status = U_ZERO_ERROR;
+    const icu::Locale locale(language.c_str());
+    const std::unique_ptr<icu::DateTimePatternGenerator> patterns(
+        icu::DateTimePatternGenerator::createInstance(locale, status));
+    if (U_FAILURE(status)) return {};
+    const icu::UnicodeString pattern = patterns->getBestPattern(u"yMMMMdHmm", status);
+    icu::SimpleDateFormat format(pattern, locale, status);
+    if (U_FAILURE(status)) return {};
+    format.setTimeZone(*icu::TimeZone::getGMT());
+    std::tm time = local;
+    icu::UnicodeString text;
+    return encoded(format.format(static_cast<UDate>(timegm(&time)) * 1000.0, text));
 }
 
 std::vector<std::string> linesToDraw(std::string_view text) {

@@ -46,6 +46,10 @@ std::string latinLetters(std::string_view text);
 /// case, such as "1 AOÛT 2026"; in English where ICU does not know that language.
 std::string upperCasedLongDate(std::time_t time);
 
+/// A day and a time of day in the style of a language, such as "12. Juli 2024, 18:42". `local`: of
+/// the user's time zone. `language`: a locale of ICU's, or two letters.
+std::string dateAndTime(const std::tm& local, const std::string& language);
+
 /// The lines of a text as they are drawn: without control characters but tabs, blanks at their
 /// ends, blanks before the first, and blank lines before the first and after the last. The text may
 /// be any bytes; the lines are valid UTF-8, and none where nothing is left.

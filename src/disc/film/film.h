@@ -47,6 +47,7 @@ struct Film {
     FilmSource source;
     std::string container;  ///< as ffmpeg calls it: "matroska,webm"
     std::string title;      ///< its own tag; empty when it has none
+    std::string taken;      ///< when, by its own tag, in ISO 8601; empty when it has none
     VideoTrack video;
     std::vector<AudioTrack> audio;
     std::vector<Chapter> marks;  ///< its own, as they stand in the file

@@ -182,6 +182,7 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
     }
     film.video = videoTrackOf(*stream);
     film.title = tagOf(format, "title", "TITLE");
+    film.taken = tagOf(format, "com.apple.quicktime.creationdate", "creation_time");
     film.seconds = numberOf(format, "duration");
     if (film.seconds <= 0) film.seconds = std::max(0.0, numberOf(*stream, "duration"));
     film.seconds = std::min(film.seconds, kLongestFilm);

@@ -1,14 +1,21 @@
 #include "disc/film/suggestion.h"
 
-#include "disc/project/names.h"
+#include <string>
+
+#include "disc/film/captions.h"
 
 namespace tkv::disc {
 
-FilmRequest suggestedRequest(FilmRequest request, const Film& film, const ChapterRule& rule) {
-    request.caption = captionOf(request, film.title);
-    const bool countsMarks = rule.source == ChapterRule::Source::marks && !film.marks.empty();
-    if (!request.chapters && countsMarks) request.chapters = film.marks;
-    return request;
+void addSuggestions(Project& project, const std::vector<Film>& films) {
+    const std::vector<std::string> captions =
+        captionsOf(project.films, films, project.labels.language);
+    const bool countsMarks = project.chapters.source == ChapterRule::Source::marks;
+    for (std::size_t i = 0; i < films.size(); ++i) {
+        FilmRequest& request = project.films[i];
+        request.caption = captions[i];
+        if (!request.chapters && countsMarks && !films[i].marks.empty())
+            request.chapters = films[i].marks;
+    }
 }
 
 }  // namespace tkv::disc

@@ -30,16 +30,34 @@ void addLabel(MenuPage& page, Navigation which, const std::string& text, const A
     page.buttons.push_back({std::string(kNavigationButtons[which].name), text, action});
 }
 
+// The first entry of a page, and the first of the next; pages are as full as each other.
+std::pair<std::size_t, std::size_t> entriesOf(std::size_t page, std::size_t entries) {
+    const std::size_t pages = pagesFor(entries);
+    const auto firstOf = [&](std::size_t number) {
+        return entries / pages * number + std::min(number, entries % pages);
+    };
+    return {firstOf(page), firstOf(page + 1)};
+}
+
+// "Holidays 2/3" on the second of three pages.
+std::string numberedTitle(const std::string& title, std::size_t page, std::size_t entries) {
+    const std::size_t pages = pagesFor(entries);
+    if (pages < 2) return title;
+    return fmt::format("{}{}{}/{}", title, title.empty() ? "" : " ", page + 1, pages);
+}
+
 MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     MenuPage page;
     page.name = fmt::format("films-{}", number + 1);
-    page.title = plan.title;
     page.isMain = number == 0;
     const std::size_t count = plan.films.size();
-    const std::size_t end = std::min((number + 1) * kPageEntries, count);
+    const auto [first, end] = entriesOf(number, count);
+    page.title = numberedTitle(plan.title, number, count);
     const bool isOnly = count == 1;
-    for (std::size_t i = number * kPageEntries; i < end; ++i) {
+    for (std::size_t i = first; i < end; ++i) {
         DiscFilm& film = plan.films[i];
+        film.page = number;
+        film.button = i - first;
         const bool leadsOn = film.chapterPages.count > 0 && !isOnly;
         addEntry(page, film, film.span, film.caption,
                  leadsOn ? Action(ShowChapters{i, 0}) : Action(PlayFilm{i, 0}));
@@ -60,9 +78,9 @@ MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
     MenuPage page;
     page.name = fmt::format("film-{}-chapters-{}", film.number + 1, number + 1);
     page.film = film.number;
-    page.title = film.caption;
-    const std::size_t end = std::min((number + 1) * kPageEntries, chapters.size());
-    for (std::size_t i = number * kPageEntries; i < end; ++i) {
+    page.title = numberedTitle(film.caption, number, chapters.size());
+    const auto [first, end] = entriesOf(number, chapters.size());
+    for (std::size_t i = first; i < end; ++i) {
         const Chapter& chapter = chapters[i];
         const double until =
             i + 1 == chapters.size() ? conversion.seconds : chapters[i + 1].seconds;

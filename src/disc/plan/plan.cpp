@@ -5,12 +5,15 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <regex>
 #include <utility>
 
+#include "disc/film/captions.h"
 #include "disc/film/dvd_ready.h"
 #include "disc/plan/chapters.h"
 #include "disc/plan/menu_pages.h"
 #include "disc/project/names.h"
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -30,14 +33,25 @@ Standard standardOf(const std::vector<DiscFilm>& films) {
     return balance < 0 ? Standard::ntsc : Standard::pal;
 }
 
-// What the films' folder is called, when they have one in common.
-std::string titleOf(const Project& project) {
+// Whether a folder is called for the camera's sake or the system's.
+bool isPlain(const std::filesystem::path& folder, const Project& project) {
+    static const std::regex pattern(
+        "downloads?|videos?|movies|desktop|documents|te?mp|dcim|camera|"
+        "stream|\\d{3}[a-z0-9_]{5}");
+    return std::ranges::find(project.plainFolders, folder.string()) != project.plainFolders.end() ||
+           std::regex_match(asciiLowered(folder.filename().string()), pattern);
+}
+
+// What an only film is called, or the films' folder, when they have one in common.
+std::string titleOf(const Project& project, const std::vector<DiscFilm>& films) {
     if (project.title) return *project.title;
     if (project.films.empty()) return "";
     const auto folder = [](const FilmRequest& film) {
         return std::filesystem::path(film.path).parent_path();
     };
     const auto first = folder(project.films.front());
+    const std::string caption = films.front().caption;
+    if (films.size() == 1 || isPlain(first, project)) return caption;
     const bool isCommon = std::ranges::all_of(
         project.films, [&](const FilmRequest& film) { return folder(film) == first; });
     return isCommon && first.has_filename() ? readableName(first.string()) : "";
@@ -51,16 +65,16 @@ Span spanOf(const FilmRequest& request, const Film& film) {
 
 // What is known of the films before they are converted.
 std::vector<DiscFilm> recordsOf(const Project& project, std::vector<Film> films) {
+    const std::vector<std::string> captions =
+        captionsOf(project.films, films, project.labels.language);
     std::vector<DiscFilm> records(films.size());
     for (std::size_t i = 0; i < films.size(); ++i) {
         DiscFilm& record = records[i];
         record.number = i;
         record.request = project.films[i];
         record.film = std::move(films[i]);
-        record.caption = captionOf(record.request, record.film.title);
+        record.caption = captions[i];
         record.span = spanOf(record.request, record.film);
-        record.page = i / kPageEntries;
-        record.button = i % kPageEntries;
     }
     return records;
 }
@@ -129,7 +143,7 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
     plan.films = recordsOf(project, std::move(films));
     plan.standard = project.standard.value_or(standardOf(plan.films));
     plan.size = project.size;
-    plan.title = titleOf(project);
+    plan.title = titleOf(project, plan.films);
     plan.language = project.labels.language;
     for (DiscFilm& film : plan.films) {
         const bool isReady = whyNotDvdReady(film.film, plan.standard).empty();
@@ -137,8 +151,8 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
     }
     // Films that are ready stay as they are, unless there is no room for them.
     while (true) {
-        setKeys(plan, project);
         addPages(plan, project);
+        setKeys(plan, project);
         const Rates rates = shareRates(loadOf(plan), plan.size);
         DiscFilm* const largest = rates.missing > 0 ? largestCopied(plan.films) : nullptr;
         if (largest == nullptr) {

@@ -260,6 +260,7 @@ Options optionsOf(const Line& line, const Surroundings& surroundings) {
     Reading reading{{}, surroundings};
     Options& options = reading.options;
     options.project.labels = labelsOf(surroundings.language);
+    options.project.plainFolders = surroundings.plainFolders;
     if (!files.empty()) readProjectFile(files[0], surroundings.folder, options.project);
     line.apply(reading);
     addFilms(words, surroundings.folder, options.project);

@@ -24,6 +24,7 @@ struct Options {
 struct Surroundings {
     std::string folder;    ///< absolute; relative paths begin there
     std::string language;  ///< of the user, as a locale; that of the menus unless another is given
+    std::vector<std::string> plainFolders{};  ///< as Project has them
 };
 
 /// Reads the words of a command line (without the program's name) and the project file that they

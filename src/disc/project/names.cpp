@@ -46,8 +46,8 @@ std::string nameToRead(std::string_view path) {
 
 void turnDotsIntoBlanks(std::string& name) {
     for (std::size_t i = 1; i + 1 < name.size(); ++i) {
-        if (name[i] != '.' || (isAsciiDigit(name[i - 1]) && isAsciiDigit(name[i + 1]))) continue;
-        name[i] = ' ';
+        const bool isInNumber = isAsciiDigit(name[i - 1]) && isAsciiDigit(name[i + 1]);
+        if (name[i] == '.' && name[i + 1] != ' ' && !isInNumber) name[i] = ' ';
     }
 }
 
@@ -86,9 +86,13 @@ std::string readableName(std::string_view path) {
     std::replace_if(
         text.begin(), text.end(),
         [](unsigned char c) { return c == '_' || c < ' ' || c == '\x7F'; }, ' ');
-    if (text.find(' ') == std::string::npos) turnDotsIntoBlanks(text);
+    turnDotsIntoBlanks(text);
     text = validUtf8(withSingleBlanks(text));
     if (text.empty()) return validUtf8(name);
+    return withCapital(text);
+}
+
+std::string withCapital(const std::string& text) {
     const std::string_view first = firstCharacters(text, 1);
     return upperCased(first) + text.substr(first.size());
 }

@@ -10,12 +10,15 @@
 
 namespace tkv::disc {
 
-/// A caption made of a file's or folder's name: without its extension, blanks for underscores (and
-/// for dots between words, where the name has no other blanks), its first letter upper case. Parts
+/// A caption made of a file's or folder's name: without its extension, blanks for underscores and
+/// for dots between words, its first letter upper case. Parts
 /// of a DVD are called as the folder that holds them. Valid UTF-8, whatever the name.
 std::string readableName(std::string_view path);
 
-/// What the menus call a film: as the person says, else as its own tag does, else by its name.
+/// A valid UTF-8 text with its first letter upper case.
+std::string withCapital(const std::string& text);
+
+/// What one film is called: as the person says, else as its own tag does, else by its name.
 /// `tag`: its own title; may be empty.
 std::string captionOf(const FilmRequest& request, std::string_view tag);
 

@@ -67,6 +67,8 @@ struct Project {
     bool playsFirstFilm = false;  ///< before the menu comes
     bool hasMenu = true;
     Labels labels;
+    /// Absolute paths of folders whose names say nothing of the films in them.
+    std::vector<std::string> plainFolders{};
     bool operator==(const Project&) const = default;
 };
 

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <regex>
 #include <sstream>
 
 #include "system/paths.h"
@@ -11,6 +13,9 @@
 namespace tkv::disc {
 
 namespace {
+
+// Longer than any path; long lines are too much for a regular expression.
+constexpr std::size_t kMostPath = 5000;
 
 // Empty for a variable that is not set. The environment changes only in useLanguage.
 std::string variable(const char* name) {
@@ -30,6 +35,22 @@ std::string userLanguage() {
         if (std::string value = variable(name); !value.empty()) return value;
     }
     return {};
+}
+
+std::vector<std::string> plainFolders() {
+    const std::string home = variable("HOME");
+    std::string config = variable("XDG_CONFIG_HOME");
+    if (config.empty()) config = joinPath(home, ".config");
+    std::vector<std::string> folders{home, "/tmp", "/var/tmp"};
+    // XDG_VIDEOS_DIR="$HOME/Videos"
+    static const std::regex pattern(R"re(XDG_[A-Z]+_DIR="(\$HOME)?(/[^"]*)"\s*)re");
+    std::ifstream file(joinPath(config, "user-dirs.dirs"));
+    for (std::string line; std::getline(file, line);) {
+        std::smatch match;
+        if (line.size() < kMostPath && std::regex_match(line, match, pattern))
+            folders.push_back((match.length(1) > 0 ? home : "") + match.str(2));
+    }
+    return folders;
 }
 
 void useLanguage(const std::string& language) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 // What this process was started with, and what counts for all of it.
 
@@ -12,6 +13,10 @@ std::string currentFolder();
 /// The language of the user's messages, as a locale: the first of LC_ALL, LC_MESSAGES and LANG
 /// that is set and not empty.
 std::string userLanguage();
+
+/// The user's folders for downloads, videos and the like, by the paths that the desktop has given
+/// them in the user's language, the home and that for temporary files.
+std::vector<std::string> plainFolders();
 
 /// Has dates written in another language, and Chinese characters in the shapes that it prefers.
 /// Counts for the whole process and the programs that it starts; to be called before there is
