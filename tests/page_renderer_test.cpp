@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "imaging/rescale_modes.h"
 #include "support.h"
 
 namespace tkv::test::rendering {
@@ -62,6 +63,25 @@ TEST(PageRenderer, DrawsEachPageAsIfItWereTheFirst) {
         const std::size_t bytes = alone.rowBytes() * static_cast<std::size_t>(alone.height());
         EXPECT_EQ(std::memcmp(drawn.row(0), alone.row(0), bytes), 0) << "page " << i;
     }
+}
+
+TEST(PageRenderer, ScalesPicturesOfASmallerPageOnce) {
+    const PixelSize page{720, 540}, small{640, 360};
+    const std::string file = checkoutPath("examples/media/harbour.jpg");
+    const Page picture{page, {wholePicture(file, {0, 0, 720, 540}, 1)}};
+    const Bitmap once = PageRenderer().render(scaledTo(picture, small)).value();
+    const Bitmap whole = decodePicture(file).value();
+    EXPECT_EQ(worstDifference(once, imgRescaleStretch(&whole, 640, 360, 72, false).value()), 0);
+
+    // Texts and rectangles stand where they would in the page's own picture.
+    const Page other{
+        page,
+        {FillLayer{{0, 0, 720, 540}, kBlack}, FillLayer{{90, 60, 270, 120}, {0.5F, 0, 0, 1}},
+         TextLayer{"Les vacances", {}, {40, {}, {}, kWhite}, Point{100, 300}}}};
+    const Bitmap large = PageRenderer().render(other).value();
+    EXPECT_LE(worstDifference(PageRenderer().render(scaledTo(other, small)).value(),
+                              imgRescaleStretch(&large, 640, 360, 72, false).value()),
+              20);
 }
 
 TEST(PageRenderer, AnswersNoneForAPageInError) {

@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <cmath>
 
 #include "graphics/orientation.h"
+#include "imaging/rescale.h"
 #include "pictures.h"
 
 // Pictures decoded smaller than they are.
@@ -11,7 +13,7 @@ TEST(DecodeWithPixbuf, WeighsColoursByTheirAlpha) {
     const Bitmap columns = painted({90, 60}, [](int x, int) {
         return x % 3 == 0 ? Rgba{255, 0, 0, 255} : Rgba{0, 0, 255, 0};
     });
-    const Bitmap reduced = decodeWithPixbuf(encodePng(columns).value(), atLeast({15, 10})).value();
+    const Bitmap reduced = decodeWithPixbuf(encodePng(columns).value(), atLeast({20, 13})).value();
     EXPECT_EQ(reduced.size(), (PixelSize{30, 20}));
     EXPECT_TRUE(near(pixel(reduced, 14, 9), {255, 0, 0, 85}, 1));
 }
@@ -81,7 +83,7 @@ TEST(Decoders, PutReducedPicturesWhereWholeOnesLie) {
     }
 }
 
-TEST(Decoders, DoNotRing) {
+TEST(Decoders, RingNoMoreThanTheFilterDoes) {
     const auto paint = [](int x, int y) {
         return x > 203 && y > 131 ? Rgba{200, 200, 200, 255} : Rgba{50, 50, 50, 255};
     };
@@ -89,12 +91,57 @@ TEST(Decoders, DoNotRing) {
     for (const auto& [file, decode] : reducibleFiles(edges)) {
         for (int width = 60; width <= 480; width += 60) {
             const PixelSize size{width, width * 2 / 3};
-            const Bitmap shown = drawn(decode(file, atLeast(size)).value(), size);
+            const Bitmap shown = drawn(
+                decode(file, atLeast(sufficientFor({width * 1.0, width / 1.5}))).value(), size);
             for (int i = 0; i < size.width * size.height; ++i) {
+                // The filter adds a twelfth of an edge, in a corner twice; JPEG 2000 rings itself.
                 const int red = pixel(shown, i % width, i / width).red;
-                ASSERT_TRUE(red >= 48 && red <= 202) << red << " at " << width;
+                ASSERT_TRUE(red >= 35 && red <= 230) << red << " at " << width;
             }
         }
+    }
+}
+
+/// The spread of what differs from its neighbours.
+double detail(const Bitmap& picture) {
+    double sum = 0;
+    for (int y = 1; y + 1 < picture.height(); ++y) {
+        for (int x = 1; x + 1 < picture.width(); ++x) {
+            const auto at = [&](int right, int down) {
+                return pixel(picture, x + right, y + down).green;
+            };
+            const int edge = 4 * at(0, 0) - at(-1, 0) - at(1, 0) - at(0, -1) - at(0, 1);
+            sum += edge * edge;
+        }
+    }
+    return std::sqrt(sum / ((picture.width() - 2) * (picture.height() - 2)));
+}
+
+TEST(Decoders, KeepDetailAlikeInEveryFormat) {
+    const TempFolder folder;
+    const std::string photo = folder.file("p.png");
+    run(
+        fmt::format("ffmpeg -v error -i {} -vf scale=500:375,noise=alls=30,scale=1000:750,"
+                    "noise=alls=14 {}",
+                    checkoutPath("examples/media/harbour.jpg"), photo));
+    run(
+        fmt::format("cd {} && {}p.png -quality 98 -sampling-factor 4:4:4 p.jpg && {}p.png p.tif && "
+                    "{}p.png -define "
+                    "webp:lossless=true p.webp",
+                    folder.path(), magick(), magick(), magick()));
+    for (const PixelSize size : {PixelSize{720, 540}, {480, 360}, {320, 240}, {160, 120}}) {
+        run(fmt::format("cd {} && {}p.png -filter Lanczos -resize {}x{}! sharp.png", folder.path(),
+                        magick(), size.width, size.height));
+        const double most = detail(decodePicture(folder.file("sharp.png")).value());
+        std::vector<double> kept;
+        for (const char* name : {"p.jpg", "p.png", "p.tif", "p.webp"}) {
+            ASSERT_TRUE(imgRescale(folder.file(name), folder.file("small.png"), size.width,
+                                   size.height, 72, kStretch, 1));
+            kept.push_back(detail(decodePicture(folder.file("small.png")).value()) / most);
+            EXPECT_TRUE(kept.back() > 0.85 && kept.back() < 1)
+                << name << " " << size.width << " " << kept.back();
+        }
+        EXPECT_LT(*std::ranges::max_element(kept) - *std::ranges::min_element(kept), 0.03);
     }
 }
 

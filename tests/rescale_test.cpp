@@ -8,6 +8,8 @@
 
 namespace tkv::test::rescaling {
 
+constexpr Rgba kWhitePixel{255, 255, 255, 255}, kBlackPixel{0, 0, 0, 255};
+
 /// What the chart shows at a point from the bottom left: red tells the column, green the row.
 Rgba chartAt(PixelSize size, double x, double y) {
     return {static_cast<int>(x * 255 / size.width), static_cast<int>(y * 255 / size.height), 128,
@@ -103,22 +105,65 @@ TEST(Rescale, KeepsAlphaInTheTypesThatAreMeantTo) {
     }
 }
 
-TEST(Rescale, ShrinkingTenfoldDoesNotAlias) {
-    // Too fine for the answer's pixels, whether they run down or aslant.
-    for (const double period : {16.0, 14.0, 12.0, 10.5, 2.0}) {
-        for (const int down : {0, 1}) {
-            const Bitmap stripes = painted({1000, 200}, [&](int x, int y) {
-                const double phase = (x + y * down + 0.5) * 6.2831853 / period;
-                const int grey = static_cast<int>(std::lround(127.5 + 127.5 * std::sin(phase)));
-                return Rgba{grey, grey, grey, 255};
-            });
-            const Bitmap small = imgRescaleStretch(&stripes, 100, 20, 72, false).value();
-            // At the picture's own edges waves end in the middle.
-            for (int x = 2; x < 98; ++x)
-                EXPECT_NEAR(pixel(small, x, 9).red, 127, 9) << period;
-            const Bitmap same = imgRescaleStretch(&stripes, 1000, 200, 72, false).value();
-            EXPECT_EQ(worstDifference(same, stripes), 0);
+TEST(Rescale, KeepsCoarseStripesAndDropsFineOnes) {
+    const TempFolder folder;
+    // Stripes of so many output pixels leave half the range between these.
+    for (const auto& [period, least, most] :
+         {std::tuple{1.25, 0, 16}, {1.6, 0, 24}, {3.0, 100, 128}, {4.0, 105, 128}}) {
+        const Bitmap stripes = painted({800, 80}, [period = period](int x, int) {
+            return std::fmod((x + 0.5) / 4 / period, 1) < 0.5 ? kWhitePixel : kBlackPixel;
+        });
+        for (const char* name : {"", "a.png", "a.jpg"}) {
+            const std::string path = folder.file(name), shown = folder.file("shown.png");
+            PictureSource source = &stripes;
+            if (*name != '\0') {
+                ASSERT_TRUE(imgRescale(&stripes, path, 800, 80, 72, 0, 1));
+                source = path;
+            }
+            ASSERT_TRUE(imgRescale(source, shown, 200, 20, 72, 0, 1));
+            const Bitmap small = decodePicture(shown).value();
+            int darkest = 255, lightest = 0;
+            for (int x = 4; x < 196; ++x) {
+                darkest = std::min(darkest, pixel(small, x, 9).green);
+                lightest = std::max(lightest, pixel(small, x, 9).green);
+            }
+            const int half = (lightest - darkest) / 2;
+            EXPECT_TRUE(half >= least && half <= most) << half << " of " << period << name;
         }
+    }
+}
+
+TEST(Rescale, KeepsTheMeanAndColoursWithinTheirAlpha) {
+    auto random = [seed = 1U]() mutable { return (seed = seed * 1664525 + 1013904223) >> 16; };
+    const auto level = [&random](int span) { return 100 + static_cast<int>(random() % 64) % span; };
+    const Bitmap even = painted({203, 151}, [&](int, int) {
+        return Rgba{level(4), level(4), level(4), 255};
+    });
+    const Bitmap sharp = painted({203, 151}, [&](int, int) {
+        const int alpha = random() % 3 == 0 ? 0 : level(64);
+        return Rgba{random() % 2 == 0 ? 255 : 0, 255, 0, alpha};
+    });
+    const auto mean = [](const Bitmap& bitmap) {
+        double sum = 0;
+        for (int y = 0; y < bitmap.height(); ++y) {
+            for (int x = 0; x < bitmap.width(); ++x)
+                sum += pixel(bitmap, x, y).green;
+        }
+        return sum / bitmap.width() / bitmap.height();
+    };
+    for (const PixelSize size :
+         {PixelSize{203, 151}, {400, 300}, {204, 150}, {180, 130}, {101, 75}, {30, 20}, {1, 1}}) {
+        const auto shown = [size](const Bitmap& source) {
+            return imgRescaleStretch(&source, size.width, size.height, 72, true).value();
+        };
+        EXPECT_NEAR(mean(shown(even)), mean(even), size.width == 1 ? 0.6 : 0.1) << size.width;
+        const Bitmap scaled = shown(sharp);
+        for (int i = 0; i < size.width * size.height; ++i) {
+            const std::uint32_t word = scaled.row(i / size.width)[i % size.width];
+            const std::uint32_t alpha = word >> 24U;
+            ASSERT_TRUE((word >> 16U & 0xFFU) <= alpha && (word >> 8U & 0xFFU) <= alpha) << i;
+        }
+        EXPECT_TRUE(size != sharp.size() || worstDifference(scaled, sharp) == 0);
     }
 }
 

@@ -43,6 +43,7 @@ struct TextLayer {
     LetterCase letterCase = LetterCase::asItIs;
     TextAttributes attributes;
     TextPlace place;
+    PixelSize laidOutOn{};  ///< The canvas that `place` means; of no size: the page's own.
     bool operator==(const TextLayer&) const = default;
     auto operator<=>(const TextLayer&) const = default;
 };
@@ -56,6 +57,10 @@ struct Page {
     bool operator==(const Page&) const = default;
     auto operator<=>(const Page&) const = default;
 };
+
+/// The page on a canvas of another size: pictures and fills take other places, and texts are scaled
+/// as they were laid out.
+Page scaledTo(Page page, PixelSize canvas);
 
 /// The layer of a picture that the request itself names.
 PictureLayer named(PictureLayer layer);

@@ -35,15 +35,32 @@ PixelArea visibleArea(const Rect& rect, PixelSize canvas) {
              to(canvas.height - rect.y, canvas.height) - top}};
 }
 
-/// Decodes the picture at the size in which it is shown and scales its visible part.
-std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize canvas) {
-    const PixelArea area = visibleArea(layer.destination, canvas);
+/// The part `source` of a picture (in its drawing units), scaled to `destination` on the canvas:
+/// what is visible of it.
+std::optional<PlacedBitmap> placed(const Bitmap& picture, const Rect& source,
+                                   const Rect& destination, PixelSize canvas) {
+    const PixelArea area = visibleArea(destination, canvas);
     if (area.size.width < 1 || area.size.height < 1) return std::nullopt;
+    const double bottom = canvas.height - area.top - area.size.height;
+    const Rect to{destination.x - area.left, destination.y - bottom, destination.width,
+                  destination.height};
+    if (std::optional<Bitmap> filled = filledBy(area.size, picture, source, to))
+        return PlacedBitmap{*std::move(filled), area.left, area.top};
     std::optional<Bitmap> scaled = Bitmap::create(area.size);
     if (!scaled) throw std::bad_alloc();
+    const bool isWhole = drawPicture(*scaled, picture, source, to, Compositing::sourceOver, 1.0);
+    return PlacedBitmap{*std::move(scaled), area.left, area.top, isWhole};
+}
+
+/// Decodes the picture at about the size in which it is shown and scales its visible part.
+std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize canvas) {
+    const PixelSize visible = visibleArea(layer.destination, canvas).size;
+    if (visible.width < 1 || visible.height < 1) return std::nullopt;
     std::optional<PixelSize> size;
     std::optional<Bitmap> picture = decodePicture(layer.file, [&](PixelSize full) {
         size = full;
+        // A loop has thousands of frames, and decoding them is most of a run.
+        if (layer.isNamed) return sufficientFor(layer.scaledTo);
         return PixelSize{static_cast<int>(std::ceil(layer.scaledTo.width)),
                          static_cast<int>(std::ceil(layer.scaledTo.height))};
     });
@@ -52,12 +69,7 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
         return std::nullopt;
     }
     picture->setNominalSize(layer.scaledTo);
-    const double bottom = canvas.height - area.top - area.size.height;
-    const Rect destination{layer.destination.x - area.left, layer.destination.y - bottom,
-                           layer.destination.width, layer.destination.height};
-    const bool isWhole =
-        drawPicture(*scaled, *picture, layer.source, destination, Compositing::sourceOver, 1.0);
-    return PlacedBitmap{*std::move(scaled), area.left, area.top, isWhole};
+    return placed(*picture, layer.source, layer.destination, canvas);
 }
 
 std::string inCase(const std::string& text, LetterCase letterCase) {
@@ -70,6 +82,25 @@ std::string inCase(const std::string& text, LetterCase letterCase) {
             break;
     }
     return text;
+}
+
+/// A text, scaled where it is laid out on another canvas.
+std::optional<PlacedBitmap> prepareText(const TextLayer& layer, PixelSize canvas) {
+    if (layer.text.empty()) return std::nullopt;
+    const PixelSize own = layer.laidOutOn == PixelSize{} ? canvas : layer.laidOutOn;
+    std::optional<PlacedBitmap> made =
+        rasterizeText(inCase(layer.text, layer.letterCase), layer.attributes, layer.place, own);
+    if (!made || own == canvas) return made;
+    const PixelSize size = made->pixels.size();
+    const double x = static_cast<double>(canvas.width) / own.width;
+    const double y = static_cast<double>(canvas.height) / own.height;
+    std::optional<PlacedBitmap> shown =
+        placed(made->pixels, {},
+               {made->left * x, (own.height - made->top - size.height) * y, size.width * x,
+                size.height * y},
+               canvas);
+    if (shown) shown->isWhole &= made->isWhole;
+    return shown;
 }
 
 double opacityOf(const Layer& layer) {
@@ -94,9 +125,7 @@ std::optional<PlacedBitmap> prepareLayer(const Layer& layer, PixelSize canvas) {
     if (const auto* picture = std::get_if<PictureLayer>(&layer)) {
         return preparePicture(*picture, canvas);
     }
-    const TextLayer& text = std::get<TextLayer>(layer);
-    if (text.text.empty()) return std::nullopt;
-    return rasterizeText(inCase(text.text, text.letterCase), text.attributes, text.place, canvas);
+    return prepareText(std::get<TextLayer>(layer), canvas);
 }
 
 PageRenderer::Prepared PageRenderer::prepared(const Layer& layer, PixelSize canvas) {

@@ -64,9 +64,13 @@ bool composeFrames(const MenuRequest& request, const Background& background,
 
 bool writePicture(PageRenderer& renderer, const Page& page, const std::string& path, PixelSize size,
                   float quality, bool* isWritten = nullptr) {
-    const std::optional<Bitmap> canvas = renderer.render(page);
-    return canvas && imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch,
-                                quality, isWritten);
+    // Drawn at its final size, so that pictures are scaled once.
+    std::optional<Bitmap> canvas = renderer.render(scaledTo(page, size));
+    if (!canvas) return false;
+    canvas->setNominalSize(
+        {static_cast<double>(page.canvas.width), static_cast<double>(page.canvas.height)});
+    return imgRescale(&*canvas, path, size.width, size.height, kUnitsPerInch, kStretch, quality,
+                      isWritten);
 }
 
 // The single picture of a run; a line says why it is not there.

@@ -1,6 +1,7 @@
 #include <gdk-pixbuf/gdk-pixbuf.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -129,19 +130,53 @@ Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed)
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
-std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf) {
-    std::optional<Bitmap> bitmap =
-        Bitmap::create({gdk_pixbuf_get_width(pixbuf), gdk_pixbuf_get_height(pixbuf)});
+/// Premultiplied; each pixel the mean of `factor` x `factor`, fewer at the right and lower edges.
+std::optional<Bitmap> toBitmap(const GdkPixbuf* pixbuf, int factor) {
+    const PixelSize full{gdk_pixbuf_get_width(pixbuf), gdk_pixbuf_get_height(pixbuf)};
+    const auto reduced = [factor](int pixels) { return (pixels + factor - 1) / factor; };
+    std::optional<Bitmap> bitmap = Bitmap::create({reduced(full.width), reduced(full.height)});
     if (!bitmap) return std::nullopt;
+    bitmap->setExtent({0, 0, static_cast<double>(full.width) / factor,
+                       static_cast<double>(full.height) / factor});
+    bitmap->setAveraged(factor);
     // RGB, or RGBA with straight alpha.
     const bool alpha = gdk_pixbuf_get_has_alpha(pixbuf);
+    const std::ptrdiff_t step = alpha ? 4 : 3;
     const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf));
     const guint8* row = gdk_pixbuf_read_pixels(pixbuf);
-    for (int y = 0; y < bitmap->height(); ++y, row += rowBytes) {
+    const auto pixelAt = [=](const guint8* from) {
+        return premultiplied(pixelOf(alpha ? from[3] : 255U, from[0], from[1], from[2]));
+    };
+    std::vector<std::array<unsigned, 4>> sums(static_cast<std::size_t>(bitmap->width()));
+    for (int y = 0; y < full.height; ++y, row += rowBytes) {
+        std::uint32_t* to = bitmap->row(y / factor);
         const guint8* from = row;
-        std::uint32_t* to = bitmap->row(y);
-        for (int x = 0; x < bitmap->width(); ++x, from += alpha ? 4 : 3) {
-            to[x] = premultiplied(pixelOf(alpha ? from[3] : 255U, from[0], from[1], from[2]));
+        if (factor == 1) {
+            for (int x = 0; x < full.width; ++x, from += step)
+                to[x] = pixelAt(from);
+            continue;
+        }
+        for (int x = 0; x < full.width;) {
+            std::array<unsigned, 4>& sum = sums[static_cast<std::size_t>(x / factor)];
+            for (const int end = std::min(x + factor, full.width); x < end; ++x, from += step) {
+                const std::uint32_t pixel = pixelAt(from);
+                sum[0] += alphaOf(pixel);
+                sum[1] += redOf(pixel);
+                sum[2] += greenOf(pixel);
+                sum[3] += blueOf(pixel);
+            }
+        }
+        if (y % factor != factor - 1 && y != full.height - 1) continue;
+        for (std::size_t x = 0; x < sums.size(); ++x) {
+            const int left = static_cast<int>(x) * factor;
+            const auto count =
+                static_cast<unsigned>((y % factor + 1) * std::min(factor, full.width - left));
+            // Halves are rounded up and down in turn, or the picture would turn lighter.
+            const auto odd = static_cast<unsigned>((static_cast<int>(x) + y / factor) % 2);
+            const unsigned half = (count - odd) / 2;
+            const auto mean = [&](std::size_t at) { return (sums[x][at] + half) / count; };
+            to[x] = pixelOf(mean(0), mean(1), mean(2), mean(3));
+            sums[x] = {};
         }
     }
     return bitmap;
@@ -252,21 +287,18 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     PixelSize atLeast = needed(swapsSides(orientation) ? PixelSize{full.height, full.width} : full);
     if (swapsSides(orientation)) std::swap(atLeast.width, atLeast.height);
 
-    // Twice the shown size leaves the drawing enough pixels to downscale well.
-    const int factor = std::max(1, std::min(full.width / 2 / std::max(1, atLeast.width),
-                                            full.height / 2 / std::max(1, atLeast.height)));
-    // The reduced picture, its bitmap, and the upright one.
+    // Half as many pixels again a side: here a finer picture costs little.
+    const auto times = [](int pixels, int least) { return pixels * 2 / (3 * std::max(1, least)); };
+    const int factor =
+        std::max(1, std::min(times(full.width, atLeast.width), times(full.height, atLeast.height)));
+    // The bitmap, and the upright one.
     const std::int64_t bytes =
-        std::int64_t{12} * pixelsOf({full.width / factor, full.height / factor});
+        std::int64_t{8} * pixelsOf({full.width / factor + 1, full.height / factor + 1});
     if (!canHold(full, std::ssize(file) + bytes +
                            static_cast<std::int64_t>(gdk_pixbuf_get_byte_length(pixbuf.get())))) {
         return std::nullopt;
     }
-    const Pixbuf reduced(factor > 1
-                             ? gdk_pixbuf_scale_simple(pixbuf.get(), full.width / factor,
-                                                       full.height / factor, GDK_INTERP_BILINEAR)
-                             : GDK_PIXBUF(g_object_ref(pixbuf.get())));
-    std::optional<Bitmap> bitmap = reduced ? toBitmap(reduced.get()) : std::nullopt;
+    std::optional<Bitmap> bitmap = toBitmap(pixbuf.get(), factor);
     if (!bitmap) return std::nullopt;
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
     applyProfile(*bitmap, pixbuf.get(), file, *reader);

@@ -40,6 +40,7 @@ std::optional<Bitmap> Bitmap::copy() const {
     Bitmap copied(size_, rowBytes_, std::move(pixels));
     copied.nominalSize_ = nominalSize_;
     copied.extent_ = extent_;
+    copied.averaged_ = averaged_;
     return copied;
 }
 

@@ -43,6 +43,11 @@ class Bitmap {
     const PixelRect& extent() const { return extent_; }
     void setExtent(const PixelRect& extent) { extent_ = extent; }
 
+    /// How many samples a side of the original each pixel is the mean of: 1 unless a decoder has
+    /// averaged.
+    int averaged() const { return averaged_; }
+    void setAveraged(int samples) { averaged_ = samples; }
+
   private:
     using Memory = std::unique_ptr<std::uint8_t, Releaser<std::free>>;
 
@@ -53,6 +58,7 @@ class Bitmap {
     Memory pixels_;
     Size nominalSize_;
     PixelRect extent_;
+    int averaged_ = 1;
 };
 
 }  // namespace tkv

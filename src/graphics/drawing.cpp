@@ -20,6 +20,11 @@ PixelRect pixelsOf(const Bitmap& bitmap, const Rect& units) {
             units.width * x, units.height * y};
 }
 
+/// The pixels of a picture's part; `Rect{}` means all of it.
+PixelRect partOf(const Bitmap& picture, const Rect& from) {
+    return from == Rect{} ? picture.extent() : pixelsOf(picture, from);
+}
+
 void addRectangle(cairo_t* context, const PixelRect& rect) {
     cairo_rectangle(context, rect.left, rect.top, rect.width, rect.height);
 }
@@ -32,12 +37,6 @@ CairoContext contextOn(Bitmap& bitmap) {
 /// on; a surface's error propagates to the context that draws on it or with it.
 bool isDrawn(cairo_t* context) {
     return cairo_status(context) == CAIRO_STATUS_SUCCESS;
-}
-
-void sampleSource(cairo_t* context, cairo_extend_t beyond, cairo_filter_t filter) {
-    if (!isDrawn(context)) return;  // cairo_get_source would create a source, and leak it.
-    cairo_pattern_set_extend(cairo_get_source(context), beyond);
-    cairo_pattern_set_filter(cairo_get_source(context), filter);
 }
 
 bool isEmpty(const PixelRect& rect) {
@@ -67,24 +66,21 @@ PixelRect scaled(const PixelRect& rect, const PixelRect& from, const PixelRect& 
             rect.width * x, rect.height * y};
 }
 
-/// Whether cairo may scale a picture by that many of its pixels per drawn one: bilinear filtering
-/// is good enough for enlarging, and while nearly all pixels are kept.
-bool cairoScales(const Bitmap& picture, double across, double down) {
-    constexpr double kNearlyAll = 1.25;
+/// Whether a picture's part `from` is drawn at `to` pixel by pixel, by a surface that cairo takes.
+bool isUnscaled(const Bitmap& picture, const PixelRect& from, const PixelRect& to) {
     constexpr int kLargestSurface = 32767;
-    return std::max(across, down) <= kNearlyAll &&
+    const auto isWhole = [](double shift) { return shift == std::floor(shift); };
+    return from.width == to.width && from.height == to.height && isWhole(to.left - from.left) &&
+           isWhole(to.top - from.top) &&
            std::max(picture.width(), picture.height()) <= kLargestSurface;
 }
 
-/// Sets a picture as cairo's source, its part `from` at `to`.
-void setSource(cairo_t* context, const Bitmap& picture, const PixelRect& from,
-               const PixelRect& to) {
-    cairo_translate(context, to.left, to.top);
-    cairo_scale(context, to.width / from.width, to.height / from.height);
+/// Sets a picture as cairo's source, its top left pixel at a whole one of the target.
+void setSource(cairo_t* context, const Bitmap& picture, double left, double top) {
     const CairoSurface pixels = surfaceOn(picture);
-    cairo_set_source_surface(context, pixels.get(), -from.left, -from.top);
-    // Padding keeps the filter from blending transparency into the picture's edges.
-    sampleSource(context, CAIRO_EXTEND_PAD, CAIRO_FILTER_BILINEAR);
+    cairo_set_source_surface(context, pixels.get(), left, top);
+    if (!isDrawn(context)) return;  // cairo_get_source would create a source, and leak it.
+    cairo_pattern_set_filter(cairo_get_source(context), CAIRO_FILTER_NEAREST);
 }
 
 }  // namespace
@@ -111,7 +107,7 @@ bool fillRect(Bitmap& target, const Rect& area, const Color& color) {
 
 bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const Rect& to,
                  Compositing compositing, double opacity) {
-    const PixelRect source = from == Rect{} ? picture.extent() : pixelsOf(picture, from);
+    const PixelRect source = partOf(picture, from);
     const PixelRect destination = pixelsOf(target, to);
     if (isEmpty(source) || isEmpty(destination)) return true;
     const PixelRect whole = scaled(picture.extent(), source, destination);
@@ -127,16 +123,15 @@ bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const 
     cairo_clip(cr);
     addRectangle(cr, whole);
     cairo_clip(cr);
-    if (cairoScales(picture, source.width / destination.width,
-                    source.height / destination.height)) {
-        setSource(cr, picture, source, destination);
+    if (isUnscaled(picture, source, destination)) {
+        setSource(cr, picture, destination.left - source.left, destination.top - source.top);
     } else {
         // The clip antialiases fractional edges; the resampled bitmap covers whole pixels.
         const PixelRect area = touched(seen);
         const PixelSize size{static_cast<int>(area.width), static_cast<int>(area.height)};
         made = resampled(picture, scaled(area, destination, source), size);
         if (!made) return false;
-        setSource(cr, *made, made->extent(), area);
+        setSource(cr, *made, area.left, area.top);
     }
     cairo_set_operator(cr, compositing == Compositing::sourceOver ? CAIRO_OPERATOR_OVER
                                                                   : CAIRO_OPERATOR_DEST_OVER);
@@ -144,11 +139,25 @@ bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from, const 
     return isDrawn(cr);
 }
 
+std::optional<Bitmap> filledBy(PixelSize size, const Bitmap& picture, const Rect& from,
+                               const Rect& to) {
+    constexpr double kNothing = 1e-6;  // As much as rounding errors.
+    const PixelRect source = partOf(picture, from);
+    const PixelRect destination{to.x, size.height - to.y - to.height, to.width, to.height};
+    if (isEmpty(source) || isEmpty(destination)) return std::nullopt;
+    const PixelRect seen = common(destination, scaled(picture.extent(), source, destination));
+    if (seen.left > kNothing || seen.top > kNothing ||
+        seen.left + seen.width < size.width - kNothing ||
+        seen.top + seen.height < size.height - kNothing) {
+        return std::nullopt;
+    }
+    const PixelRect all{0, 0, static_cast<double>(size.width), static_cast<double>(size.height)};
+    return resampled(picture, scaled(all, destination, source), size);
+}
+
 bool blend(Bitmap& target, const PlacedBitmap& placed, double opacity) {
     const CairoContext context = contextOn(target);
-    const CairoSurface pixels = surfaceOn(placed.pixels);
-    cairo_set_source_surface(context.get(), pixels.get(), placed.left, placed.top);
-    sampleSource(context.get(), CAIRO_EXTEND_NONE, CAIRO_FILTER_NEAREST);
+    setSource(context.get(), placed.pixels, placed.left, placed.top);
     cairo_paint_with_alpha(context.get(), opacity);
     return isDrawn(context.get());
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "graphics/bitmap.h"
 #include "graphics/geometry.h"
 
@@ -15,10 +17,15 @@ enum class Compositing { sourceOver, destinationOver };
 
 /// Draws the part `from` of the picture (in the picture's drawing units; `Rect{}` means all of
 /// it) into the rectangle `to` of the target (in the target's drawing units), scaled, at `opacity`
-/// in 0..1. Where `from` reaches beyond the picture nothing is drawn. Downscaling averages,
-/// upscaling is bilinear.
+/// in 0..1. Where `from` reaches beyond the picture nothing is drawn. Scaling is that of
+/// graphics/resample.h.
 [[nodiscard]] bool drawPicture(Bitmap& target, const Bitmap& picture, const Rect& from,
                                const Rect& to, Compositing compositing, double opacity);
+
+/// What drawPicture would make of a transparent bitmap of that size, for less. None where the
+/// picture would not fill it, or without memory.
+std::optional<Bitmap> filledBy(PixelSize size, const Bitmap& picture, const Rect& from,
+                               const Rect& to);
 
 /// Pixels made for one place of a canvas, ready to be blended there unscaled: the top left one is
 /// `left` pixels from the canvas' left edge and `top` from its top edge; both may be negative.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <new>
 
 #include "graphics/codecs/codecs.h"
@@ -63,6 +64,12 @@ const Format* formatOf(ByteView head) {
 }
 
 }  // namespace
+
+PixelSize sufficientFor(Size shown) {
+    constexpr double kMore = 4.0 / 3;
+    return {static_cast<int>(std::ceil(shown.width * kMore)),
+            static_cast<int>(std::ceil(shown.height * kMore))};
+}
 
 PixelSize everyPixel(PixelSize full) {
     return full;

@@ -28,6 +28,11 @@ using Bytes = std::vector<std::uint8_t>;
 /// may then return any reduced picture that is at least that large.
 using NeededSize = std::function<PixelSize(PixelSize full)>;
 
+/// The pixels that suffice to show a picture at that size as if all were decoded: a third more a
+/// side. Decoders that average boxes of pixels fold finer patterns into coarser ones; then all but
+/// those that the drawing filters out stay apart.
+PixelSize sufficientFor(Size shown);
+
 /// Asks for every pixel of the picture.
 PixelSize everyPixel(PixelSize full);
 

@@ -72,6 +72,7 @@ std::optional<Bitmap> upright(Bitmap bitmap, int orientation) {
     if (!turned) return std::nullopt;
     turned->setNominalSize(nominal);
     turned->setExtent(extent);
+    turned->setAveraged(bitmap.averaged());
 
     const std::uint32_t* origin = bitmap.row(turn.fromBottom ? bitmap.height() - 1 : 0) +
                                   (turn.fromRight ? bitmap.width() - 1 : 0);

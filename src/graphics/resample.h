@@ -8,11 +8,12 @@ namespace tkv {
 
 /// The part `part` of the source's pixels, whose edges may be fractional, scaled to `size` pixels;
 /// beyond the source its edge pixels repeat. Pixels that are neither scaled nor moved are
-/// unchanged. None when there is no memory.
+/// unchanged, and no colour exceeds its alpha.
 ///
-/// Upscaling interpolates linearly. Downscaling convolves that with boxes of about one and one and
-/// a half output pixels: no weight is negative, so there is no ringing, and of a pattern above the
-/// output's Nyquist frequency next to no aliasing is left.
+/// Enlarging interpolates linearly. Shrinking convolves with a cubic four output pixels wide, whose
+/// second moment is zero: what is not too fine is neither blurred nor sharpened. Pixels that a
+/// decoder has averaged (Bitmap::averaged) are sharpened by what that took. docs/sharpness.md
+/// compares it with other filters.
 std::optional<Bitmap> resampled(const Bitmap& source, const PixelRect& part, PixelSize size);
 
 }  // namespace tkv

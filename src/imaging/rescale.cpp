@@ -36,13 +36,12 @@ RescaleMode modeRoutine(int modeInt) {
     }
 }
 
-/// The size at which a picture covers the box; no mode needs more of its pixels.
+/// The pixels of a picture that covers the box; no mode shows more of it.
 PixelSize coveringSize(PixelSize full, int dstW, int dstH) {
     const double f =
         std::min(static_cast<double>(full.width) / dstW, static_cast<double>(full.height) / dstH);
     if (!(f > 1)) return full;
-    return {static_cast<int>(std::ceil(full.width / f)),
-            static_cast<int>(std::ceil(full.height / f))};
+    return sufficientFor({full.width / f, full.height / f});
 }
 
 std::optional<Bitmap> loadFor(const std::string& path, int dstW, int dstH) {

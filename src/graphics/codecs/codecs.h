@@ -27,7 +27,7 @@ std::optional<Bitmap> decodeJpeg(ByteView file, const NeededSize& needed);
 std::optional<Bytes> encodeJpeg(const Bitmap& bitmap, std::optional<float> factor = {});
 
 bool isJpeg2000(ByteView head);
-/// A JP2 file or a raw codestream, one resolution level finer than `needed` asks for: reduced
+/// A JP2 file or a raw codestream, half as many pixels again a side as `needed` asks for: reduced
 /// pictures of this format overshoot at edges, which the drawing's downscaling then averages away.
 std::optional<Bitmap> decodeJpeg2000(ByteView file, const NeededSize& needed);
 /// Lossless JP2; with an alpha channel only when some pixel is not opaque.

@@ -219,6 +219,7 @@ std::optional<Bitmap> Decoder::decode(ByteView file, const NeededSize& needed) {
     bitmap->setNominalSize({static_cast<double>(full.width), static_cast<double>(full.height)});
     bitmap->setExtent({0, 0, static_cast<double>(full.width) / divisor,
                        static_cast<double>(full.height) / divisor});
+    bitmap->setAveraged(divisor);
     convertColors(*bitmap);
     return upright(std::move(*bitmap), turn);
 }

@@ -260,7 +260,10 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
         return components * pixelsOf(sizeAfter(*image, times));
     };
     if (samples(0) > kSamplesFreely + kSamplesPerByte * std::ssize(file)) return std::nullopt;
-    if (halvings > 0 && samples(halvings - 1) <= kMostSamples) --halvings;
+    const PixelSize reduced = sizeAfter(*image, halvings);
+    const bool isFine =
+        2 * reduced.width >= 3 * atLeast.width && 2 * reduced.height >= 3 * atLeast.height;
+    if (halvings > 0 && !isFine && samples(halvings - 1) <= kMostSamples) --halvings;
     // The library holds planar components of four bytes a sample, both of the picture and of a
     // tile.
     const std::int64_t bytes =
