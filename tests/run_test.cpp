@@ -5,7 +5,6 @@
 #include <atomic>
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <stdexcept>
 #include <thread>
 
@@ -114,7 +113,10 @@ TEST(Programs, EndWithWhatTheyHaveStarted) {
     ProgramStop stop;
     const TempFolder folder;
     const std::string script = fmt::format("sleep 60 & echo $! >{}; wait", folder.file("child"));
-    const auto child = [&] { return std::atoi(readText(folder.file("child")).c_str()); };
+    const auto child = [&] {
+        const std::string text = readText(folder.file("child"));
+        return text.empty() ? 0 : std::stoi(text);
+    };
     std::jthread other([&] {
         while (child() == 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(5));

@@ -51,7 +51,7 @@ void resetSignals() {
     }
     sigset_t none;
     sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    pthread_sigmask(SIG_SETMASK, &none, nullptr);
 }
 
 // False with errno set.

@@ -61,7 +61,7 @@ std::optional<std::tm> momentIn(const std::string& text) {
 }
 
 std::string ownCaption(const FilmRequest& request, const Film& film, const std::string& language) {
-    const std::string caption = captionOf(request, film.title);
+    std::string caption = captionOf(request, film.title);
     const std::string name = withoutExtension(lastComponent(request.path));
     const bool isByName = caption == readableName(request.path);
     if (request.caption || !isByName || !isCameraName(name)) return caption;

@@ -50,8 +50,7 @@ std::string titleOf(const Project& project, const std::vector<DiscFilm>& films) 
         return std::filesystem::path(film.path).parent_path();
     };
     const auto first = folder(project.films.front());
-    const std::string caption = films.front().caption;
-    if (films.size() == 1 || isPlain(first, project)) return caption;
+    if (films.size() == 1 || isPlain(first, project)) return films.front().caption;
     const bool isCommon = std::ranges::all_of(
         project.films, [&](const FilmRequest& film) { return folder(film) == first; });
     return isCommon && first.has_filename() ? readableName(first.string()) : "";
