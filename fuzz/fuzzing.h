@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 #include <string_view>
 
-#include "graphics/bitmap.h"
+#include "graphics/codecs/codecs.h"
 
 // What the targets share. Each target is a file with the one function below, which libFuzzer calls
 // with inputs of its own invention, and the replay with those in files.
@@ -15,6 +16,23 @@ namespace tkv::fuzz {
 
 /// Aborts with a line that says what did not hold: the input is a crash then.
 void require(bool holds, std::string_view what);
+
+/// Requires that what is done while it lives takes no longer: processor time of all threads, which
+/// other load does not change.
+class TimeLimit {
+  public:
+    explicit TimeLimit(double seconds) : seconds_(seconds) {}
+    ~TimeLimit();
+    TimeLimit(const TimeLimit&) = delete;
+    TimeLimit& operator=(const TimeLimit&) = delete;
+
+  private:
+    std::clock_t began_ = std::clock();
+    double seconds_;
+};
+
+/// The file that an input stands for: itself, or what the target's maker makes of it.
+Bytes fileFrom(ByteView input);
 
 /// A folder of this process alone, made by the first call, and removed when the process ends. From
 /// then on it is also the home folder, so that even the Trash is in it, and the lines of the log go

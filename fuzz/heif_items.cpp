@@ -2,13 +2,14 @@
 
 #include "fuzzing.h"
 
-// Any bytes as a HEIF or AVIF file, whose items are walked.
+// Any bytes, or what is made of them, as a HEIF or AVIF file, whose items are walked.
 
 using namespace tkv;
 using namespace tkv::fuzz;
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const ByteView file(data, size);
+    const Bytes file = fileFrom({data, size});
+    const TimeLimit limit(0.5);
     require(bytesForHeif(file).value_or(16) >= 16, "a picture has a pixel");
     const HeifColors colors = colorsOfHeif(file);
     require(colors.icc.size() <= size, "a profile lies in the file");
@@ -16,6 +17,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::size_t bytes = 0;
     for (const ByteView part : stillParts(file))
         bytes += part.size();
-    require(bytes <= size, "what is read is no more than the file");
+    require(bytes <= file.size(), "what is read is no more than the file");
     return 0;
 }

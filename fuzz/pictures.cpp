@@ -6,7 +6,7 @@
 #include "graphics/picture_faults.h"
 #include "system/module.h"
 
-// Any bytes as a picture file, whole and reduced, drawn as a page would.
+// Any bytes, or what is made of them, as a picture file, whole and reduced, drawn as a page would.
 
 using namespace tkv;
 using namespace tkv::fuzz;
@@ -32,7 +32,10 @@ void look(const std::optional<Bitmap>& picture) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     // Decoding a large picture in full would take the time of thousands of other inputs.
     constexpr std::int64_t kManyPixels = 4'000'000;
-    const std::string path = scratchFile("picture", data, size);
+    const Bytes file = fileFrom({data, size});
+    // Thrice what a picture costs at most, for the sanitizers; small ones are decoded twice.
+    const TimeLimit limit(9);
+    const std::string path = scratchFile("picture", file.data(), file.size());
     PixelSize full;
     const std::optional<Bitmap> picture = decodePicture(path, [&](PixelSize upright) {
         full = upright;

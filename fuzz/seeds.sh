@@ -9,7 +9,8 @@ rm -rf "$seeds"
 mkdir -p "$seeds"
 cd "$seeds"
 for run in jpeg jpeg2000 png gif tiff bmp webp others exif profile encoders text helpers removal \
-    heif_items words pages project_file film_answer plan; do
+    heif_items words pages project_file film_answer plan png_made tiff_made heif_made \
+    heif_items_made profile_made; do
     mkdir "$run"
 done
 convert=convert-im6.q16
@@ -104,6 +105,29 @@ profile 'RGB ' 'XYZ ' wtpt $parts/white rXYZ $parts/color gXYZ $parts/color bXYZ
     rTRC $parts/gamma gTRC $parts/curve bTRC $parts/gamma >profile/rgb
 profile 'CMYK' 'Lab ' wtpt $parts/white A2B0 $parts/lut >profile/inks
 exiftool -q -overwrite_original '-icc_profile<=profile/rgb' -n -Orientation=6 jpeg/coarse.jpg
+
+# ---- Recipes, each of which makes a valid file
+printf '\6\6\3\2\0\0' >png_made/plain
+printf '\6\6\3\3\1\0\12\0\0\0\3\x55' >png_made/palette
+printf '\6\6\3\6\0\0\0\1\1\4\12\1\1\2\4\12\3\0\1\4\14' >png_made/texts
+printf '\0\0\0\0\0\36\36\6\0\12\x55\0\5\5' >tiff_made/plain
+printf '\0\0\0\0\2\36\36\6\4\12\0\5\5' >tiff_made/deflated
+# The configuration of HEVC and a slice of 64 x 64 grey pixels, each after its length.
+coded=$(sed 's/../\\x&/g' <<'END' | tr -d '\n'
+5d0100000000000000000000000000000000000000000303200001001740010c01ffff01600000030090000003
+0000030078f024210001001a420101016000000300900000030000030078a0208105fe49308222000100064401
+c07180120e0000000a2601af00000300000300
+END
+)
+printf "$coded"'\0\0\0\0\0\6\6\0\0\0\0' >heif_made/one
+printf "$coded"'\1\0\0\2\0\7\7\1\1\1\1\0\0\0\0\6\6\0\0\0\0' >heif_made/grid
+printf "$coded"'\1\0\0\0\0\6\6\0\0\0\0\0\0\6\6\0\0\1\5\x80\0\0\0\0\1\1\0\0\0' >heif_made/alpha
+cp heif_made/* heif_items_made
+printf '\1\0\2\0\5\0\0\0' >profile_made/grey
+printf '\0\0\6\0\7\0\0\0\2\16\16\16\15\0\0\7\1\0\10\1\0\3\0\5\0\0\0\4\1\3\5\1\3' >profile_made/rgb
+printf '\2\1\0\0\0\x43\1\0' >profile_made/inks
+printf '\0\0\0\0\2\x33\1\0\2' >profile_made/stages
+printf '\0\0\20\0\7\0\0\0\2\16\16\16\15\0\0\1\0\4\x33\1\0\0\0' >profile_made/elements
 
 # ---- Texts
 printf '\200\0\0\x60\0\x70\0\x90\0\x40\0\0\x40\0\x40\0\1Un été à Αθήνα' >text/point

@@ -28,7 +28,7 @@ bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)
 fuzz_packages=(
     clang-14 libclang-rt-14-dev llvm-14
     imagemagick libimage-exiftool-perl libopenjp2-tools
-    libavif-gdk-pixbuf librsvg2-common webp-pixbuf-loader
+    heif-gdk-pixbuf libavif-gdk-pixbuf librsvg2-common webp-pixbuf-loader
 )
 
 # What the faults need besides: a network share that can be taken away, and what reads the table of
