@@ -33,7 +33,6 @@ struct Extent {
 
 struct Item {
     BoxType type;
-    bool isDeflated = false;
     std::vector<Extent> extents{};
     std::vector<IsoBox> properties{};
     std::vector<std::uint32_t> tiles{}, auxiliaries{};
@@ -99,8 +98,9 @@ bool Items::readItems(ByteView box) {
         Item item{.type = info.type()};
         info.text();
         if (item.type == "mime") {
+            // The library unpacks what is compressed without an end where it is damaged.
             info.text();
-            item.isDeflated = info.text() > 0;
+            if (info.text() > 0) return false;
         }
         if (!info.isSound() || !items_.emplace(id, item).second) return false;
     }
@@ -282,12 +282,10 @@ std::optional<std::int64_t> Items::pixelsOfGrid(const Item& item, int depth) {
 }
 
 std::int64_t Items::itemBytes() const {
-    constexpr std::uint64_t kMostDeflated = 1032;  // Times: the most that Deflate can do.
     std::int64_t all = 0;
     for (const auto& [id, item] : items_) {
         for (const Extent& extent : item.extents) {
-            const auto bytes = std::min<std::uint64_t>(extent.length, 1U << 30U);
-            all += static_cast<std::int64_t>(bytes * (item.isDeflated ? kMostDeflated : 1));
+            all += static_cast<std::int64_t>(std::min<std::uint64_t>(extent.length, 1U << 30U));
         }
     }
     return all;
