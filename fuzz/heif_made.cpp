@@ -76,6 +76,7 @@ Bytes tkv::fuzz::fileFrom(ByteView input) {
             put(data, width << 16U | height, 4);
             if (type == "iovl") fill(data, 8 * rows * columns);
             addReferences("dimg", rows * columns);
+            addProperty("pixi", Bytes{0, 0, 0, 0, 3, 8, 8, 8});
         } else {
             data = payload(recipe);
         }
