@@ -197,6 +197,10 @@ def heifs():
     heif("heic-256-tiles-of-16-megapixels", [grid(640, 16), square(40, 4096)],
          [(b"dimg", 1, [2] * 256)])
     heif("heic-1000-slices", [square(4096, 4096, 1000)], [])
+    # Of compressed metadata no more than the beginning is there.
+    heif("heic-half-a-deflate",
+         [square(64, 64), (b"mime\0text/xml\0deflate", [], zlib.compress(b"a" * 99)[:6])],
+         [(b"cdsc", 2, [1])])
 
 
 def profile(space, tags):
