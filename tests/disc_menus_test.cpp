@@ -41,7 +41,7 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
         double first;
         std::size_t period, seconds;
     } thumbnails[] = {
-        {19, 12, 2, 2, 30}, {36, 12, 2, 2, 30}, {53, 12, 0, 4, 30}, {23, 25, 1.3, 3, 3}};
+        {19, 12, 2, 2, 30}, {36, 12, 2, 2, 30}, {53, 12, 0, 4, 30}, {23, 25, 1.7, 3, 3}};
     for (const auto& [x, y, first, period, seconds] : thumbnails) {
         for (std::size_t i = 0; i < seconds; ++i) {
             const double moment = first + static_cast<double>(i % period);

@@ -399,9 +399,11 @@ TEST(Plan, SuitsFilmsOfEachKind) {
     EXPECT_EQ(plan.pages.at(2).buttons.at(0).text, "Chapter 10");
     EXPECT_NEAR(loadOf(plan).menuSeconds, 29.96 * (1 + 11 + 2), 0.1);
     EXPECT_EQ(plan.pages.at(13).buttons.back().action, Action(ShowFilms{0, 1}));
-    EXPECT_NEAR(plan.films[1].excerpts.at(6).span.from, 50, 0.02);
+    EXPECT_NEAR(plan.films[1].excerpts.at(6).span.from, 51, 0.02);
     const std::vector<Scene> scenes(13, {50, ""});
-    EXPECT_EQ(wantedExcerpts(plan.films[1], "", scenes)[6].range.first, 50 * 24);
+    const FrameRange range = wantedExcerpts(plan.films[1], "", scenes)[6].range;
+    EXPECT_EQ(range.first, 50 * 24);
+    EXPECT_NEAR(range.count, 10 * 24, 1) << "to the chapter's end";
     EXPECT_LE(plan.films[2].conversion.videoRate, plan.films[2].conversion.topVideoRate);
     for (const char* part : {"if (g4 eq 2) jump menu 3;", "id=\"0\" mode=\"widescreen\""})
         EXPECT_NE(authorFile(plan, {Strings(3), Strings(99)}, "").find(part), std::string::npos);

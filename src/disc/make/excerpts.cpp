@@ -60,12 +60,16 @@ std::vector<WantedExcerpt> wantedExcerpts(const DiscFilm& film, const std::strin
     const StandardFacts facts = factsOf(conversion.standard);
     std::vector<WantedExcerpt> all;
     for (std::size_t i = 0; i < film.excerpts.size(); ++i) {
-        const double start = scenes[i].seconds / conversion.speed * facts.frameRate.perSecond();
+        const auto frameAt = [&](double seconds) {
+            const double frame = seconds / conversion.speed * facts.frameRate.perSecond();
+            return static_cast<int>(std::round(std::min<double>(frame, conversion.frames)));
+        };
+        const Excerpt& excerpt = film.excerpts[i];
         WantedExcerpt wanted;
-        wanted.size = film.excerpts[i].size;
-        wanted.range.first =
-            std::clamp(static_cast<int>(std::round(start)), 0, conversion.frames - 1);
-        wanted.range.count = std::min(facts.menuFrames, conversion.frames - wanted.range.first);
+        wanted.size = excerpt.size;
+        wanted.range.first = std::clamp(frameAt(scenes[i].seconds), 0, conversion.frames - 1);
+        const int end = std::max(frameAt(excerpt.end), wanted.range.first + 1);
+        wanted.range.count = std::min(facts.menuFrames, end - wanted.range.first);
         wanted.name = Workshop::nameOf(
             "excerpt", "",
             {name, fmt::format("{} {} {} {}", wanted.range.first, wanted.range.count,

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <optional>
@@ -16,11 +17,20 @@ namespace tkv::disc {
 namespace {
 
 // Parts of the excerpt's span.
-constexpr std::array kPlaces{0.0, 0.02, 0.05, 0.1, 0.2, 0.4};
+constexpr std::array kPlaces{0.0, 0.05, 0.15, 0.3, 0.5, 0.8};
 
 // Levels of the standard deviation of the pixels' brightness: a picture of black or of a plain
 // colour stays below, noise and all.
 constexpr double kEnough = 12;
+
+// How long before a moment a keyframe may stand in for it, in seconds.
+constexpr double kNear = 0.25;
+
+// Of a film whose frames are not counted, keyframes are not known.
+bool hasKeyframeAt(const Film& film, double seconds) {
+    const auto next = std::ranges::upper_bound(film.keyframes, seconds);
+    return next != film.keyframes.begin() && seconds - *(next - 1) <= kNear;
+}
 
 double brightness(std::uint32_t pixel) {
     const std::uint32_t red = pixel >> 16 & 255U, green = pixel >> 8 & 255U, blue = pixel & 255U;
@@ -79,12 +89,11 @@ Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop
     const double length = std::max(0.0, span.until - span.from);
     for (const double place : kPlaces) {
         const double seconds = span.from + place * length;
-        // What somebody has chosen is to be seen as the film shows it.
-        const Moment moment{seconds, length == 0};
+        const Moment moment{seconds, length == 0 || !hasKeyframeAt(film.film, seconds)};
         const std::optional<Taken> taken = takePicture(film, moment, size, workshop);
         if (taken && taken->contrast > bestContrast) {
             bestContrast = taken->contrast;
-            best = {seconds, taken->name};
+            best = {seconds, taken->name, bestContrast >= kEnough || length == 0};
         }
         if (bestContrast >= kEnough || length == 0) break;
     }

@@ -12,11 +12,12 @@ namespace tkv::disc {
 struct Scene {
     double seconds = 0;   ///< of the film as it came
     std::string picture;  ///< a result of the workshop, 16:9 squeezed into the asked-for size
+    bool isSeen = true;   ///< Is something to be seen, or did somebody choose it?
 };
 
 /// Looks for the first such moment in a part of the film, at some places that lie the further apart
-/// the later they are; the best of them when nothing is to be seen at any. Throws DiscError when no
-/// picture can be taken.
+/// the later they are; the best of them when nothing is to be seen at any. The picture is that of
+/// the moment itself, within a quarter of a second. Throws DiscError when none can be taken.
 Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop& workshop);
 
 /// Where each excerpt of a film begins, in their order.

@@ -16,13 +16,19 @@ namespace {
 // of 4:3. The author of the disc would not complain about more, but write them wrongly.
 static_assert((kPageEntries + kNavigationButtons.size()) * 2 <= 36);
 
+// How long after its mark the excerpt of a chapter begins: so many seconds, or this part of a short
+// one.
+constexpr double kMarkSeconds = 1;
+constexpr double kMarkPart = 0.1;
+
 // In the order of kNavigationButtons.
 enum Navigation : std::size_t { playAll, previous, menu, next };
 
-void addEntry(MenuPage& page, DiscFilm& film, const Span& span, std::string caption,
+// `end`: of the excerpt, in seconds of the film as it came.
+void addEntry(MenuPage& page, DiscFilm& film, const Span& span, double end, std::string caption,
               const Action& action) {
     page.thumbnails.push_back({film.number, film.excerpts.size()});
-    film.excerpts.push_back({span, {}});
+    film.excerpts.push_back({span, end, {}});
     page.buttons.push_back({fmt::format("BT_{}", page.buttons.size()), std::move(caption), action});
 }
 
@@ -59,7 +65,7 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
         film.page = number;
         film.button = i - first;
         const bool leadsOn = film.chapterPages.count > 0 && !isOnly;
-        addEntry(page, film, film.span, film.caption,
+        addEntry(page, film, film.span, kLongestFilm, film.caption,
                  leadsOn ? Action(ShowChapters{i, 0}) : Action(PlayFilm{i, 0}));
     }
     if (!isOnly) addLabel(page, playAll, labels.playAll, PlayAll{});
@@ -84,8 +90,11 @@ MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
         const Chapter& chapter = chapters[i];
         const double until =
             i + 1 == chapters.size() ? conversion.seconds : chapters[i + 1].seconds;
-        const Span span{chapter.seconds * conversion.speed, until * conversion.speed};
-        addEntry(page, film, span,
+        // Marks stand in a fade, or on the last frame before.
+        const double begin =
+            chapter.seconds + std::min(kMarkSeconds, (until - chapter.seconds) * kMarkPart);
+        const Span span{begin * conversion.speed, until * conversion.speed};
+        addEntry(page, film, span, span.until,
                  chapter.name.empty() ? withNumber(labels.chapter, static_cast<int>(i + 1))
                                       : chapter.name,
                  PlayFilm{film.number, i});

@@ -38,6 +38,7 @@ struct Span {
 /// The moving pictures of a thumbnail.
 struct Excerpt {
     Span span;
+    double end = 0;  ///< seconds of the film as it came, where it ends at the latest
     PixelSize size;  ///< of a picture
 };
 
