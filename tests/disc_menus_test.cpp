@@ -77,4 +77,45 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
     EXPECT_EQ(player.button(), 1);
 }
 
+// Pixels brighter than the surroundings, to all four sides of a point.
+PixelSize brightAround(const Bitmap& picture, int x, int y) {
+    const auto count = [&](int stepX, int stepY) {
+        int pixels = 0;
+        const auto isIn = [&] {
+            const int atX = x + stepX * pixels, atY = y + stepY * pixels;
+            return atX >= 0 && atY >= 0 && atX < picture.width() && atY < picture.height() &&
+                   (picture.row(atY)[atX] & 255U) > 90;
+        };
+        while (isIn())
+            ++pixels;
+        return pixels;
+    };
+    return {count(1, 0) + count(-1, 0), count(0, 1) + count(0, -1)};
+}
+
+TEST_F(Films, KeepCirclesRound) {
+    const auto circle = [](const char* size) {
+        return fmt::format(
+            "-f lavfi -i 'color=s={}:r=25:d=2,format=gray,geq=lum=if(lt(hypot(X-W/2\\,Y-H/2)\\,H/6)"
+            "\\,235\\,40)' ",
+            size);
+    };
+    make("wide.mkv", circle("640x360") + "-c:v ffv1");
+    make("narrow.mkv", circle("320x240") + "-c:v ffv1");
+    make("tall.png", circle("360x640") + "-frames:v 1");
+    const struct {
+        const char* words;
+        double diameter;
+    } rows[] = {{"wide.mkv", 540 / 3.0},
+                {"narrow.mkv", 540 / 3.0},
+                {"--background tall.png wide.mkv", 720.0 / 360 * 640 / 3}};
+    for (const auto& [words, diameter] : rows) {
+        expectDisc(fmt::format("--no-menu --no-image -o round {}", words));
+        const Bitmap shown = menu("round/jacket.jpg");
+        const PixelSize found = brightAround(shown, shown.width() / 2, shown.height() / 2);
+        EXPECT_NEAR(found.width, diameter, 5) << words;
+        EXPECT_NEAR(found.height, diameter, 5) << words;
+    }
+}
+
 }  // namespace tkv::test::disc

@@ -114,13 +114,13 @@ class DiscMaker {
         plan_ = planDisc(project_, std::move(films));
         if (const std::string why = whyNoDisc(plan_); !why.empty()) throw DiscError(why);
         setting_ = menuSettingOf(project_, plan_);
+        for (const std::string& line : planLines(plan_))
+            progress_.say(line);
         if (options_.isPreview) {
             makePreviews();
             tell(previewLines(options_, plan_));
             return;
         }
-        for (const std::string& line : planLines(plan_))
-            progress_.say(line);
         makePieces();
         author();
         workshop_.removeUnused();
@@ -179,7 +179,7 @@ class DiscMaker {
         }
         const std::string jacket = Workshop::unfinished("jacket.jpg");
         menus.drawJacket(plan_.title, jacketLine(plan_, project_.labels.minutes),
-                         jacketPicture(setting_, plan_, workshop_), jacket);
+                         makeJacketPicture(setting_, plan_, workshop_), jacket);
         folder_.put(jacket, "jacket.jpg");
     }
 

@@ -183,7 +183,8 @@ void MenuMaker::drawPreview(const MenuPage& page, const std::vector<std::string>
 
 void MenuMaker::drawJacket(const std::string& title, const std::string& line,
                            const std::string& background, const std::string& output) {
-    if (!dvdMenuPicture(jacketRequest(title, line, background, workshop_.path(output))))
+    const std::string behind = background.empty() ? "" : workshop_.path(background);
+    if (!dvdMenuPicture(jacketRequest(title, line, behind, workshop_.path(output))))
         throw DiscError("The jacket could not be drawn.");
 }
 

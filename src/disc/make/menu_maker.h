@@ -41,8 +41,8 @@ class MenuMaker {
     void drawPreview(const MenuPage& page, const std::vector<std::string>& thumbnails,
                      const std::string& output);
 
-    /// Draws the picture for the disc's case. `background`: absolute path of a picture; empty for
-    /// none. `output`: a name in the workshop.
+    /// Draws the picture for the disc's case. `background`, `output`: names in the workshop; the
+    /// first may be empty, for none.
     void drawJacket(const std::string& title, const std::string& line,
                     const std::string& background, const std::string& output);
 

@@ -22,10 +22,10 @@ constexpr PixelSize kWidePage{960, 540};
 
 constexpr float kPictureQuality = 0.95F;
 
-// Cut to the shape of a wide display and squeezed into the page, which is shown stretched.
-void cutPicture(const std::string& picture, const std::string& made) {
+// The picture cut to a shape, of square pixels, and stretched from it to the page's.
+void cutPicture(const std::string& picture, PixelSize shape, const std::string& made) {
     const std::string cut = made + ".png";
-    if (imgRescale(picture, cut, kWidePage.width, kWidePage.height, 0, kFillAndCrop, 1) &&
+    if (imgRescale(picture, cut, shape.width, shape.height, 0, kFillAndCrop, 1) &&
         imgRescale(cut, made, kPageSize.width, kPageSize.height, 0, kStretch, kPictureQuality))
         return;
     throw DiscError(fmt::format("{} cannot stand behind the menus: {}.", picture,
@@ -33,12 +33,24 @@ void cutPicture(const std::string& picture, const std::string& made) {
                     picture);
 }
 
-std::string sceneOf(const DiscFilm& film, PixelSize size, Workshop& workshop) {
-    return findScene(film, film.span, size, workshop).picture;
+// Of the first film on which something is to be seen; of the first of all when it is on none.
+struct DiscScene {
+    const DiscFilm& film;
+    std::string picture;
+};
+
+DiscScene sceneOf(const DiscPlan& plan, PixelSize size, Workshop& workshop) {
+    std::string first;
+    for (const DiscFilm& film : plan.films) {
+        const Scene scene = findScene(film, film.span, size, workshop);
+        if (scene.isSeen) return {film, scene.picture};
+        if (first.empty()) first = scene.picture;
+    }
+    return {plan.films.front(), first};
 }
 
-std::string blurredScene(const DiscFilm& film, Workshop& workshop) {
-    const std::string scene = sceneOf(film, kPageSize, workshop);
+std::string blurredScene(const DiscPlan& plan, Workshop& workshop) {
+    const auto& [film, scene] = sceneOf(plan, kPageSize, workshop);
     const auto commandFor = [&](const std::string& output) {
         return backgroundCommand(scene, film.film.video.aspect, kPageSize, output);
     };
@@ -77,16 +89,25 @@ std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Wor
         case BackgroundKind::picture:
             return workshop.result(
                 Workshop::nameOf("background", ".jpg", {stampOf({setting.picture})}),
-                [&](const std::string& made) { cutPicture(setting.picture, workshop.path(made)); });
+                [&](const std::string& made) {
+                    cutPicture(setting.picture, kWidePage, workshop.path(made));
+                });
         case BackgroundKind::scene:
-            return blurredScene(plan.films.front(), workshop);
+            return blurredScene(plan, workshop);
     }
     return "";
 }
 
-std::string jacketPicture(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop) {
-    if (setting.background != BackgroundKind::scene) return setting.picture;
-    return workshop.path(sceneOf(plan.films.front(), kWidePage, workshop));
+std::string makeJacketPicture(const MenuSetting& setting, const DiscPlan& plan,
+                              Workshop& workshop) {
+    if (setting.background == BackgroundKind::none) return "";
+    const bool isGiven = setting.background == BackgroundKind::picture;
+    const std::string scene = isGiven ? "" : sceneOf(plan, kWidePage, workshop).picture;
+    const std::string picture = isGiven ? setting.picture : workshop.path(scene);
+    const std::string source = isGiven ? stampOf({picture}) : scene;
+    return workshop.result(
+        Workshop::nameOf("jacket", ".jpg", {source}),
+        [&](const std::string& made) { cutPicture(picture, kPageSize, workshop.path(made)); });
 }
 
 }  // namespace tkv::disc

@@ -21,8 +21,8 @@ struct MenuSetting {
     MenuSound sound;
 };
 
-/// The setting that a project asks for; a scene is one of the first film. Looks at the sound's file
-/// for its stamp.
+/// The setting that a project asks for; a scene is one of the first film on which something is to
+/// be seen. Looks at the sound's file for its stamp.
 MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
 
 /// Makes the background, of the page's size: the picture cut to the shape of a wide display, or a
@@ -30,8 +30,9 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
 /// that is not possible.
 std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
 
-/// The absolute path of the picture behind the jacket, which may be a scene that is looked for;
-/// empty for none.
-std::string jacketPicture(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
+/// Makes the picture behind the jacket, of the jacket's size and cut to its shape, of the
+/// background that was given, or of a scene. Returns its name in the workshop; empty for none.
+/// Throws as makeBackground.
+std::string makeJacketPicture(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
 
 }  // namespace tkv::disc
