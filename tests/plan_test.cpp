@@ -5,10 +5,14 @@
 #include <set>
 
 #include "composer/navigation.h"
+#include "composer/page_geometry.h"
+#include "composer/page_texts.h"
 #include "disc/author/author_file.h"
 #include "disc/make/excerpts.h"
+#include "disc/make/text_fit.h"
 #include "disc/plan/chapters.h"
 #include "disc/plan/report.h"
+#include "graphics/text.h"
 #include "support.h"
 
 // The plan of a disc, without a film.
@@ -407,6 +411,48 @@ TEST(Plan, SuitsFilmsOfEachKind) {
     EXPECT_LE(plan.films[2].conversion.videoRate, plan.films[2].conversion.topVideoRate);
     for (const char* part : {"if (g4 eq 2) jump menu 3;", "id=\"0\" mode=\"widescreen\""})
         EXPECT_NE(authorFile(plan, {Strings(3), Strings(99)}, "").find(part), std::string::npos);
+}
+
+/// Left and right edge of a text's letters on the page.
+std::pair<int, int> extentOf(TextLayer layer) {
+    layer.attributes.shadow = {};
+    const auto drawn = rasterizeText(inCase(layer.text, layer.letterCase), layer.attributes,
+                                     layer.place, {kPageWidth, kPageHeight});
+    return drawn ? std::pair(drawn->left, drawn->left + drawn->pixels.width()) : std::pair(0, 0);
+}
+
+TEST(Texts, EndWhereTheirPlacesDo) {
+    const std::string names[] = {"Our summer in the mountains of Asturias 2024",
+                                 std::string(60, 'W'), "夏の思い出と山の風景と海の風景と川の風景",
+                                 "رحلة الصيف إلى الجبال والبحر مع العائلة",
+                                 std::string(100'000, 'i')};
+    for (std::size_t count = 1; count <= 9; ++count) {
+        for (const std::string& name : names) {
+            MenuRequest request;
+            request.isMainMenu = true;
+            request.thumbs.emplace(count, "a.jpg");
+            request.captions.emplace(count, name);
+            request.title = name;
+            request.dvdBt_readAll = "Play all";
+            fitTexts(request);
+            const ThumbnailLayout& layout = thumbnailLayout(true, count);
+            for (std::size_t i = 0; i < count; ++i) {
+                const std::string& caption = request.captions->at(i);
+                const auto [left, right] = extentOf(captionText(caption, layout, i));
+                const int begin = layout.place(i).x + layout.shiftX;
+                EXPECT_GE(left, begin - 1) << caption;
+                EXPECT_LE(right, begin + layout.source.width + 1) << caption;
+                EXPECT_TRUE(caption == name || right - left > layout.source.width / 2) << caption;
+            }
+            const int title = extentOf(titleText(request.title)).second;
+            EXPECT_LT(title, extentOf(navigationText(kNavigationButtons[0], "Play all")).first);
+        }
+    }
+    MenuRequest request;
+    request.thumbs.emplace(1, "a.jpg");
+    request.captions.emplace(1, "Short \xFF");
+    fitTexts(request);
+    EXPECT_EQ(request.captions->front(), "Short \uFFFD");
 }
 
 }  // namespace tkv::test::plan

@@ -6,6 +6,7 @@
 #include <utility>
 #include <variant>
 
+#include "composer/page_texts.h"
 #include "composer/reasons.h"
 #include "graphics/formats.h"
 #include "system/module.h"
@@ -70,18 +71,6 @@ std::optional<PlacedBitmap> preparePicture(const PictureLayer& layer, PixelSize 
     }
     picture->setNominalSize(layer.scaledTo);
     return placed(*picture, layer.source, layer.destination, canvas);
-}
-
-std::string inCase(const std::string& text, LetterCase letterCase) {
-    switch (letterCase) {
-        case LetterCase::capitalized:
-            return capitalized(text);
-        case LetterCase::upper:
-            return upperCased(text);
-        case LetterCase::asItIs:
-            break;
-    }
-    return text;
 }
 
 /// A text, scaled where it is laid out on another canvas.

@@ -1,5 +1,7 @@
 #include "composer/page_texts.h"
 
+#include "system/unicode.h"
+
 namespace tkv {
 
 namespace {
@@ -22,6 +24,18 @@ Alignment alignmentOf(std::optional<char> letter) {
 }
 
 }  // namespace
+
+std::string inCase(const std::string& text, LetterCase letterCase) {
+    switch (letterCase) {
+        case LetterCase::capitalized:
+            return capitalized(text);
+        case LetterCase::upper:
+            return upperCased(text);
+        case LetterCase::asItIs:
+            break;
+    }
+    return text;
+}
 
 TextAttributes captionTextAttributes(const std::optional<Color>& colour,
                                      std::optional<char> alignment, float size) {

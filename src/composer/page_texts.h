@@ -10,6 +10,9 @@
 
 namespace tkv {
 
+/// A text as it is drawn in that letter case.
+std::string inCase(const std::string& text, LetterCase letterCase);
+
 /// The style of every text on a page: ellipsized at its end, with a soft black drop shadow.
 /// `alignment`: 'r' right, 'c' centred, 'j' justified, any other or none left. `colour`: none means
 /// white. `size`: pixels; a negative one means 11.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "composer/navigation.h"
+#include "disc/make/text_fit.h"
 
 namespace tkv::disc {
 
@@ -27,6 +28,7 @@ MenuRequest pageRequest(const MenuPage& page, Standard standard, const std::stri
             std::ranges::find(kNavigationButtons, button.name, &NavigationButton::name);
         if (label != kNavigationButtons.end()) request.*label->label = button.text;
     }
+    fitTexts(request);
     return request;
 }
 
