@@ -9,6 +9,7 @@
 #include "composer/page_texts.h"
 #include "disc/author/author_file.h"
 #include "disc/make/excerpts.h"
+#include "disc/make/readability.h"
 #include "disc/make/text_fit.h"
 #include "disc/plan/chapters.h"
 #include "disc/plan/report.h"
@@ -414,10 +415,8 @@ TEST(Plan, SuitsFilmsOfEachKind) {
 }
 
 /// Left and right edge of a text's letters on the page.
-std::pair<int, int> extentOf(TextLayer layer) {
-    layer.attributes.shadow = {};
-    const auto drawn = rasterizeText(inCase(layer.text, layer.letterCase), layer.attributes,
-                                     layer.place, {kPageWidth, kPageHeight});
+std::pair<int, int> extentOf(const TextLayer& layer) {
+    const auto drawn = lettersOf(layer);
     return drawn ? std::pair(drawn->left, drawn->left + drawn->pixels.width()) : std::pair(0, 0);
 }
 
@@ -453,6 +452,26 @@ TEST(Texts, EndWhereTheirPlacesDo) {
     request.captions.emplace(1, "Short \xFF");
     fitTexts(request);
     EXPECT_EQ(request.captions->front(), "Short \uFFFD");
+}
+
+TEST(Texts, CanBeReadOnEveryBackground) {
+    const std::vector<Film> films(10, filmOf(100, 3));
+    const DiscPlan plan = planDisc(projectOf(films), films);
+    DiscPlan silent = plan;
+    silent.pages.resize(1);
+    silent.pages[0].buttons.resize(5);  // captions and title, all white
+    const struct {
+        Rgba color;
+        double orange,
+            white;  // levels behind a page's 0.6, by WCAG 2's formula
+    } rows[] = {{{255, 255, 255, 255}, 0.379, 0.776},
+                {{90, 90, 90, 255}, 1, 1},
+                {{255, 0, 0, 255}, 0.806, 1}};
+    for (const auto& [color, orange, white] : rows) {
+        const Bitmap background = painted({kPageWidth, kPageHeight}, color);
+        EXPECT_NEAR(dimmingFor(background, plan), orange, 0.001);
+        EXPECT_NEAR(dimmingFor(background, silent), white, 0.001);
+    }
 }
 
 }  // namespace tkv::test::plan

@@ -289,6 +289,7 @@ TEST(ProjectFile, ReadsBackAsItWasWritten) {
         true,
         true,
         false,
+        false,
         labels};
     const std::string text = projectFileText(full, folder.path());
     EXPECT_EQ(readBack(text, folder), full) << text;

@@ -6,6 +6,7 @@
 
 #include "composer/page_geometry.h"
 #include "disc/film/source.h"
+#include "disc/make/readability.h"
 #include "disc/make/scenes.h"
 #include "disc/run/fault.h"
 #include "graphics/picture_faults.h"
@@ -67,6 +68,7 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
     MenuSetting setting;
     setting.standard = plan.standard;
     setting.rate = plan.menuRate;
+    setting.dims = project.dimsBackground;
     if (!project.background) setting.background = BackgroundKind::scene;
     if (project.background && project.background != kNone) {
         setting.background = BackgroundKind::picture;
@@ -82,7 +84,9 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
     return setting;
 }
 
-std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop) {
+namespace {
+
+std::string ownBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop) {
     switch (setting.background) {
         case BackgroundKind::none:
             return "";
@@ -96,6 +100,14 @@ std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Wor
             return blurredScene(plan, workshop);
     }
     return "";
+}
+
+}  // namespace
+
+std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop) {
+    const std::string background = ownBackground(setting, plan, workshop);
+    if (background.empty() || !setting.dims) return background;
+    return dimmedBackground(background, plan, workshop);
 }
 
 std::string makeJacketPicture(const MenuSetting& setting, const DiscPlan& plan,

@@ -18,6 +18,7 @@ struct MenuSetting {
     int rate = 0;  ///< kb/s of the picture
     BackgroundKind background = BackgroundKind::none;
     std::string picture;  ///< absolute path of that background; of a scene none
+    bool dims = true;     ///< Is it darkened as far as the texts need it?
     MenuSound sound;
 };
 
@@ -26,8 +27,8 @@ struct MenuSetting {
 MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
 
 /// Makes the background, of the page's size: the picture cut to the shape of a wide display, or a
-/// scene that is blurred. Returns its name in the workshop; empty for none. Throws DiscError where
-/// that is not possible.
+/// scene that is blurred; dark enough for the texts if it is to be. Returns its name in the
+/// workshop; empty for none. Throws DiscError where that is not possible.
 std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
 
 /// Makes the picture behind the jacket, of the jacket's size and cut to its shape, of the

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "composer/navigation.h"
+#include "composer/page_geometry.h"
 #include "composer/page_texts.h"
 #include "composer/thumbnail_layout.h"
 #include "graphics/text.h"
@@ -74,17 +75,38 @@ double titleWidth(const MenuRequest& request) {
     return button.x + (kNavigationWidth - label) / 2 - kGap - kStart;
 }
 
+const ThumbnailLayout& layoutOf(const MenuRequest& request) {
+    return thumbnailLayout(request.isMainMenu, request.thumbs ? request.thumbs->size() : 0);
+}
+
 }  // namespace
 
 void fitTexts(MenuRequest& request) {
     if (request.title) request.title = fitted(titleText(request.title), titleWidth(request));
-    const std::size_t count = request.thumbs ? request.thumbs->size() : 0;
-    const ThumbnailLayout& layout = thumbnailLayout(request.isMainMenu, count);
     if (!request.captions) return;
+    const ThumbnailLayout& layout = layoutOf(request);
     for (std::size_t i = 0; i < request.captions->size(); ++i) {
         std::string& caption = (*request.captions)[i];
         caption = fitted(captionText(caption, layout, i), captionWidth(layout, i));
     }
+}
+
+std::vector<TextLayer> textsOf(const MenuRequest& request) {
+    std::vector<TextLayer> texts{titleText(request.title)};
+    const std::size_t captions = request.captions ? request.captions->size() : 0;
+    for (std::size_t i = 0; i < captions; ++i)
+        texts.push_back(captionText(request.captions->at(i), layoutOf(request), i));
+    for (const NavigationButton& button : kNavigationButtons) {
+        if (const auto& label = request.*button.label)
+            texts.push_back(navigationText(button, *label));
+    }
+    return texts;
+}
+
+std::optional<PlacedBitmap> lettersOf(TextLayer text) {
+    text.attributes.shadow = {};
+    return rasterizeText(inCase(text.text, text.letterCase), text.attributes, text.place,
+                         {kPageWidth, kPageHeight});
 }
 
 }  // namespace tkv::disc

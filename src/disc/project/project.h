@@ -66,6 +66,7 @@ struct Project {
     bool evenVolume = false;      ///< are the films made equally loud?
     bool playsFirstFilm = false;  ///< before the menu comes
     bool hasMenu = true;
+    bool dimsBackground = true;  ///< as far as the menus' texts need it
     Labels labels;
     /// Absolute paths of folders whose names say nothing of the films in them.
     std::vector<std::string> plainFolders{};
