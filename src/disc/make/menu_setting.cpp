@@ -51,9 +51,9 @@ DiscScene sceneOf(const DiscPlan& plan, PixelSize size, Workshop& workshop) {
 }
 
 std::string blurredScene(const DiscPlan& plan, Workshop& workshop) {
-    const auto& [film, scene] = sceneOf(plan, kPageSize, workshop);
+    const DiscScene found = sceneOf(plan, kPageSize, workshop);
     const auto commandFor = [&](const std::string& output) {
-        return backgroundCommand(scene, film.film.video.aspect, kPageSize, output);
+        return backgroundCommand(found.picture, found.film.film.video.aspect, kPageSize, output);
     };
     return workshop.result(
         Workshop::nameOf("background", ".jpg", commandFor("")), [&](const std::string& made) {
@@ -105,7 +105,7 @@ std::string ownBackground(const MenuSetting& setting, const DiscPlan& plan, Work
 }  // namespace
 
 std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop) {
-    const std::string background = ownBackground(setting, plan, workshop);
+    std::string background = ownBackground(setting, plan, workshop);
     if (background.empty() || !setting.dims) return background;
     return dimmedBackground(background, plan, workshop);
 }

@@ -21,7 +21,7 @@ namespace tkv::disc {
 namespace {
 
 constexpr PixelSize kPage{kPageWidth, kPageHeight};
-constexpr float kPictureQuality = 0.95F;
+constexpr float kDimmedQuality = 0.95F;
 
 // Of the brightest pixels behind a text, so many are left out: points that nobody sees.
 constexpr double kLeftOut = 0.05;
@@ -115,7 +115,7 @@ std::string dimmedBackground(const std::string& background, const DiscPlan& plan
             }
             const std::string path = workshop.path(made);
             if (!imgRescale(&*picture, path, kPage.width, kPage.height, 0, kStretch,
-                            kPictureQuality))
+                            kDimmedQuality))
                 failOn(path, "written");
         });
 }

@@ -34,7 +34,7 @@ double widthOf(TextLayer layer) {
 
 // As much of the text's beginning as fits.
 std::string fitted(TextLayer layer, double width) {
-    const std::string text = validUtf8(layer.text);
+    std::string text = validUtf8(layer.text);
     const auto fits = [&](const std::string& part) {
         layer.text = part;
         return widthOf(layer) <= width;
