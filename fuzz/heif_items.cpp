@@ -12,7 +12,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const TimeLimit limit(0.5);
     require(bytesForHeif(file).value_or(16) >= 16, "a picture has a pixel");
     const HeifColors colors = colorsOfHeif(file);
-    require(colors.icc.size() <= size, "a profile lies in the file");
+    require(colors.icc.size() <= file.size(), "a profile lies in the file");
     static_cast<void>(profileOfCodes(colors.codes));
     std::size_t bytes = 0;
     for (const ByteView part : stillParts(file))
