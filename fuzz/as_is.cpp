@@ -1,6 +1,6 @@
 #include "fuzzing.h"
 
-// The linker takes this only where the target itself has no maker.
+// Of targets without a maker.
 
 tkv::Bytes tkv::fuzz::fileFrom(ByteView input) {
     return {input.begin(), input.end()};
