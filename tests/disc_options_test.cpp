@@ -78,7 +78,7 @@ TEST_F(Films, FollowTheOptions) {
         Rgba color;
     } places[] = {
         {"--background none " + film, 20, 180, {0, 0, 0, 255}},
-        {"--background green.ppm " + film, 20, 180, {0, 153, 0, 255}},
+        {"--background green.ppm " + film, 20, 180, {0, 110, 0, 255}},  // dimmed for the texts
         {film, 20, 180, {118, 0, 0, 255}},
         {four, 395, 50, {253, 2, 2, 255}},
         {four + film, 395, 50, {0, 0, 0, 255}},
