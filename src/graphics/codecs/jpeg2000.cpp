@@ -261,8 +261,9 @@ std::optional<Bitmap> decode(ByteView file, const NeededSize& needed) {
     };
     if (samples(0) > kSamplesFreely + kSamplesPerByte * std::ssize(file)) return std::nullopt;
     const PixelSize reduced = sizeAfter(*image, halvings);
-    const bool isFine =
-        2 * reduced.width >= 3 * atLeast.width && 2 * reduced.height >= 3 * atLeast.height;
+    // The wavelet's lowpass amplifies its own uppermost octave by up to an eighth, which is to lie
+    // beyond what is shown.
+    const bool isFine = reduced.width >= 3 * atLeast.width && reduced.height >= 3 * atLeast.height;
     if (halvings > 0 && !isFine && samples(halvings - 1) <= kMostSamples) --halvings;
     // The library holds planar components of four bytes a sample, both of the picture and of a
     // tile.
