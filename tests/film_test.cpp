@@ -168,10 +168,9 @@ TEST(FilmEncoding, KeepsColors) {
         EXPECT_TRUE(near(pixel(shown, 360, 288), kGreen, 3));
         EXPECT_TRUE(near(pixel(shown, 600, 288), kBlue, 3));
         const std::string still = folder.file("still.jpg");
-        runQuietly(pictureCommand(film, conversion.colors, {100}, {480, 360}, still));
+        runQuietly(pictureCommand(film, conversion.colors, {100}, onPage({480, 360}), still));
         EXPECT_TRUE(near(pixel(*decodePicture(still), 240, 180), kGreen, 4));
-        EXPECT_TRUE(
-            near(pixel(*decodePicture(still), 20, 180), conversion.isWide ? kRed : kBlack, 4));
+        EXPECT_TRUE(near(pixel(*decodePicture(still), 20, 180), kRed, 4)) << "without bars";
     }
 }
 
@@ -227,7 +226,7 @@ TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
                                     "| grep -o 'silence_start: .*'");
     EXPECT_NEAR(std::stod(silence.substr(15)), 1.5 * 24 / 25, 0.02);
     const std::string still = folder.file("still.jpg");
-    runQuietly(pictureCommand(film, conversion.colors, {100}, {80, 60}, still));
+    runQuietly(pictureCommand(film, conversion.colors, {100}, onPage({80, 60}), still));
     EXPECT_TRUE(decodePicture(still)) << "long behind the only keyframe";
 }
 
@@ -263,7 +262,6 @@ TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
         const int grey = static_cast<int>(std::lround(frame * 10 * 255 / 219.0));
         const Bitmap picture = decodePicture(folder.file(name)).value();
         EXPECT_TRUE(near(pixel(picture, 80, 60), {grey, grey, grey, 255}, 4)) << name;
-        EXPECT_TRUE(near(pixel(picture, 10, 60), kBlack, 4)) << name;
     };
     const int frames[] = {2, 3, 8, 9, 10};
     for (int i = 0; i < 5; ++i)

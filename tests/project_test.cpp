@@ -213,7 +213,7 @@ TEST(CommandLine, CountsMoreThanTheFile) {
         "my.toml",
         "language = 'fr'\nformat = 'pal'\nsize = 'dvd9'\nlabels = {next = 'Après', menu = 'M'}\n"
         "film = [{path = 'b/../a.mp4', excerpt = 83, chapters = ['0:00', '5m  Les 5 m ']},\n"
-        "{path = '~/c.mp4', excerpt = '1:23.5'}]\n");
+        "{path = '~/c.mp4', excerpt = [5, '1:23.5']}]\n");
     const ScopedVariable home("HOME", "/homes/ada");
     const Project project =
         optionsOf({"z.mp4", file, "-o", "x", "--ntsc", "--language=de", "--label", "menu=N"})
@@ -222,8 +222,8 @@ TEST(CommandLine, CountsMoreThanTheFile) {
     const Labels& labels = project.labels;
     EXPECT_EQ(labels.language + labels.next + labels.menu + labels.previous, "deAprèsNZurück");
     const std::vector<FilmRequest> films{
-        {folder.file("a.mp4"), {}, 83, std::vector<Chapter>{{0, ""}, {300, "Les 5 m"}}},
-        {"/homes/ada/c.mp4", {}, 83.5, {}},
+        {folder.file("a.mp4"), {}, {83}, std::vector<Chapter>{{0, ""}, {300, "Les 5 m"}}},
+        {"/homes/ada/c.mp4", {}, {5, 83.5}, {}},
         {fs::current_path() / "z.mp4", {}, {}, {}, true}};
     EXPECT_EQ(project.films, films);
 }
@@ -245,6 +245,7 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"[[film]]\npath = 'x'\ntitle = 'x'", ":3: nothing here is called 'title'"},
           {"[[film]]\npath = 'x'\nexcerpt = -1", ":3: excerpt wants a time"},
           {"[[film]]\npath = 'x'\nexcerpt = nan", ":3: excerpt wants a time"},
+          {"[[film]]\npath = 'x'\nexcerpt = [1,\n'x']", ":4: excerpt wants a time"},
           {"[[film]]\npath = 'x'\nchapters = [\n'0:00',\n'Home']", ":5: chapters wants a list"},
           {"title = 'a'\ntitle = 'b'", ":2: "},
           {"title = 'a", ":1: "},
@@ -276,8 +277,8 @@ TEST(ProjectFile, ReadsBackAsItWasWritten) {
     Labels labels = labelsOf("ja");
     labels.menu = odd;
     const Project full{
-        {{folder.file("~x"), odd, 83.25, std::vector<Chapter>{{0, ""}, {4000.5, "5m " + odd}}},
-         {folder.file(odd), "", 0, std::vector<Chapter>{}},
+        {{folder.file("~x"), odd, {83.25}, std::vector<Chapter>{{0, ""}, {4000.5, "5m " + odd}}},
+         {folder.file(odd), "", {0, 7.5, 1}, std::vector<Chapter>{}},
          {folder.path() + "x/y", "c", {}, {}},
          {folder.path(), "d", {}, {}}},
         odd,

@@ -32,8 +32,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Of the frames of an excerpt, and of what two menus are made of.
-constexpr std::int64_t kExcerptBytes = 10 << 20;
+// Of a pixel of an excerpt, at most, in all frames and on the way; and of what two menus are made
+// of.
+constexpr std::int64_t kExcerptBytes = 500;
 constexpr std::int64_t kPageBytes = 200 << 20;
 
 // A run replaces nothing that it is made of.
@@ -144,14 +145,14 @@ class DiscMaker {
     void makePreviews() {
         MenuMaker menus = menuMaker();
         const std::string pictures = workshop_.newFolder("menus");
-        Excerpts scenes(plan_.films.size());
-        sideBySide(scenes.size(), stop_, [&](std::size_t film) {
-            const Workshop::Lock lock(workshop_, plan_.films[film].film.source.stamp);
-            for (const Scene& scene : findScenes(plan_.films[film], workshop_))
-                scenes[film].push_back(scene.picture);
+        Excerpts stills(plan_.films.size());
+        sideBySide(stills.size(), stop_, [&](std::size_t number) {
+            const DiscFilm& film = plan_.films[number];
+            const Workshop::Lock lock(workshop_, film.film.source.stamp);
+            stills[number] = stillExcerpts(film, findScenes(film, workshop_), workshop_);
         });
         for (const MenuPage& page : plan_.pages)
-            menus.drawPreview(page, thumbnailsOf(page, scenes), pictureOf(page, pictures));
+            menus.drawPreview(page, thumbnailsOf(page, stills), pictureOf(page, pictures));
         folder_.put(pictures, "menus");
     }
 
@@ -229,8 +230,10 @@ class DiscMaker {
     // The pieces, the disc and the image hold the same bytes.
     std::int64_t bytesNeeded() const {
         std::int64_t bytes = plan_.bytes * (options_.makesImage ? 3 : 2);
-        for (const DiscFilm& film : plan_.films)
-            bytes += kExcerptBytes * static_cast<std::int64_t>(film.excerpts.size());
+        for (const DiscFilm& film : plan_.films) {
+            for (const Excerpt& excerpt : film.excerpts)
+                bytes += kExcerptBytes * excerpt.shape.frame.width * excerpt.shape.frame.height;
+        }
         if (!plan_.pages.empty()) bytes += kPageBytes;
         for (const std::string& name : pieces_.films) {
             std::error_code error;

@@ -147,7 +147,7 @@ Arguments soundArguments(const Film& film, const Conversion& conversion, double 
 
 // As many pictures as come, numbered from 0.
 Arguments jpegArguments(const std::string& pattern) {
-    return {"-c:v", "mjpeg",  "-q:v",          "3", "-fps_mode", "passthrough",
+    return {"-c:v", "mjpeg",  "-q:v",          "2", "-fps_mode", "passthrough",
             "-f",   "image2", "-start_number", "0", pattern};
 }
 
@@ -218,14 +218,14 @@ Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversio
     append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
     append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
     append(arguments,
-           {"-vf", framesFrom(seconds - start, rate) + excerptFiltersOf(size, conversion.isWide)});
+           {"-vf", framesFrom(seconds - start, rate) + excerptFiltersOf(size, conversion)});
     append(arguments, {"-frames:v", fmt::format("{}", range.count)});
     append(arguments, jpegArguments(pattern));
     return arguments;
 }
 
 Arguments pictureCommand(const Film& film, const SourceColors& colors, const Moment& moment,
-                         PixelSize size, const std::string& output) {
+                         const Raster& raster, const std::string& output) {
     // A stream without an index is entered anywhere, and one keyframe at least is to come from
     // there.
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;
@@ -239,7 +239,7 @@ Arguments pictureCommand(const Film& film, const SourceColors& colors, const Mom
     if (start > 0) append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
     append(arguments,
            {"-i", inputName(film.source.files), "-map", fmt::format("0:{}", film.video.index)});
-    std::string filters = stillFilters(film.video, colors, size);
+    std::string filters = stillFilters(film.video, colors, raster);
     if (moment.isExact) {
         const double from = seconds - start + (start > 0 ? 0 : film.video.start);
         filters = framesFrom(from, film.video.frameRate) + filters;

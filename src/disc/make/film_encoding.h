@@ -15,7 +15,7 @@ namespace tkv::disc {
 
 /// Pictures that are written while a film is encoded: those of all ranges, one after another.
 struct ExcerptOutput {
-    PixelSize size;                  ///< what a picture of 16:9 is squeezed into
+    PixelSize size;                  ///< in the page's pixels
     std::vector<FrameRange> ranges;  ///< in order, none touching another
     std::string pattern;             ///< a name with a %06d, which counts from 0
 };
@@ -54,9 +54,8 @@ struct Moment {
     bool isExact = false;
 };
 
-/// Takes one picture at a moment: the picture of 16:9, with bars where the film has another shape,
-/// squeezed into `size`, as a JPEG.
+/// Takes one picture at a moment, as a JPEG.
 Arguments pictureCommand(const Film& film, const SourceColors& colors, const Moment& moment,
-                         PixelSize size, const std::string& output);
+                         const Raster& raster, const std::string& output);
 
 }  // namespace tkv::disc

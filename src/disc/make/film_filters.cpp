@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <string_view>
 
 namespace tkv::disc {
@@ -48,11 +49,64 @@ std::string asJpeg(PixelSize size) {
         size.width, size.height);
 }
 
-// A disc's frame, brought to the height of an excerpt. A frame of 4:3 gets bars.
-std::string excerptPicture(PixelSize size, bool isWide) {
-    const Placement placement =
-        placedIn(size, kWideAspect, isWide ? kWideAspect : kNarrowAspect, {2, 2});
-    return asJpeg({placement.width, placement.height}) + padded(placement, size);
+// How much of a picture may go at each of two edges for it to fill another shape. It does for 4:3
+// and 2.39:1 in 16:9.
+constexpr double kMostCut = 0.13;
+
+// The part of a frame that shows something, in parts of its width and height from the top left, and
+// its shape on the screen.
+struct Seen {
+    double x = 0, y = 0, width = 1, height = 1;
+    double aspect = 0;
+};
+
+Seen seenOf(const Conversion& conversion) {
+    const PixelSize raster{kRasterWidth, factsOf(conversion.standard).rasterHeight};
+    const Placement& placement = conversion.placement;
+    Seen seen;
+    seen.x = static_cast<double>(placement.x) / raster.width;
+    seen.y = static_cast<double>(placement.y) / raster.height;
+    seen.width = static_cast<double>(placement.width) / raster.width;
+    seen.height = static_cast<double>(placement.height) / raster.height;
+    const double frame = conversion.isWide ? kWideAspect : kNarrowAspect;
+    seen.aspect = frame * seen.width / seen.height;
+    return seen;
+}
+
+// The largest part of that shape in its middle.
+Seen middleOf(const Seen& seen, double shape) {
+    const double width = std::min(1.0, shape / seen.aspect);
+    const double height = std::min(1.0, seen.aspect / shape);
+    return {seen.x + seen.width * (1 - width) / 2, seen.y + seen.height * (1 - height) / 2,
+            seen.width * width, seen.height * height, shape};
+}
+
+std::string cutTo(const Seen& seen) {
+    return fmt::format("crop=iw*{:.6f}:ih*{:.6f}:iw*{:.6f}:ih*{:.6f}", seen.width, seen.height,
+                       seen.x, seen.y);
+}
+
+// Makes a picture of that raster which the seen part fills. `scaled`: what brings a part to a size.
+template <typename Scaled>
+std::string filled(const Seen& seen, const Raster& raster, const Scaled& scaled) {
+    const auto& [size, shape] = raster;
+    const std::string middle = fmt::format("{},{}", cutTo(middleOf(seen, shape)), scaled(size));
+    if (isCutToFill(seen.aspect, shape)) return middle;
+    const Placement placement = placedIn(size, shape, seen.aspect, {2, 2});
+    // Labels are those of the whole graph.
+    return fmt::format(
+        "split[for{0}][around{0}];[around{0}]{1},gblur=sigma={2},eq=brightness=-0.14[behind{0}]"
+        ";[for{0}]{3},{4}[whole{0}];[behind{0}][whole{0}]overlay={5}:{6}",
+        fmt::format("{}x{}", size.width, size.height), middle, size.height / 12, cutTo(seen),
+        scaled({placement.width, placement.height}), placement.x, placement.y);
+}
+
+// A disc's frame as a picture of an excerpt.
+std::string excerptPicture(PixelSize size, const Conversion& conversion) {
+    const auto scaled = [](PixelSize to) {
+        return fmt::format("scale={}:{}:flags=bicubic", to.width, to.height);
+    };
+    return fmt::format("{},{}", filled(seenOf(conversion), onPage(size), scaled), asJpeg(size));
 }
 
 // Times from 0 on, at a rate. Were the first picture's time between two frames', times that
@@ -120,20 +174,26 @@ std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size
                               range.first + range.count - 1);
     }
     return fmt::format("select='{}',{}{}", frames, conversion.hasFields() ? "field=top," : "",
-                       excerptPicture(size, conversion.isWide));
+                       excerptPicture(size, conversion));
 }
 
-std::string excerptFiltersOf(PixelSize size, bool isWide) {
-    return "bwdif=send_frame:deint=interlaced," + excerptPicture(size, isWide);
+std::string excerptFiltersOf(PixelSize size, const Conversion& conversion) {
+    return "bwdif=send_frame:deint=interlaced," + excerptPicture(size, conversion);
 }
 
-std::string stillFilters(const VideoTrack& video, const SourceColors& colors, PixelSize size) {
-    const Placement placement = placedIn(size, kWideAspect, video.aspect, {2, 2});
+std::string stillFilters(const VideoTrack& video, const SourceColors& colors,
+                         const Raster& raster) {
     // One field of an interlaced picture is one moment of it.
     const bool isFields = video.fields != Fields::progressive;
-    return fmt::format("{}{}{},{}", isFields ? "field=top," : "",
-                       scaled(colors, {placement.width, placement.height}, Rows::together),
-                       padded(placement, size), asJpeg(size));
+    const auto inColors = [&](PixelSize to) { return scaled(colors, to, Rows::together); };
+    Seen seen;
+    seen.aspect = video.aspect;
+    return fmt::format("{}{},{}", isFields ? "field=top," : "", filled(seen, raster, inColors),
+                       asJpeg(raster.size));
+}
+
+bool isCutToFill(double aspect, double shape) {
+    return std::min(aspect / shape, shape / aspect) >= 1 - 2 * kMostCut;
 }
 
 }  // namespace tkv::disc

@@ -20,15 +20,21 @@ struct FrameRange {
 /// colours.
 std::string discFrames(const Conversion& conversion);
 
+// What a film shows fills the pictures that are taken of it: it is cut where that takes a little,
+// or else whole, before itself out of focus.
+
 /// Makes the pictures of excerpts out of the disc's frames: those of all ranges, one after another.
-/// `size`: what a picture of 16:9 is squeezed into.
+/// `size`: in the page's pixels. Several such chains in one graph make pictures of different sizes.
 std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size,
                            const Conversion& conversion);
 
 /// The same out of those frames of a finished disc's film that are wanted.
-std::string excerptFiltersOf(PixelSize size, bool isWide);
+std::string excerptFiltersOf(PixelSize size, const Conversion& conversion);
 
-/// Makes a picture of 16:9, squeezed into `size`, out of one of a film's.
-std::string stillFilters(const VideoTrack& video, const SourceColors& colors, PixelSize size);
+/// Makes a picture of that raster out of one of a film's.
+std::string stillFilters(const VideoTrack& video, const SourceColors& colors, const Raster& raster);
+
+/// Whether a picture of one shape, width to height as shown, is cut where it is to fill another.
+bool isCutToFill(double aspect, double shape);
 
 }  // namespace tkv::disc

@@ -131,8 +131,8 @@ void FilmMaker::encode(const DiscFilm& film, const std::string& name,
     encodeAgain(film, std::move(run), made);
     interleave(film, made);
 
-    excerpts.handOut();
     workshop_.finish(name);
+    excerpts.handOut();
 }
 
 double FilmMaker::gainOf(const DiscFilm& film) const {
@@ -181,13 +181,22 @@ void FilmMaker::cut(const DiscFilm& film, const std::string& name, const WantedE
     const std::string& path = film.request.path;
     progress_.expect(kCuttingWeight);
     const Progress::Task task = taskFor(progress_, "Cutting an excerpt of", film, kCuttingWeight);
-    const std::string folder = workshop_.newFolder(wanted.name);
     const std::string why = fmt::format("No excerpt of {} could be cut", path);
-    workshop_.tools().encode(excerptCommand(name, film.conversion, wanted.range, wanted.size,
-                                            joinPath(folder, kFramePattern)),
-                             {path, why, ""});
-    if (fs::is_empty(workshop_.path(folder))) throw DiscError(why + ".", path);
+    std::vector<Pictures> parts;
+    for (const FrameRange& range : wanted.parts) {
+        const std::string folder =
+            workshop_.newFolder(fmt::format("{}-{}", wanted.name, parts.size()));
+        workshop_.tools().encode(
+            excerptCommand(name, film.conversion, range, wanted.shape.picture(),
+                           joinPath(folder, kFramePattern)),
+            {path, why, ""});
+        parts.push_back(picturesIn(folder, 0, range.count, workshop_));
+        if (parts.back().empty()) throw DiscError(why + ".", path);
+    }
+    writeExcerpt(parts, wanted.shape, wanted.lead, workshop_.newFolder(wanted.name), workshop_);
     workshop_.finish(wanted.name);
+    for (std::size_t i = 0; i < parts.size(); ++i)
+        fs::remove_all(workshop_.path(Workshop::unfinished(fmt::format("{}-{}", wanted.name, i))));
 }
 
 // What is left of the disc is shared anew with every film that begins.

@@ -6,6 +6,7 @@
 #include <bit>
 
 #include "composer/page_geometry.h"
+#include "disc/make/film_filters.h"
 #include "disc/plan/budget.h"
 #include "disc/plan/conversion.h"
 
@@ -45,8 +46,11 @@ Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
                                           "afade=t=out:st={1:.3f}:d={2}",
                                           seconds, seconds - kFadeSeconds, kFadeSeconds)});
     // At this rate B-frames gain nothing, and cost a fifth of the time. The other processor draws.
-    append(arguments, {"-c:v", "mpeg2video", "-aspect", "16:9", "-b:v", fmt::format("{}k", rate),
-                       "-maxrate", fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
+    // Without a word on how much there is in a picture the encoder takes the first for a hard one,
+    // and gives it half of what the next keyframes get.
+    append(arguments, {"-c:v", "mpeg2video", "-aspect", "16:9", "-rc_init_cplx", "50"});
+    append(arguments, {"-b:v", fmt::format("{}k", rate), "-maxrate",
+                       fmt::format("{}k", rate * 3 / 2), "-bufsize", "1835008", "-g",
                        std::to_string(facts.keyframeInterval), "-bf", "0", "-threads", "1"});
     append(arguments,
            {"-c:a", "ac3", "-ar", "48000", "-ac", "2", "-b:a", fmt::format("{}k", kStereoRate)});
@@ -57,7 +61,9 @@ Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
 
 Arguments backgroundCommand(const std::string& scene, double aspect, PixelSize size,
                             const std::string& output) {
-    const double part = std::min(aspect / kWideAspect, kWideAspect / aspect);
+    // Beside a picture that is whole no edge of it is to be seen.
+    const double part =
+        isCutToFill(aspect, kWideAspect) ? 1 : std::min(aspect / kWideAspect, kWideAspect / aspect);
     Arguments arguments = ffmpegStart();
     append(arguments, {"-i", scene, "-vf",
                        fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"

@@ -40,10 +40,10 @@ struct DiscScene {
     std::string picture;
 };
 
-DiscScene sceneOf(const DiscPlan& plan, PixelSize size, Workshop& workshop) {
+DiscScene sceneOf(const DiscPlan& plan, const Raster& raster, Workshop& workshop) {
     std::string first;
     for (const DiscFilm& film : plan.films) {
-        const Scene scene = findScene(film, film.span, size, workshop);
+        const Scene scene = findScene(film, film.span, raster, workshop);
         if (scene.isSeen) return {film, scene.picture};
         if (first.empty()) first = scene.picture;
     }
@@ -51,7 +51,7 @@ DiscScene sceneOf(const DiscPlan& plan, PixelSize size, Workshop& workshop) {
 }
 
 std::string blurredScene(const DiscPlan& plan, Workshop& workshop) {
-    const DiscScene found = sceneOf(plan, kPageSize, workshop);
+    const DiscScene found = sceneOf(plan, onPage(kPageSize), workshop);
     const auto commandFor = [&](const std::string& output) {
         return backgroundCommand(found.picture, found.film.film.video.aspect, kPageSize, output);
     };
@@ -113,13 +113,12 @@ std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Wor
 std::string makeJacketPicture(const MenuSetting& setting, const DiscPlan& plan,
                               Workshop& workshop) {
     if (setting.background == BackgroundKind::none) return "";
-    const bool isGiven = setting.background == BackgroundKind::picture;
-    const std::string scene = isGiven ? "" : sceneOf(plan, kWidePage, workshop).picture;
-    const std::string picture = isGiven ? setting.picture : workshop.path(scene);
-    const std::string source = isGiven ? stampOf({picture}) : scene;
-    return workshop.result(
-        Workshop::nameOf("jacket", ".jpg", {source}),
-        [&](const std::string& made) { cutPicture(picture, kPageSize, workshop.path(made)); });
+    if (setting.background == BackgroundKind::scene)
+        return sceneOf(plan, ofSquares(kPageSize), workshop).picture;
+    return workshop.result(Workshop::nameOf("jacket", ".jpg", {stampOf({setting.picture})}),
+                           [&](const std::string& made) {
+                               cutPicture(setting.picture, kPageSize, workshop.path(made));
+                           });
 }
 
 }  // namespace tkv::disc

@@ -31,8 +31,8 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
 /// workshop; empty for none. Throws DiscError where that is not possible.
 std::string makeBackground(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
 
-/// Makes the picture behind the jacket, of the jacket's size and cut to its shape, of the
-/// background that was given, or of a scene. Returns its name in the workshop; empty for none.
+/// Makes the picture behind the jacket, of the jacket's size and shape, of the background that was
+/// given, or of a scene. Returns its name in the workshop; empty for none.
 /// Throws as makeBackground.
 std::string makeJacketPicture(const MenuSetting& setting, const DiscPlan& plan, Workshop& workshop);
 

@@ -60,10 +60,10 @@ struct Taken {
     double contrast = 0;
 };
 
-std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, PixelSize size,
+std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, const Raster& raster,
                                  Workshop& workshop) {
     const auto commandFor = [&](const std::string& output) {
-        return pictureCommand(film.film, film.conversion.colors, moment, size, output);
+        return pictureCommand(film.film, film.conversion.colors, moment, raster, output);
     };
     Arguments inputs = commandFor("");
     inputs.push_back(film.film.source.stamp);
@@ -83,14 +83,14 @@ std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, Pix
 
 }  // namespace
 
-Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop& workshop) {
+Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Workshop& workshop) {
     Scene best;
     double bestContrast = -1;
     const double length = std::max(0.0, span.until - span.from);
     for (const double place : kPlaces) {
         const double seconds = span.from + place * length;
         const Moment moment{seconds, length == 0 || !hasKeyframeAt(film.film, seconds)};
-        const std::optional<Taken> taken = takePicture(film, moment, size, workshop);
+        const std::optional<Taken> taken = takePicture(film, moment, raster, workshop);
         if (taken && taken->contrast > bestContrast) {
             bestContrast = taken->contrast;
             best = {seconds, taken->name, bestContrast >= kEnough || length == 0};
@@ -106,10 +106,13 @@ Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop
     return best;
 }
 
-std::vector<Scene> findScenes(const DiscFilm& film, Workshop& workshop) {
-    std::vector<Scene> scenes;
-    for (const Excerpt& excerpt : film.excerpts)
-        scenes.push_back(findScene(film, excerpt.span, excerpt.size, workshop));
+std::vector<std::vector<Scene>> findScenes(const DiscFilm& film, Workshop& workshop) {
+    std::vector<std::vector<Scene>> scenes;
+    for (const Excerpt& excerpt : film.excerpts) {
+        std::vector<Scene>& parts = scenes.emplace_back();
+        for (const Span& moment : excerpt.moments)
+            parts.push_back(findScene(film, moment, onPage(excerpt.shape.picture()), workshop));
+    }
     return scenes;
 }
 

@@ -11,16 +11,16 @@ namespace tkv::disc {
 /// A moment at which something is to be seen, neither black nor of one colour.
 struct Scene {
     double seconds = 0;   ///< of the film as it came
-    std::string picture;  ///< a result of the workshop, 16:9 squeezed into the asked-for size
+    std::string picture;  ///< a result of the workshop, which fills the asked-for raster
     bool isSeen = true;   ///< Is something to be seen, or did somebody choose it?
 };
 
 /// Looks for the first such moment in a part of the film, at some places that lie the further apart
 /// the later they are; the best of them when nothing is to be seen at any. The picture is that of
 /// the moment itself, within a quarter of a second. Throws DiscError when none can be taken.
-Scene findScene(const DiscFilm& film, const Span& span, PixelSize size, Workshop& workshop);
+Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Workshop& workshop);
 
-/// Where each excerpt of a film begins, in their order.
-std::vector<Scene> findScenes(const DiscFilm& film, Workshop& workshop);
+/// Where the pictures of each excerpt of a film begin, in their order.
+std::vector<std::vector<Scene>> findScenes(const DiscFilm& film, Workshop& workshop);
 
 }  // namespace tkv::disc

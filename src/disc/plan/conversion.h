@@ -14,6 +14,22 @@ namespace tkv::disc {
 inline constexpr double kWideAspect = 16.0 / 9;
 inline constexpr double kNarrowAspect = 4.0 / 3;
 
+/// A picture's pixels, and the shape in which they are shown: width to height.
+struct Raster {
+    PixelSize size;
+    double aspect = 0;
+};
+
+/// A picture of that size on a page, of which 720 x 540 pixels are shown as 16:9.
+constexpr Raster onPage(PixelSize size) {
+    return {size, kWideAspect * kPageHeight / kPageWidth * size.width / size.height};
+}
+
+/// A picture of square pixels.
+constexpr Raster ofSquares(PixelSize size) {
+    return {size, static_cast<double>(size.width) / size.height};
+}
+
 /// Where the disc's fields, two moments of time in a frame, come from.
 enum class FieldSource {
     none,      ///< there are none: it is progressive

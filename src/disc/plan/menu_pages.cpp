@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "composer/navigation.h"
@@ -24,11 +25,14 @@ constexpr double kMarkPart = 0.1;
 // In the order of kNavigationButtons.
 enum Navigation : std::size_t { playAll, previous, menu, next };
 
+// A shorter film shows one picture where others show a strip of several, in seconds.
+constexpr double kShortFilm = 3;
+
 // `end`: of the excerpt, in seconds of the film as it came.
 void addEntry(MenuPage& page, DiscFilm& film, const Span& span, double end, std::string caption,
               const Action& action) {
     page.thumbnails.push_back({film.number, film.excerpts.size()});
-    film.excerpts.push_back({span, end, {}});
+    film.excerpts.push_back({{span}, end, {}});
     page.buttons.push_back({fmt::format("BT_{}", page.buttons.size()), std::move(caption), action});
 }
 
@@ -108,6 +112,37 @@ MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
     return page;
 }
 
+// The thumbnails' frames: big ones are bands of the layout's pictures, as wide as several pictures
+// of 16:9.
+FrameShape frameShapeOf(const ThumbnailLayout& layout, const Film& film) {
+    const Rect& source = layout.source;
+    const auto pixels = [](double units) { return static_cast<int>(units); };
+    FrameShape shape;
+    shape.frame = {pixels(layout.scaledTo.width), pixels(layout.scaledTo.height)};
+    shape.window = {pixels(source.x), shape.frame.height - pixels(source.y + source.height),
+                    pixels(source.width), pixels(source.height)};
+    if (film.seconds >= kShortFilm) {
+        const double shown = onPage({shape.window.width, shape.window.height}).aspect;
+        shape.pictures = static_cast<int>(std::lround(shown / kWideAspect));
+    }
+    return shape;
+}
+
+// What the pictures of a strip show: what was asked for, and else moments spread over the film.
+std::vector<Span> momentsOf(const DiscFilm& film, int pictures) {
+    const std::vector<double>& asked = film.request.excerpts;
+    const Span all = middleOf(film.film);
+    const double length = (all.until - all.from) / pictures;
+    std::vector<Span> moments;
+    for (int i = 0; i < pictures; ++i) {
+        const auto number = static_cast<std::size_t>(i);
+        const double from = all.from + i * length;
+        moments.push_back(number < asked.size() ? Span{asked[number], asked[number]}
+                                                : Span{from, from + length});
+    }
+    return moments;
+}
+
 // What follows from where a page's layout places thumbnails and labels.
 void place(MenuPage& page, std::vector<DiscFilm>& films) {
     constexpr double kLabelHeight = 19;
@@ -117,8 +152,10 @@ void place(MenuPage& page, std::vector<DiscFilm>& films) {
         const ThumbnailPlace& at = layout.place(places.size());
         places.push_back({static_cast<double>(at.x + layout.shiftX), static_cast<double>(at.y),
                           layout.source.width, layout.source.height});
-        films[thumbnail.film].excerpts[thumbnail.excerpt].size = {
-            static_cast<int>(layout.scaledTo.width), static_cast<int>(layout.scaledTo.height)};
+        DiscFilm& film = films[thumbnail.film];
+        Excerpt& excerpt = film.excerpts[thumbnail.excerpt];
+        excerpt.shape = frameShapeOf(layout, film.film);
+        if (excerpt.shape.pictures > 1) excerpt.moments = momentsOf(film, excerpt.shape.pictures);
     }
     for (const NavigationButton& label : kNavigationButtons) {
         if (std::ranges::find(page.buttons, label.name, &Button::name) == page.buttons.end())
@@ -132,6 +169,10 @@ void place(MenuPage& page, std::vector<DiscFilm>& films) {
 }
 
 }  // namespace
+
+Span middleOf(const Film& film) {
+    return {film.seconds * 0.1, film.seconds * 0.9};
+}
 
 std::size_t pagesFor(std::size_t entries) {
     return (entries + kPageEntries - 1) / kPageEntries;

@@ -6,6 +6,9 @@
 
 namespace tkv::disc {
 
+/// Where something of a film is to be seen: films begin and end with names and logos.
+Span middleOf(const Film& film);
+
 /// Pages that so many films or chapters fill.
 std::size_t pagesFor(std::size_t entries);
 

@@ -57,9 +57,8 @@ std::string titleOf(const Project& project, const std::vector<DiscFilm>& films) 
 }
 
 Span spanOf(const FilmRequest& request, const Film& film) {
-    if (request.excerpt) return {*request.excerpt, *request.excerpt};
-    // Films begin and end with names and logos.
-    return {film.seconds * 0.1, film.seconds * 0.9};
+    if (!request.excerpts.empty()) return {request.excerpts.front(), request.excerpts.front()};
+    return middleOf(film);
 }
 
 // What is known of the films before they are converted.

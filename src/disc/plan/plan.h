@@ -35,11 +35,22 @@ struct Span {
     bool operator==(const Span&) const = default;
 };
 
-/// The moving pictures of a thumbnail.
+/// How the pictures of an excerpt lie in its frames, in pixels of the page.
+struct FrameShape {
+    PixelSize frame;     ///< what the page's layout takes
+    Placement window{};  ///< what it shows of that
+    int pictures = 1;    ///< beside each other, which fill the window
+
+    PixelSize picture() const { return {window.width / pictures, window.height}; }
+    bool isOnePicture() const { return picture() == frame; }
+    bool operator==(const FrameShape&) const = default;
+};
+
+/// What a thumbnail shows of its film: a moving picture, or a strip of several beside each other.
 struct Excerpt {
-    Span span;
-    double end = 0;  ///< seconds of the film as it came, where it ends at the latest
-    PixelSize size;  ///< of a picture
+    std::vector<Span> moments;  ///< one for each picture
+    double end = 0;             ///< seconds of the film as it came, where it ends at the latest
+    FrameShape shape;
 };
 
 struct Thumbnail {

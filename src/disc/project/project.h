@@ -46,7 +46,7 @@ struct ChapterRule {
 struct FilmRequest {
     std::string path;  ///< absolute; a film, a VIDEO_TS folder, or the first VOB of a title
     std::optional<std::string> caption;
-    std::optional<double> excerpt;  ///< seconds at which the thumbnail's excerpt begins
+    std::vector<double> excerpts;  ///< seconds at which the thumbnail's pictures begin, the first
     std::optional<std::vector<Chapter>> chapters;
     bool isListed = false;  ///< on the command line, where a shell may have listed a folder
     bool operator==(const FilmRequest&) const = default;

@@ -131,13 +131,27 @@ class Reader {
         if (film.path.empty()) refuse(*path, "path", "the name of a film");
         if (const toml::node* caption = table.get("caption"))
             film.caption = textIn(*caption, "caption", "a text");
-        if (const toml::node* excerpt = table.get("excerpt")) {
-            film.excerpt = timeOf(*excerpt);
-            if (!film.excerpt) refuse(*excerpt, "excerpt", "a time such as \"1:23\", or seconds");
-        }
+        if (const toml::node* excerpt = table.get("excerpt")) film.excerpts = excerptsIn(*excerpt);
         if (const toml::node* chapters = table.get("chapters"))
             film.chapters = chaptersIn(*chapters);
         return film;
+    }
+
+    // A time, or a list of such for the pictures of a strip.
+    std::vector<double> excerptsIn(const toml::node& node) const {
+        std::vector<double> times;
+        const auto add = [&](const toml::node& element) {
+            const auto time = timeOf(element);
+            if (!time) refuse(element, "excerpt", "a time such as \"1:23\", seconds, or a list");
+            times.push_back(*time);
+        };
+        if (!node.is_array()) {
+            add(node);
+            return times;
+        }
+        for (const toml::node& element : *node.as_array())
+            add(element);
+        return times;
     }
 
     std::vector<Chapter> chaptersIn(const toml::node& node) const {

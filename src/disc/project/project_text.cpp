@@ -28,7 +28,8 @@ constexpr const char* kAboveFilms = R"(
 # The films, in their order; for each:
 #   path      a film, a VIDEO_TS folder, or the first VOB of a title
 #   caption   what the menu calls it
-#   excerpt   where the menu's moving picture begins; else where something is to be seen
+#   excerpt   where the menu's moving picture begins; else where something is to be seen.
+#             Of two or three films the menu shows several pictures each: a list names them all
 #   chapters  where they begin, with names or without; [] for none; else as said above
 )";
 constexpr const char* kExcerptExample = "#excerpt = \"1:23\"\n";
@@ -89,11 +90,7 @@ class Writer {
         text_ += "\n[[film]]\n";
         writeLine(false, "path", quoted(shortPath(request.path, folder_)));
         writeLine(false, "caption", quoted(captionOf(request, "")));
-        if (request.excerpt) {
-            writeLine(false, "excerpt", quoted(timeText(*request.excerpt)));
-        } else {
-            text_ += kExcerptExample;
-        }
+        writeExcerpts(request.excerpts);
         if (request.chapters) {
             writeChapters(*request.chapters);
         } else {
@@ -110,6 +107,19 @@ class Writer {
 
     void writeLine(bool isComment, std::string_view key, std::string_view value) {
         text_ += fmt::format("{}{} = {}\n", isComment ? "#" : "", key, value);
+    }
+
+    void writeExcerpts(const std::vector<double>& times) {
+        std::vector<std::string> texts;
+        for (const double seconds : times)
+            texts.push_back(quoted(timeText(seconds)));
+        if (texts.empty()) {
+            text_ += kExcerptExample;
+        } else if (texts.size() == 1) {
+            writeLine(false, "excerpt", texts.front());
+        } else {
+            writeLine(false, "excerpt", fmt::format("[{}]", fmt::join(texts, ", ")));
+        }
     }
 
     void writeChapters(const std::vector<Chapter>& chapters) {
