@@ -9,13 +9,14 @@ build_packages=(
 )
 
 # What the tests need besides: their framework, other people's programs that open what the tool
-# wrote or make a disc of it, and fonts for the scripts that DejaVu lacks.
+# wrote or make a disc of it, fonts for the scripts that DejaVu lacks, and photographs.
 test_packages=(
     libgtest-dev
     imagemagick libimage-exiftool-perl libjpeg-turbo-progs libopenjp2-tools
     libavif-gdk-pixbuf webp-pixbuf-loader
     libdvdnav-dev libdvdread-dev lsdvd
     fonts-noto-color-emoji fonts-vlgothic
+    lomiri-wallpapers-16.04
 )
 
 # What the checks need besides, to read the benchmarks too.

@@ -1,10 +1,16 @@
+#include <algorithm>
 #include <cmath>
+#include <iostream>
 
+#include "composer/dvd_menu_picture.h"
 #include "disc/film/dvd_ready.h"
 #include "disc/film/probe.h"
 #include "disc/make/film_encoding.h"
 #include "disc/make/film_loudness.h"
 #include "disc/make/film_maker.h"
+#include "disc/make/menu_setting.h"
+#include "disc/make/page_request.h"
+#include "disc/make/text_fit.h"
 #include "disc/run/terminal_progress.h"
 #include "support.h"
 #include "system/processes.h"
@@ -317,6 +323,88 @@ TEST(FilmEncoding, EvensLoudness) {
     EXPECT_DOUBLE_EQ(gain("-33.0", "-5.0"), 4) << "peaks stay below full scale";
     EXPECT_DOUBLE_EQ(gain("-70.0", "-inf"), 0) << "silence";
     EXPECT_DOUBLE_EQ(gainFromAnswer("nothing"), 0);
+}
+
+/// The relative luminance of a colour as WCAG 2 defines it, of levels in 0..1.
+double luminance(double red, double green, double blue) {
+    const auto linear = [](double level) {
+        return level <= 0.04045 ? level / 12.92 : std::pow((level + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(red) + 0.7152 * linear(green) + 0.0722 * linear(blue);
+}
+
+/// The least contrast of a text on a page, but for a twentieth of what is behind it.
+double contrastOn(const Bitmap& page, const TextLayer& text) {
+    const PlacedBitmap letters = lettersOf(text).value();
+    std::vector<double> behind;
+    for (int y = letters.top; y < letters.top + letters.pixels.height(); ++y) {
+        for (int x = letters.left; x < letters.left + letters.pixels.width(); ++x) {
+            const Rgba color = pixel(page, x, y);
+            behind.push_back(luminance(color.red / 255.0, color.green / 255.0, color.blue / 255.0));
+        }
+    }
+    std::ranges::sort(behind);
+    const Color& color = text.attributes.color;
+    const double brightest = behind[behind.size() * 19 / 20 - 1];
+    return (luminance(color.red, color.green, color.blue) + 0.05) / (brightest + 0.05);
+}
+
+/// The least contrast on a page as it is drawn without its texts.
+double leastContrast(const MenuPage& page, const std::string& background) {
+    const Strings thumbnails(page.thumbnails.size(), "none.jpg");
+    const MenuRequest request =
+        pageRequest(page, kPal, background, thumbnails, MenuMode::definitive, "");
+    MenuPage bare = page;
+    bare.title.clear();
+    for (Button& button : bare.buttons)
+        button.text.clear();
+    double least = 21;
+    drawMenuFrames(pageRequest(bare, kPal, background, {}, MenuMode::definitive, ""),
+                   [&](const Bitmap& frame) {
+                       for (const TextLayer& text : textsOf(request))
+                           least = std::min(least, contrastOn(frame, text));
+                       return false;
+                   });
+    return least;
+}
+
+/// Photographs by others, as backgrounds and as scenes of films.
+TEST(Readability, IsEnoughOnPhotographs) {
+    const char* const folderOfAll = "/usr/share/backgrounds";
+    if (!fs::exists(folderOfAll)) GTEST_SKIP() << "no wallpapers on this system";
+    Strings photographs;
+    for (const auto& entry : fs::directory_iterator(folderOfAll)) {
+        if (entry.path().extension() == ".jpg") photographs.push_back(entry.path());
+    }
+    std::ranges::sort(photographs);
+    EXPECT_GE(photographs.size(), 15U) << "install lomiri-wallpapers-16.04";
+    const TempFolder folder;
+    ProgramStop stop;
+    Workshop workshop(folder.file("work"), stop);
+    for (const std::string& photograph : photographs) {
+        const Film film =
+            made(folder, "film.mkv",
+                 fmt::format("-y -i {} -vf scale=960:540 -c:v mjpeg -q:v 3", photograph));
+        Project project;
+        project.films.resize(28, {"/films/a wide caption.mp4", {}, {}, {}});
+        project.title = "Readability";
+        project.labels = labelsOf("en");
+        std::string report = fs::path(photograph).stem().string();
+        for (const bool isGiven : {true, false}) {
+            if (isGiven)
+                project.background = photograph;
+            else
+                project.background.reset();
+            const DiscPlan plan = planDisc(project, std::vector<Film>(28, film));
+            const std::string background =
+                makeBackground(menuSettingOf(project, plan), plan, workshop);
+            // The third page has all labels.
+            const double least = leastContrast(plan.pages.at(2), workshop.path(background));
+            EXPECT_GE(least, 4.5) << photograph;
+            report += fmt::format(" {:.2f}", least);
+        }
+        std::cout << report << "\n";
+    }
 }
 
 }  // namespace tkv::disc

@@ -464,10 +464,10 @@ TEST(Texts, CanBeReadOnEveryBackground) {
     const struct {
         Rgba color;
         double orange,
-            white;  // levels behind a page's 0.6, by WCAG 2's formula
-    } rows[] = {{{255, 255, 255, 255}, 0.379, 0.776},
+            white;  // levels behind a page's 0.6 for 4.6:1, by WCAG 2's formula
+    } rows[] = {{{255, 255, 255, 255}, 0.370, 0.7655},
                 {{90, 90, 90, 255}, 1, 1},
-                {{255, 0, 0, 255}, 0.806, 1}};
+                {{255, 0, 0, 255}, 0.788, 1}};
     for (const auto& [color, orange, white] : rows) {
         const Bitmap background = painted({kPageWidth, kPageHeight}, color);
         EXPECT_NEAR(dimmingFor(background, plan), orange, 0.001);

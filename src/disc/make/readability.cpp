@@ -23,6 +23,9 @@ namespace {
 constexpr PixelSize kPage{kPageWidth, kPageHeight};
 constexpr float kDimmedQuality = 0.95F;
 
+// What JPEG and the drawing of the page take away is added.
+constexpr double kAimedContrast = kLeastContrast + 0.1;
+
 // Of the brightest pixels behind a text, so many are left out: points that nobody sees.
 constexpr double kLeftOut = 0.05;
 
@@ -91,7 +94,7 @@ double dimmingFor(const Bitmap& background, const DiscPlan& plan) {
             if (!pixel) continue;
             const Color& color = text.attributes.color;
             const double most =
-                (luminanceOf(color.red, color.green, color.blue) + 0.05) / kLeastContrast - 0.05;
+                (luminanceOf(color.red, color.green, color.blue) + 0.05) / kAimedContrast - 0.05;
             factor = std::min(factor, factorFor(*pixel, opacity, most));
         }
     }
