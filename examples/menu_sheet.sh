@@ -29,7 +29,7 @@ show() { # FILE HEADING: a picture of the sheet
 # previews NUMBER COUNT: the menus of the first films.
 previews() {
     local out=$work/$1-$2 picture name
-    "${programs[$1]}" -q --preview -o "$out" "${films[@]:0:$2}"
+    "${programs[$1]}" --quiet --preview -o "$out" "${films[@]:0:$2}"
     for picture in "$out"/menus/*.jpg; do
         name=$1-$2-$(basename "$picture" .jpg)
         cp "$picture" "$sheet/$name.jpg"
@@ -42,7 +42,7 @@ previews() {
 # prints NUMBER COUNT: what is printed for a disc of the first films.
 prints() {
     local out=$work/$1-$2-disc
-    "${programs[$1]}" -q --no-image -o "$out" "${films[@]:0:$2}"
+    "${programs[$1]}" --quiet --no-image -o "$out" "${films[@]:0:$2}"
     cp "$out/jacket.jpg" "$sheet/$1-$2-jacket.jpg"
     show "$1-$2-jacket.jpg" "$2: jacket.jpg"
     if [ -e "$out/cover.pdf" ]; then

@@ -66,7 +66,7 @@ Arguments backgroundCommand(const std::string& scene, double aspect, PixelSize s
         isCutToFill(aspect, kWideAspect) ? 1 : std::min(aspect / kWideAspect, kWideAspect / aspect);
     Arguments arguments = ffmpegStart();
     append(arguments, {"-i", scene, "-vf",
-                       fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=10,"
+                       fmt::format("crop=iw*{0:.4f}:ih*{0:.4f},scale={1}:{2},gblur=sigma=30,"
                                    "eq=brightness=-0.06:saturation=0.8",
                                    part, size.width, size.height),
                        "-q:v", "2", output});
