@@ -60,7 +60,8 @@ Project projectOf(Input& input, const std::vector<Film>& films) {
     for (const Film& film : films) {
         FilmRequest& request = project.films.emplace_back();
         request.path = film.source.path;
-        if (input.flag()) request.excerpt = input.between(0, 30000);
+        while (request.excerpts.size() < 4 && input.flag())
+            request.excerpts.push_back(input.between(0, 30000));
         if (!input.flag()) continue;
         request.chapters.emplace();
         for (std::size_t i = input.below(120); i > 0; --i)

@@ -80,6 +80,29 @@ TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
     EXPECT_EQ(film.audio.size(), 1U);
 }
 
+TEST(Probe, CountsFromTheFirstFrameThatCanBeDecoded) {
+    Film film;
+    film.container = "mpegts";
+    film.start = 9;
+    film.video = palVideo(Fields::progressive);
+    film.video.start = 1;
+    film.marks = {{0, ""}, {1, ""}};
+    FrameCounter counter(film);
+    for (const char* line :
+         {"video,0,10.00,0.04,__", "video,0,10.04,0.04,__", "video,0,10.16,0.04,K_",
+          "video,0,10.08,0.04,__", "video,0,10.12,0.04,__", "video,0,10.20,0.04,__"})
+        counter.take(line);
+    EXPECT_GE(counter.packetsToFirstFrame(), 6);
+    EXPECT_EQ(counter.firstKeyframe(), 10.16);
+    counter.finish(film, 10.16);
+    EXPECT_EQ(film.frames, 2);
+    EXPECT_NEAR(film.seconds, 0.08, 1e-9);
+    EXPECT_NEAR(film.lost, 0.16, 1e-9);
+    EXPECT_NEAR(film.video.start, 1.16, 1e-9);
+    EXPECT_NEAR(film.marks.at(1).seconds, 0.84, 1e-9);
+    EXPECT_NEAR(film.keyframes.at(0), 0, 1e-9);
+}
+
 TEST(Probe, BelievesNoTimeBeyondAHundredHours) {
     const Film told = filmFromAnswer(FilmSource(), R"({"streams": [{"codec_type": "video",
         "codec_name": "h264", "width": 9, "height": 9}], "format": {"duration": "1e300"},

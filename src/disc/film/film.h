@@ -51,12 +51,18 @@ struct Film {
     VideoTrack video;
     std::vector<AudioTrack> audio;
     std::vector<Chapter> marks;  ///< its own, as they stand in the file
+    double start = 0;            ///< of the file's own time, in seconds
     double seconds = 0;          ///< by the file's word; by its frames once they are counted
+    double lost = 0;             ///< seconds before the first frame that can be decoded, as counted
     bool hasNavigation = false;  ///< DVD navigation packs
     /// Of each keyframe, in seconds from the first frame; empty until the frames are counted.
     std::vector<double> keyframes;
     int frames = 0;            ///< 0 until they are counted
     int keyframeInterval = 0;  ///< frames at most from one keyframe to the next, once counted
 };
+
+/// Has the film begin with a frame at that time, in seconds after its earliest track begins; its
+/// chapters' times follow.
+void beginAt(Film& film, double start);
 
 }  // namespace tkv::disc

@@ -167,6 +167,12 @@ bool isPicture(const std::string& container) {
 
 }  // namespace
 
+void beginAt(Film& film, double start) {
+    for (Chapter& mark : film.marks)
+        mark.seconds = std::max(0.0, mark.seconds - (start - film.video.start));
+    film.video.start = start;
+}
+
 Film filmFromAnswer(FilmSource source, std::string_view json) {
     const Json answer = Json::parse(json, nullptr, false);
     const Json& format = member(answer, "format");
@@ -193,9 +199,9 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
             film.audio.push_back(track);
         if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
     }
-    film.video.start =
-        std::max(0.0, numberOf(*stream, "start_time") - numberOf(format, "start_time"));
-    const double start = numberOf(format, "start_time") + film.video.start;
+    film.start = numberOf(format, "start_time");
+    film.video.start = std::max(0.0, numberOf(*stream, "start_time") - film.start);
+    const double start = film.start + film.video.start;
     for (const Json& chapter : member(answer, "chapters")) {
         const double seconds = std::max(0.0, numberOf(chapter, "start_time") - start);
         if (seconds < kLongestFilm)

@@ -13,6 +13,12 @@ constexpr double kBackwardJump = 2;
 // ffmpeg takes a longer gap of a transport or program stream for a join, a shorter for a pause.
 constexpr double kForwardJump = 10;
 
+// Frames that are stored behind a keyframe and shown before it.
+constexpr std::size_t kReordered = 16;
+
+// The first keyframe is looked for among so many packets.
+constexpr std::size_t kMostBeginning = 1500;
+
 // The longest pause within a sound track, and what may be missing at its end, in seconds.
 constexpr double kLongestPause = 1;
 
@@ -54,7 +60,27 @@ void FrameCounter::take(std::string_view line) {
         lastEnd_ = std::max(lastEnd_, *packet.time + packet.duration.value_or(0));
     // Packets before an edit list's start are read, but not shown.
     const bool isShown = packet.flags.find('D') == std::string_view::npos;
-    if (packet.stream == videoStream_ && isShown) takeFrame(packet);
+    if (packet.stream == videoStream_ && isShown) {
+        noteBeginning(packet);
+        takeFrame(packet);
+    }
+}
+
+void FrameCounter::noteBeginning(const Packet& packet) {
+    const std::size_t end = keyframe_ ? *keyframe_ + kReordered : kMostBeginning;
+    if (!packet.time || beginning_.size() >= end) return;
+    if (!keyframe_ && packet.flags.starts_with('K')) keyframe_ = beginning_.size();
+    beginning_.push_back(*packet.time);
+}
+
+int FrameCounter::packetsToFirstFrame() const {
+    if (!keyframe_) return 0;
+    const bool isFirst = *keyframe_ == 0 && std::ranges::min(beginning_) == beginning_.front();
+    return isFirst ? 0 : static_cast<int>(*keyframe_ + kReordered);
+}
+
+double FrameCounter::firstKeyframe() const {
+    return keyframe_ ? beginning_[*keyframe_] : 0;
 }
 
 void FrameCounter::takeTime(Stream& stream, std::optional<double> time) {
@@ -98,8 +124,24 @@ void FrameCounter::closeRun() {
     run_.reset();
 }
 
-void FrameCounter::finish(Film& film) {
+void FrameCounter::leaveOutBefore(double firstFrame, Film& film) {
+    const double half = frameSeconds_ / 2;
+    const auto lost =
+        std::ranges::count_if(beginning_, [&](double time) { return time < firstFrame - half; });
+    const double shift = firstFrame - std::ranges::min(beginning_);
+    if (lost == 0 || shift <= 0) return;
+    frames_ -= static_cast<int>(lost);
+    timedFrames_ -= static_cast<int>(lost);
+    seconds_ -= shift;
+    for (double& keyframe : keyframes_)
+        keyframe = std::max(0.0, keyframe - shift);
+    film.lost = shift;
+    beginAt(film, std::max(0.0, firstFrame - film.start));
+}
+
+void FrameCounter::finish(Film& film, std::optional<double> firstFrame) {
     if (run_) closeRun();
+    if (firstFrame) leaveOutBefore(*firstFrame, film);
     // Raw streams tell no times, and old files few.
     if (2 * timedFrames_ <= frames_) {
         seconds_ = frames_ * frameSeconds_;

@@ -18,9 +18,19 @@ class FrameCounter {
     explicit FrameCounter(const Film& film);
     void take(std::string_view line);
 
+    /// How many packets of the picture a decoder needs for its first frame, where that is not the
+    /// first of all: a recording that begins between two keyframes has some that nobody can decode.
+    /// 0 where the film begins with a keyframe.
+    int packetsToFirstFrame() const;
+
+    /// The time of the first keyframe, of the file's own time.
+    double firstKeyframe() const;
+
     /// Fills in the film's frames, keyframes and length and which sound tracks are whole, and
-    /// leaves out those that nothing was read of.
-    void finish(Film& film);
+    /// leaves out those that nothing was read of. `firstFrame`: the time of the first frame that
+    /// can be decoded, of the file's own time; none for the first of all. All that is before it
+    /// does not count, and the film begins there: its chapters and its sound follow.
+    void finish(Film& film, std::optional<double> firstFrame = {});
 
     /// Where the last packet of picture, sound or text ends, in seconds of the file's own time.
     double lastEnd() const { return lastEnd_; }
@@ -46,14 +56,18 @@ class FrameCounter {
 
     static void takeTime(Stream& stream, std::optional<double> time);
     void takeFrame(const Packet& packet);
+    void noteBeginning(const Packet& packet);
     void closeRun();
+    void leaveOutBefore(double firstFrame, Film& film);
 
     int videoStream_;
     double frameSeconds_;
     bool mayJump_;  // may times jump ahead where recordings were joined?
     int frames_ = 0, timedFrames_ = 0, untimed_ = 0, lastKeyframe_ = 0, interval_ = 0;
     double lastEnd_ = 0;
-    std::vector<Stream> streams_;  // by their numbers
+    std::vector<Stream> streams_;          // by their numbers
+    std::vector<double> beginning_;        // times of the first packets of the picture
+    std::optional<std::size_t> keyframe_;  // the first, among these
     std::optional<Run> run_;
     double seconds_ = 0;                // of all closed runs
     std::vector<double> keyframes_;     // of all closed runs, from the first frame

@@ -18,6 +18,8 @@ Json countsOf(const Film& film) {
     for (const AudioTrack& track : film.audio)
         tracks[std::to_string(track.index)] = track.isWhole;
     return {{"seconds", film.seconds},
+            {"lost", film.lost},
+            {"start", film.video.start},
             {"frames", film.frames},
             {"keyframeInterval", film.keyframeInterval},
             {"keyframes", film.keyframes},
@@ -26,9 +28,11 @@ Json countsOf(const Film& film) {
 
 void setCounts(Film& film, const Json& counts) {
     counts.at("seconds").get_to(film.seconds);
+    counts.at("lost").get_to(film.lost);
     counts.at("frames").get_to(film.frames);
     counts.at("keyframeInterval").get_to(film.keyframeInterval);
     counts.at("keyframes").get_to(film.keyframes);
+    beginAt(film, counts.at("start").get<double>());
     const Json& tracks = counts.at("tracks");
     std::erase_if(film.audio, [&](const AudioTrack& track) {
         return !tracks.contains(std::to_string(track.index));

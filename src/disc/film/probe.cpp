@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <fstream>
 #include <functional>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -68,6 +70,25 @@ void findFields(Film& film, const Tools& tools) {
         tools, onLine);
 }
 
+// The time of the first frame that can be decoded; none for the first of all.
+std::optional<double> firstFrameOf(const Film& film, const FrameCounter& counter,
+                                   const Tools& tools) {
+    const int packets = film.container.starts_with("mpeg") ? counter.packetsToFirstFrame() : 0;
+    if (packets == 0) return std::nullopt;
+    std::optional<double> first;
+    const auto onLine = [&](std::string_view line) {
+        double time = 0;
+        const auto read = std::from_chars(line.data(), line.data() + line.size(), time);
+        if (read.ec == std::errc() && !first) first = time;
+    };
+    ask(film.source,
+        {"-select_streams", fmt::format("{}", film.video.index), "-read_intervals",
+         fmt::format("%+#{}", packets), "-show_entries", "frame=best_effort_timestamp_time", "-of",
+         "default=nokey=1:noprint_wrappers=1"},
+        tools, onLine);
+    return first.value_or(counter.firstKeyframe());
+}
+
 // Whether the container itself tells how long it is; of others, the length is found in what they
 // hold, or guessed.
 bool tellsItsLength(const std::string& container) {
@@ -98,7 +119,7 @@ void countFrames(Film& film, const Tools& tools) {
         film.source, {"-show_entries", FrameCounter::kEntries, "-of", "csv=p=0"}, tools,
         [&](std::string_view line) { counter.take(line); }, kMostPackets);
     const double said = film.seconds;
-    counter.finish(film);
+    counter.finish(film, firstFrameOf(film, counter, tools));
     if (film.frames == 0)
         throw DiscError(
             fmt::format("{} holds no frame. Leave it out, or copy it anew.", film.source.path),

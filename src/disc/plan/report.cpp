@@ -47,16 +47,24 @@ std::string shellWord(const std::string& path) {
     return word + "'";
 }
 
+// Seconds of a film's beginning that nobody misses.
+constexpr double kShortLoss = 0.5;
+
 std::string filmLine(const DiscFilm& film) {
     const VideoTrack& video = film.film.video;
     const Conversion& conversion = film.conversion;
+    const std::string lost =
+        film.film.lost < kShortLoss
+            ? ""
+            : fmt::format(", without the {:.1f} s before its first keyframe", film.film.lost);
     std::string line = fmt::format(
         "  {}  {}, {} x {}, {:.4g} frames a second: ", timeText(std::round(film.film.seconds)),
         lastComponent(film.request.path), video.shown.width, video.shown.height,
         video.frameRate.perSecond());
-    if (conversion.isCopied) return line + "copied as it is";
+    if (conversion.isCopied) return line + "copied as it is" + lost;
     line += fmt::format("{} at {} kb/s", conversion.isWide ? "16:9" : "4:3", conversion.videoRate);
-    return conversion.note.empty() ? line : fmt::format("{}, {}", line, conversion.note);
+    return fmt::format("{}{}{}{}", line, conversion.note.empty() ? "" : ", ", conversion.note,
+                       lost);
 }
 
 }  // namespace
