@@ -9,25 +9,71 @@
 
 namespace tkv::test::disc {
 
-/// Highlighted and activated, one of a button's four pixel values is the overlays' orange, which is
-/// 146, 193, 53 as Y, Cr and Cb.
-void expectOrangeHighlights(Player& player) {
+/// What a player shows of a button along a line of `length` pixels from (x, y): the light of a
+/// frame as 'l', its dark as 'd', nothing as '.', and all else as '?'.
+struct ShownButton {
+    const Player& player;
+    const Subpicture& picture;
+    std::uint32_t colors;  ///< as a highlight has them
+    Rgba light;            ///< Y, Cr, Cb and contrast
+
+    std::string along(int x, int y, int stepX, int stepY, int length) const {
+        std::string line;
+        for (; length > 0; --length, x += stepX, y += stepY)
+            line +=
+                at(picture.rows.at(static_cast<std::size_t>(y)).at(static_cast<std::size_t>(x)));
+        return line;
+    }
+
+    char at(char value) const {
+        if (value == ' ') return '.';
+        const Rgba shown = player.highlightColor(colors, value - '0');
+        if (shown.alpha == 0) return '.';
+        if ((picture.contrasts >> (4 * (value - '0')) & 15U) > 0) return '?';  // Without a button.
+        if (near(shown, light, 2)) return 'l';
+        return near(shown, {16, 128, 128, 12}, 2) ? 'd' : '?';
+    }
+};
+
+/// Every button has a frame within its edges on both kinds of displays, and nothing in it: light
+/// between dark for the `thumbnails`, a thinner one for labels, light alone above the text.
+/// Selected, the light is the labels' orange.
+void expectFrames(Player& player, int thumbnails) {
     // Its numbers stand at odd addresses, too.
     using Colors = std::array<std::array<std::uint32_t, 2>, 3>;
-    const auto [highlighted, activated] =
-        std::bit_cast<Colors>(player.highlights().btn_colit).front();
-    for (const auto& [color, contrast] : {std::pair(highlighted, 4), {activated, 9}}) {
-        EXPECT_TRUE(std::ranges::any_of(std::array{0, 1, 2, 3}, [&, color = color,
-                                                                 contrast = contrast](int value) {
-            const Rgba shown = player.highlightColor(color, value);
-            return shown.alpha == contrast && near(shown, {146, 193, 53, contrast}, 2);
-        })) << contrast;
+    for (const int group : {0, 1}) {
+        const Subpicture picture = player.subpicture(group);
+        const hli_t& highlights = player.highlights();
+        const auto colors = std::bit_cast<Colors>(highlights.btn_colit);
+        for (int i = 0; i < highlights.hl_gi.btn_ns; ++i) {
+            const btni_t& button = highlights.btnit[18 * group + i];
+            const int left = button.x_start, width = button.x_end - left;
+            const int top = button.y_start, height = button.y_end - top;
+            const std::string edge = i < thumbnails ? "ddlllldd" : "ddll";
+            const std::string upper = i < thumbnails ? edge : "ll";
+            const auto framed = [&](const std::string& before, int length) {
+                const auto inside = static_cast<std::size_t>(length) - before.size() - edge.size();
+                return "." + before + std::string(inside, '.') +
+                       std::string(edge.rbegin(), edge.rend()) + ".";
+            };
+            const auto& [highlighted, selected] = colors.at(button.btn_coln - 1U);
+            for (const auto& [color, light] : {std::pair(highlighted, Rgba{234, 128, 128, 15}),
+                                               {selected, {146, 193, 53, 15}}}) {
+                const ShownButton shown{player, picture, color, light};
+                EXPECT_EQ(shown.along(left - 1, top + height / 2, 1, 0, width + 2),
+                          framed(edge, width))
+                    << group << i;
+                EXPECT_EQ(shown.along(left + width / 2, top - 1, 0, 1, height + 2),
+                          framed(upper, height))
+                    << group << i;
+            }
+        }
     }
 }
 
 /// The buttons are drawn for both kinds of displays. `arrows`: the buttons to which up, down, left
 /// and right lead from each.
-void expectButtons(Player& player, const Strings& arrows) {
+void expectButtons(Player& player, int thumbnails, const Strings& arrows) {
     const hli_t& highlights = player.highlights();
     ASSERT_EQ(highlights.hl_gi.btn_ns, arrows.size());
     ASSERT_EQ(highlights.hl_gi.btngr_ns, 2);
@@ -41,14 +87,14 @@ void expectButtons(Player& player, const Strings& arrows) {
                   arrows[i])
             << i + 1 << " on 4:3 displays";
     }
-    expectOrangeHighlights(player);
+    expectFrames(player, thumbnails);
 }
 
 /// A disc of the four films: the first has a chapter menu.
 void expectDiscThatLeads(const std::string& disc) {
     Player player(disc);
     ASSERT_EQ(player.place(), "films 1");
-    expectButtons(player, {"5 3 1 2", "5 4 1 2", "1 3 3 4", "2 4 3 4", "5 2 5 5"});
+    expectButtons(player, 4, {"5 3 1 2", "5 4 1 2", "1 3 3 4", "2 4 3 4", "5 2 5 5"});
     for (int packs = 0; packs < 100; ++packs)
         ASSERT_EQ(player.play(), "films 1") << "its clip repeats";
     for (const int group : {0, 1}) {
@@ -58,7 +104,7 @@ void expectDiscThatLeads(const std::string& disc) {
             EXPECT_EQ(player.button(), film);
         }
         ASSERT_EQ(player.press(1, group), "chapters 1.1");
-        expectButtons(player, {"3 4 1 2", "3 4 1 2", "3 2 3 3", "2 4 4 4"});
+        expectButtons(player, 2, {"3 4 1 2", "3 4 1 2", "3 2 3 3", "2 4 4 4"});
         for (const int chapter : {2, 1}) {
             ASSERT_EQ(player.press(chapter, group), "film 1");
             EXPECT_EQ(player.chapter(), chapter);
@@ -91,7 +137,10 @@ void expectDiscThatLeads(const std::string& disc) {
 /// A disc of one film, which its thumbnail plays.
 void expectDiscOfOneFilm(const std::string& disc) {
     Player player(disc);
-    expectButtons(player, {"1 1 1 1"});
+    expectButtons(player, 1, {"1 1 1 1"});
+    // On wide displays, too, it is as high as the thumbnail.
+    EXPECT_EQ(rectanglesOf(player.highlights(), 0),
+              Strings{R"(x0="130" y0="92" x1="590" y1="392")"});
     ASSERT_EQ(player.press(1), "film 1");
     ASSERT_EQ(player.leave(), "films 1");
 }

@@ -44,6 +44,57 @@ int Player::button() {
     return button;
 }
 
+// Each subpicture pack holds a part of one, after the number of its stream.
+void Player::keepSubpicture() {
+    const std::uint8_t* const packet = block_.data() + 14;
+    const int end = 6 + packet[4] * 256 + packet[5];
+    const int start = 9 + packet[8];
+    const int stream = packet[start] - 0x20;
+    if (packet[3] != 0xBD || stream < 0 || stream > 1) return;
+    auto& kept = subpictures_.at(static_cast<std::size_t>(stream));
+    kept.insert(kept.end(), packet + start + 1, packet + end);
+}
+
+Subpicture Player::subpicture(int stream) {
+    const auto& coded = subpictures_.at(static_cast<std::size_t>(stream));
+    const auto word = [&](std::size_t at) { return coded.at(at) * 256U + coded.at(at + 1); };
+    for (auto& kept : subpictures_)
+        kept.clear();
+    while (coded.size() < 2 || coded.size() < word(0))
+        play();
+    // Where the words of each command stand: 4 contrasts, 5 the area, 6 the first row's and the
+    // second row's pixels.
+    std::array<std::size_t, 7> words{};
+    for (std::size_t at = word(2) + 4; coded.at(at) != 0xFF;) {
+        const std::uint8_t command = coded[at];
+        words.at(command) = at + 1;
+        at += std::array{1U, 1U, 1U, 3U, 3U, 7U, 5U}.at(command);
+    }
+    const std::size_t left = word(words[5]) >> 4U, right = word(words[5] + 1) & 0xFFFU;
+    const std::size_t top = word(words[5] + 3) >> 4U, bottom = word(words[5] + 4) & 0xFFFU;
+    Subpicture picture{Strings(576, std::string(720, ' ')), word(words[4])};
+    // Runs of 1, 2, 3 or 4 half bytes: the value in the last two bits, before it the length, where
+    // 0 means until the row's end. A row begins with a byte.
+    std::array<std::size_t, 2> next{2 * word(words[6]), 2 * word(words[6] + 2)};
+    for (std::size_t y = top; y <= bottom; ++y) {
+        std::size_t& at = next.at((y - top) % 2);
+        const auto half = [&] {
+            const unsigned byte = coded.at(at / 2);
+            return at++ % 2 == 0 ? byte >> 4U : byte & 15U;
+        };
+        for (std::size_t x = left; x <= right;) {
+            unsigned run = half();
+            for (unsigned least = 4; run < least && least <= 64; least *= 4)
+                run = run << 4U | half();
+            const std::size_t length = run < 4 ? right + 1 - x : run >> 2U;
+            picture.rows.at(y).replace(x, length, length, static_cast<char>('0' + run % 4));
+            x += length;
+        }
+        at += at % 2;
+    }
+    return picture;
+}
+
 Rgba Player::highlightColor(std::uint32_t highlight, int value) const {
     const int shift = 4 * value;
     const std::uint32_t entry = palette_.at(highlight >> (16 + shift) & 15U);
@@ -58,6 +109,7 @@ std::string Player::play() {
             throw std::runtime_error(dvdnav_err_to_string(nav_));
         isAtEnd_ = event == DVDNAV_STOP;
         if (event == DVDNAV_NAV_PACKET || event == DVDNAV_STOP) return place();
+        if (event == DVDNAV_BLOCK_OK) keepSubpicture();
         if (event == DVDNAV_WAIT) dvdnav_wait_skip(nav_);
         if (event == DVDNAV_STILL_FRAME) dvdnav_still_skip(nav_);
         if (event == DVDNAV_SPU_CLUT_CHANGE)

@@ -9,6 +9,13 @@
 
 namespace tkv::test {
 
+/// What can lie over a page: the pixels' values, '0' to '3', by rows from the top, and a blank
+/// where there is none. `contrasts`: of the values while no button is highlighted, four bits each.
+struct Subpicture {
+    Strings rows;
+    unsigned contrasts;
+};
+
 /// A DVD player without a screen. It throws where a disc stops, or does not go on.
 class Player {
   public:
@@ -32,6 +39,9 @@ class Player {
     /// What the disc says about the buttons here.
     const hli_t& highlights() { return dvdnav_get_current_nav_pci(nav_)->hli; }
 
+    /// The subpicture for wide displays (0) or others (1) of a page that has just been reached.
+    Subpicture subpicture(int stream);
+
     /// Y, Cr and Cb of the colour that a highlight gives to the pixels of a value (0 to 3), and its
     /// contrast (0 to 15).
     Rgba highlightColor(std::uint32_t highlight, int value) const;
@@ -52,9 +62,12 @@ class Player {
     std::string press(DVDMenuID_t key);
 
   private:
+    void keepSubpicture();
+
     dvdnav_t* nav_ = nullptr;
     std::array<std::uint8_t, DVD_VIDEO_LB_LEN> block_{};
     std::array<std::uint32_t, 16> palette_{};
+    std::array<std::vector<std::uint8_t>, 2> subpictures_;  ///< as they are coded
     int titleSet_ = 0;
     bool isAtEnd_ = false;
 };

@@ -9,10 +9,12 @@
 
 #include "composer/dvd_menu_picture.h"
 #include "disc/make/button_map.h"
+#include "disc/make/highlight.h"
 #include "disc/make/page_request.h"
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
 #include "graphics/text.h"
+#include "imaging/export.h"
 #include "system/pipe.h"
 
 namespace tkv::disc {
@@ -71,6 +73,7 @@ std::string MenuMaker::nameOf(const MenuPage& page,
                 fmt::format("{} {} {} {}", arrows.up, arrows.down, arrows.left, arrows.right)});
     }
     append(inputs, menuClipCommand(setting_.sound, setting_.standard, setting_.rate, ""));
+    append(inputs, {highlightStyle()});
     return Workshop::nameOf("menu", ".mpg", inputs);
 }
 
@@ -137,12 +140,27 @@ void MenuMaker::drawMaps(const MenuPage& page, const std::vector<std::string>& e
                          const std::string& folder) {
     expectDrawn(dvdMenuPicture(requestOf(page, excerpts, MenuMode::overlay, folder + "/menu.png")),
                 page);
-    for (const char* name : {kWideMap, kPanScanMap}) {
-        const std::string path = workshop_.path(folder + name);
-        const auto map = finishedMap(readText(path), page, dot(), workshop_.path(""));
-        expectDrawn(map.has_value(), page);
-        writeText(path, *map);
+    const std::string wideMap = readText(workshop_.path(folder + kWideMap));
+    const std::string panScanMap = readText(workshop_.path(folder + kPanScanMap));
+    const auto buttons = pageButtons(wideMap, panScanMap, page, workshop_.path(""));
+    expectDrawn(buttons.has_value(), page);
+    finishMap(page, wideMap, buttons->wide, folder + kWideMap);
+    finishMap(page, panScanMap, buttons->panScan, folder + kPanScanMap);
+}
+
+void MenuMaker::finishMap(const MenuPage& page, const std::string& map,
+                          const std::vector<ButtonRect>& buttons, const std::string& output) {
+    SubpictureNames names{dot(), output + "-highlight.png", output + "-select.png"};
+    for (const auto& [state, name] : {std::pair(ButtonState::highlighted, names.highlight),
+                                      {ButtonState::selected, names.select}}) {
+        bool isWritten = false;
+        imgExport(highlightPicture(buttons, page.thumbnails.size(), setting_.standard, state),
+                  workshop_.path(name), 0, &isWritten);
+        expectDrawn(isWritten, page);
     }
+    const auto finished = finishedMap(map, page, buttons, names, workshop_.path(""));
+    expectDrawn(finished.has_value(), page);
+    writeText(workshop_.path(output), *finished);
 }
 
 // The buttons of wide displays are the first subpicture stream, those of 4:3 displays the second.

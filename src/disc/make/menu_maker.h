@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "composer/button_layout.h"
 #include "composer/menu_request.h"
 #include "disc/make/menu_setting.h"
 #include "disc/plan/plan.h"
@@ -54,6 +55,8 @@ class MenuMaker {
                     Descriptor encoder);
     void drawMaps(const MenuPage& page, const std::vector<std::string>& excerpts,
                   const std::string& folder);
+    void finishMap(const MenuPage& page, const std::string& map,
+                   const std::vector<ButtonRect>& buttons, const std::string& output);
     void encode(const MenuPage& page, Descriptor frames, const std::string& clip);
     void addButtons(const MenuPage& page, const std::string& maps, const std::string& clip,
                     const std::string& output);
