@@ -47,8 +47,10 @@ void expectFrames(Player& player, int thumbnails) {
         const auto colors = std::bit_cast<Colors>(highlights.btn_colit);
         for (int i = 0; i < highlights.hl_gi.btn_ns; ++i) {
             const btni_t& button = highlights.btnit[18 * group + i];
-            const int left = button.x_start, width = button.x_end - left;
-            const int top = button.y_start, height = button.y_end - top;
+            const auto left = static_cast<int>(button.x_start);
+            const auto top = static_cast<int>(button.y_start);
+            const int width = static_cast<int>(button.x_end) - left;
+            const int height = static_cast<int>(button.y_end) - top;
             const std::string edge = i < thumbnails ? "ddlllldd" : "ddll";
             const std::string upper = i < thumbnails ? edge : "ll";
             const auto framed = [&](const std::string& before, int length) {

@@ -6,6 +6,45 @@
 
 namespace tkv::test {
 
+namespace {
+
+Subpicture decoded(const std::vector<std::uint8_t>& coded) {
+    const auto word = [&](std::size_t at) { return coded.at(at) * 256UL + coded.at(at + 1); };
+    // Where the words of each command stand: 4 contrasts, 5 the area, 6 the first row's and the
+    // second row's pixels.
+    std::array<std::size_t, 7> words{};
+    for (std::size_t at = word(2) + 4; coded.at(at) != 0xFF;) {
+        const std::uint8_t command = coded[at];
+        words.at(command) = at + 1;
+        at += std::array{1U, 1U, 1U, 3U, 3U, 7U, 5U}.at(command);
+    }
+    const std::size_t left = word(words[5]) >> 4U, right = word(words[5] + 1) & 0xFFFU;
+    const std::size_t top = word(words[5] + 3) >> 4U, bottom = word(words[5] + 4) & 0xFFFU;
+    Subpicture picture{Strings(576, std::string(720, ' ')), word(words[4])};
+    // Runs of 1, 2, 3 or 4 half bytes: the value in the last two bits, before it the length, where
+    // 0 means until the row's end. A row begins with a byte.
+    std::array<std::size_t, 2> next{2 * word(words[6]), 2 * word(words[6] + 2)};
+    for (std::size_t y = top; y <= bottom; ++y) {
+        std::size_t& at = next.at((y - top) % 2);
+        const auto half = [&] {
+            const unsigned byte = coded.at(at / 2);
+            return at++ % 2 == 0 ? byte >> 4U : byte & 15U;
+        };
+        for (std::size_t x = left; x <= right;) {
+            unsigned run = half();
+            for (unsigned least = 4; run < least && least <= 64; least *= 4)
+                run = run << 4U | half();
+            const std::size_t length = run < 4 ? right + 1 - x : run >> 2U;
+            picture.rows.at(y).replace(x, length, length, static_cast<char>('0' + run % 4));
+            x += length;
+        }
+        at += at % 2;
+    }
+    return picture;
+}
+
+}  // namespace
+
 Player::Player(const std::string& disc) {
     const dvdnav_logger_cb silent{[](void*, dvdnav_logger_level_t, const char*, va_list) {}};
     if (dvdnav_open2(&nav_, this, &silent, disc.c_str()) != DVDNAV_STATUS_OK)
@@ -57,42 +96,13 @@ void Player::keepSubpicture() {
 
 Subpicture Player::subpicture(int stream) {
     const auto& coded = subpictures_.at(static_cast<std::size_t>(stream));
-    const auto word = [&](std::size_t at) { return coded.at(at) * 256U + coded.at(at + 1); };
     for (auto& kept : subpictures_)
         kept.clear();
-    while (coded.size() < 2 || coded.size() < word(0))
+    for (int packs = 0; packs < 1000; ++packs) {
+        if (coded.size() > 2 && coded.size() >= coded[0] * 256UL + coded[1]) return decoded(coded);
         play();
-    // Where the words of each command stand: 4 contrasts, 5 the area, 6 the first row's and the
-    // second row's pixels.
-    std::array<std::size_t, 7> words{};
-    for (std::size_t at = word(2) + 4; coded.at(at) != 0xFF;) {
-        const std::uint8_t command = coded[at];
-        words.at(command) = at + 1;
-        at += std::array{1U, 1U, 1U, 3U, 3U, 7U, 5U}.at(command);
     }
-    const std::size_t left = word(words[5]) >> 4U, right = word(words[5] + 1) & 0xFFFU;
-    const std::size_t top = word(words[5] + 3) >> 4U, bottom = word(words[5] + 4) & 0xFFFU;
-    Subpicture picture{Strings(576, std::string(720, ' ')), word(words[4])};
-    // Runs of 1, 2, 3 or 4 half bytes: the value in the last two bits, before it the length, where
-    // 0 means until the row's end. A row begins with a byte.
-    std::array<std::size_t, 2> next{2 * word(words[6]), 2 * word(words[6] + 2)};
-    for (std::size_t y = top; y <= bottom; ++y) {
-        std::size_t& at = next.at((y - top) % 2);
-        const auto half = [&] {
-            const unsigned byte = coded.at(at / 2);
-            return at++ % 2 == 0 ? byte >> 4U : byte & 15U;
-        };
-        for (std::size_t x = left; x <= right;) {
-            unsigned run = half();
-            for (unsigned least = 4; run < least && least <= 64; least *= 4)
-                run = run << 4U | half();
-            const std::size_t length = run < 4 ? right + 1 - x : run >> 2U;
-            picture.rows.at(y).replace(x, length, length, static_cast<char>('0' + run % 4));
-            x += length;
-        }
-        at += at % 2;
-    }
-    return picture;
+    throw std::runtime_error(place() + " has no subpicture");
 }
 
 Rgba Player::highlightColor(std::uint32_t highlight, int value) const {

@@ -13,7 +13,7 @@ namespace tkv::test {
 /// where there is none. `contrasts`: of the values while no button is highlighted, four bits each.
 struct Subpicture {
     Strings rows;
-    unsigned contrasts;
+    std::size_t contrasts;
 };
 
 /// A DVD player without a screen. It throws where a disc stops, or does not go on.

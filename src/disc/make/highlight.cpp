@@ -20,7 +20,7 @@ constexpr std::uint32_t kNothing = 0;
 
 /// A line within all four edges, in rows and columns. On an interlaced display one of a single row
 /// would flicker.
-struct Line {
+struct FrameLine {
     bool isLight;
     int width;
     int above;  ///< its width along the upper edge
@@ -28,10 +28,10 @@ struct Line {
 
 // From the edge inwards. A label's capitals have their accents close to its upper edge, and its
 // lower edge may touch a thumbnail.
-constexpr Line kThumbnailLines[] = {{false, 2, 2}, {true, 4, 4}, {false, 2, 2}};
-constexpr Line kLabelLines[] = {{false, 2, 0}, {true, 2, 2}};
+constexpr FrameLine kThumbnailLines[] = {{false, 2, 2}, {true, 4, 4}, {false, 2, 2}};
+constexpr FrameLine kLabelLines[] = {{false, 2, 0}, {true, 2, 2}};
 
-std::span<const Line> linesOf(bool isThumbnail) {
+std::span<const FrameLine> linesOf(bool isThumbnail) {
     if (isThumbnail) return kThumbnailLines;
     return kLabelLines;
 }

@@ -150,7 +150,7 @@ void MenuMaker::drawMaps(const MenuPage& page, const std::vector<std::string>& e
 
 void MenuMaker::finishMap(const MenuPage& page, const std::string& map,
                           const std::vector<ButtonRect>& buttons, const std::string& output) {
-    SubpictureNames names{dot(), output + "-highlight.png", output + "-select.png"};
+    const SubpictureNames names{dot(), output + "-highlight.png", output + "-select.png"};
     for (const auto& [state, name] : {std::pair(ButtonState::highlighted, names.highlight),
                                       {ButtonState::selected, names.select}}) {
         bool isWritten = false;
