@@ -1,9 +1,11 @@
 #include "disc/make/button_map.h"
 
-#include <algorithm>
 #include <pugixml.hpp>
+
+#include <algorithm>
 #include <sstream>
 #include <string_view>
+#include <utility>
 
 namespace tkv::disc {
 
@@ -79,7 +81,9 @@ std::optional<std::string> finishedMap(const std::string& map, const MenuPage& p
     finished.subpicture.attribute("select") = pictures.select.c_str();
     for (std::size_t i = 0; i < buttons.size(); ++i) {
         pugi::xml_node button = finished.buttons[i];
-        button.attribute("y1") = buttons[i].y1;
+        const auto& [x0, y0, x1, y1] = buttons[i];
+        for (const auto& [name, at] : {std::pair("x0", x0), {"y0", y0}, {"x1", x1}, {"y1", y1}})
+            button.attribute(name) = at;
         const auto& [up, down, left, right] = page.buttons[i].arrows;
         for (const auto& [key, to] :
              {std::pair("up", up), {"down", down}, {"left", left}, {"right", right}})
