@@ -311,6 +311,77 @@ TEST(FilmMaker, EncodesAgainWhatTurnsOutTooLarge) {
     }
 }
 
+/// Where something begins, in seconds, in values at this rate: above half of the highest, after a
+/// tenth of a second below.
+std::vector<double> onsets(const std::vector<double>& values, double rate) {
+    const double most = std::ranges::max(values);
+    std::vector<double> times;
+    double last = -1;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        const double time = static_cast<double>(i) / rate;
+        if (values[i] < most / 2) continue;
+        if (time > last + 0.1) times.push_back(time);
+        last = time;
+    }
+    return times;
+}
+
+/// How much later than each flash of a film its beep begins, in seconds.
+std::vector<double> lateness(const std::string& film, double frameRate) {
+    const auto startOf = [&](const char* stream) {
+        return std::stod(
+            run(fmt::format("ffprobe -v error -select_streams {}:0 -show_entries "
+                            "packet=pts_time -of csv=p=0 {} | grep '^[0-9]' | sort -n | head -1",
+                            stream, film)));
+    };
+    std::vector<double> levels, samples;
+    for (const char byte : run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:v -vf "
+                                           "scale=1:1:flags=area,format=gray -f rawvideo -",
+                                           film)))
+        levels.push_back(static_cast<unsigned char>(byte));
+    for (const char byte :
+         run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:a:0 -ac 1 -f s8 -", film)))
+        samples.push_back(std::abs(static_cast<signed char>(byte)));
+    const std::vector<double> flashes = onsets(levels, frameRate), beeps = onsets(samples, 48000);
+    std::vector<double> late;
+    for (std::size_t i = 0; i < std::min(flashes.size(), beeps.size()); ++i)
+        late.push_back(beeps[i] + startOf("a") - flashes[i] - startOf("v"));
+    return late;
+}
+
+TEST(FilmEncoding, KeepsSoundInStep) {
+    const struct {
+        const char *rate, *ending;
+        Standard standard;
+        int cutAt;  ///< 188 bytes
+    } rows[] = {{"24", "mkv", kPal, 0}, {"25", "mkv", kNtsc, 0}, {"24", "mkv", kNtsc, 0},
+                {"50", "mkv", kPal, 0}, {"30", "mkv", kPal, 0},  {"25", "ts", kPal, 60}};
+    for (const auto& row : rows) {
+        const TempFolder folder;
+        SCOPED_TRACE(fmt::format("{} {}", row.rate, row.ending));
+        const std::string name = fmt::format("film.{}", row.ending);
+        made(folder, name,
+             fmt::format(
+                 "-f lavfi -i 'color=s=64x36:r={0}:d=3.2,format=gray,geq=lum=if(gt(T\\,0.5)*lt("
+                 "mod(T\\,1)\\,2.5/{0})\\,235\\,16),format=yuv420p' "
+                 "-f lavfi -i 'aevalsrc=if(gt(t\\,0.5)*lt(mod(t\\,1)\\,0.1)\\,sin(6283*t)\\,0)"
+                 ":s=48000:d=3.2' -c:v libx264 -g 25 -c:a {1}",
+                 row.rate, row.ending == std::string("ts") ? "mp2" : "flac"));
+        if (row.cutAt > 0)
+            run(fmt::format("cd {0} && tail -c +{2} {1} >cut && mv cut {1}", folder.path(), name,
+                            188 * row.cutAt + 1));
+        const Film film = probed(folder.file(name));
+        const Conversion conversion = conversionOf(film, row.standard, false);
+        const Film result = encoded(folder, film, conversion);
+        const std::vector<double> late =
+            lateness(result.source.path, result.video.frameRate.perSecond());
+        EXPECT_EQ(late.size(), 3U);
+        EXPECT_EQ(film.lost > 0.1, row.cutAt > 0) << film.lost;
+        for (const double seconds : late)
+            EXPECT_NEAR(seconds, 0, row.standard == kPal ? 0.005 : 0.034) << "up to a frame";
+    }
+}
+
 TEST(FilmEncoding, EvensLoudness) {
     const char* const summary =
         "    I:         {} LUFS\n    Threshold: -31.1 LUFS\n  Loudness range:\n    LRA: 1.0 LU\n"

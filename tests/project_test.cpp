@@ -288,6 +288,7 @@ TEST(ProjectFile, ReadsBackAsItWasWritten) {
         DiscSize::dvd9,
         {ChapterRule::Source::every, 90},
         true,
+        false,
         true,
         false,
         false,

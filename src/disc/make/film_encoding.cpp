@@ -116,6 +116,19 @@ std::int64_t samplesOf(const Conversion& conversion) {
     return samplesOf(conversion.frames / factsOf(conversion.standard).frameRate.perSecond());
 }
 
+// What plays a track faster. The first sounds come out of a stretching filter a little late: before
+// them goes some silence, which is cut off again.
+std::string hastened(double speed, bool keepsPitch) {
+    if (speed == 1) return {};
+    if (!keepsPitch)
+        return fmt::format(",asetrate={:.0f},aresample={}", kSampleRate * speed, kSampleRate);
+    constexpr int kSilence = 5000;  // samples
+    return fmt::format(
+        ",adelay={}S:all=1,rubberband=tempo={:.9f}:channels=together,atrim=start_sample={:.0f}"
+        ",asetpts=PTS-STARTPTS",
+        kSilence, speed, kSilence / speed);
+}
+
 // A track that begins and ends with the picture: late ones are filled from the start, short ones
 // to the end.
 std::string soundFilters(const Film& film, const Conversion& conversion, const DiscTrack& track,
@@ -123,7 +136,7 @@ std::string soundFilters(const Film& film, const Conversion& conversion, const D
     std::string filters;
     if (film.video.start > 0) filters = fmt::format("asetpts=PTS-{:.6f}/TB,", film.video.start);
     filters += fmt::format("aresample={}:async=1:first_pts=0", kSampleRate);
-    if (conversion.speed != 1) filters += fmt::format(",atempo={:.9f}", conversion.speed);
+    filters += hastened(conversion.speed, conversion.keepsPitch);
     if (gain != 0) filters += fmt::format(",volume={:.2f}dB", gain);
     return fmt::format("{},aformat=sample_fmts=fltp:channel_layouts={},apad,atrim=end_sample={}",
                        filters, track.isSurround ? "5.1" : "stereo", samplesOf(conversion));

@@ -69,6 +69,7 @@ struct Conversion {
     FieldSource fields = FieldSource::none;
     bool isTopFirst = false;  ///< of the film's own fields: is the upper one shown first?
     double speed = 1;         ///< the disc's film plays this much faster, its sound too
+    bool keepsPitch = true;   ///< then: does the sound keep its pitch, or rise with the speed?
     int frames = 1;           ///< of the disc's film
     double seconds = 0;       ///< of the disc's film
     bool isWide = false;      ///< is its frame 16:9, or else 4:3?

@@ -81,6 +81,7 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
     Conversion& conversion = film.conversion;
     conversion = conversionOf(film.film, standard, isCopied);
     conversion.evensLoudness = project.evenVolume;
+    conversion.keepsPitch = project.keepsPitch;
     ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
     conversion.chapters = std::move(list.chapters);
     const bool hasMenu = project.hasMenu && list.hasMenu;

@@ -64,6 +64,7 @@ struct Project {
     DiscSize size = DiscSize::dvd5;
     ChapterRule chapters;
     bool evenVolume = false;      ///< are the films made equally loud?
+    bool keepsPitch = true;       ///< of the sound of films that play faster?
     bool playsFirstFilm = false;  ///< before the menu comes
     bool hasMenu = true;
     bool dimsBackground = true;  ///< as far as the menus' texts need it

@@ -71,7 +71,7 @@ std::optional<std::string> textOf(const Project& project) {
 std::span<const TextSetting> textSettings() {
     static const std::string languages = labelLanguages();
     static const std::string ofMenus = "of the menus: " + languages;
-    static const std::array<TextSetting, 8> settings{{
+    static const std::array<TextSetting, 9> settings{{
         {"title", "TEXT", "heads the menus and names the disc", "a text", "Our summer", false,
          setText<&Project::title>, textOf<&Project::title>},
         {"background", "PICTURE", "picture behind the menus, or none; else the first film's",
@@ -110,6 +110,16 @@ std::span<const TextSetting> textSettings() {
          },
          [](const Project& project) -> std::optional<std::string> {
              return project.evenVolume ? "even" : "keep";
+         }},
+        {"pitch", "HOW", "keep, or film: higher where 24 frames play as 25", "keep or film", "",
+         false,
+         [](Project& project, const std::string& text) {
+             const auto isHigher = choice(text, "keep", "film");
+             if (isHigher) project.keepsPitch = !*isHigher;
+             return isHigher.has_value();
+         },
+         [](const Project& project) -> std::optional<std::string> {
+             return project.keepsPitch ? "keep" : "film";
          }},
         {"language", "XX", ofMenus, languages, "", false,
          [](Project& project, const std::string& text) {
