@@ -13,7 +13,8 @@ TKV_SEEN_OUTSIDE const tkv::DesktopGraphics tkvDesktopGraphics{
     tkv::desktop::isReadByPixbuf,
     tkv::desktop::decodeWithPixbuf,
     tkv::desktop::encodeTiff,
-    tkv::desktop::encodeBmp};
+    tkv::desktop::encodeBmp,
+    tkv::desktop::sheetPdf};
 
 TKV_SEEN_OUTSIDE const tkv::DesktopTrash tkvDesktopTrash{
     {TKV_MODULE_VERSION, sizeof(tkv::DesktopTrash)}, tkv::desktop::moveToTrash};

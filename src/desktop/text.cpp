@@ -1,5 +1,3 @@
-#include <pango/pangocairo.h>
-
 #include <algorithm>
 #include <cmath>
 #include <memory>
@@ -11,6 +9,7 @@
 #include <vector>
 
 #include "desktop/functions.h"
+#include "desktop/pango_text.h"
 #include "graphics/cairo_handles.h"
 #include "system/unicode.h"
 
@@ -18,13 +17,6 @@ namespace tkv::desktop {
 
 namespace {
 
-constexpr const char* kFontFamily = "DejaVu Sans";
-
-using PangoContextOwner = std::unique_ptr<PangoContext, Releaser<g_object_unref>>;
-using PangoLayoutOwner = std::unique_ptr<PangoLayout, Releaser<g_object_unref>>;
-using FontDescription =
-    std::unique_ptr<PangoFontDescription, Releaser<pango_font_description_free>>;
-using FontOptions = std::unique_ptr<cairo_font_options_t, Releaser<cairo_font_options_destroy>>;
 using FontOwner = std::unique_ptr<PangoFont, Releaser<g_object_unref>>;
 using Fontset = std::unique_ptr<PangoFontset, Releaser<g_object_unref>>;
 using FontMetrics = std::unique_ptr<PangoFontMetrics, Releaser<pango_font_metrics_unref>>;
@@ -50,29 +42,6 @@ struct Box {
                 std::max(bottom, other.bottom)};
     }
 };
-
-/// Loading the font configuration dominates the first text's time, so the whole process shares one
-/// context.
-PangoContext* sharedContext() {
-    static const PangoContextOwner context = [] {
-        PangoContextOwner made(pango_font_map_create_context(pango_cairo_font_map_get_default()));
-        // No hinting and no subpixel antialiasing: the same picture on every machine.
-        const FontOptions options(cairo_font_options_create());
-        cairo_font_options_set_antialias(options.get(), CAIRO_ANTIALIAS_GRAY);
-        cairo_font_options_set_hint_style(options.get(), CAIRO_HINT_STYLE_NONE);
-        cairo_font_options_set_hint_metrics(options.get(), CAIRO_HINT_METRICS_OFF);
-        pango_cairo_context_set_font_options(made.get(), options.get());
-        return made;
-    }();
-    return context.get();
-}
-
-FontDescription fontOf(float size) {
-    FontDescription font(pango_font_description_new());
-    pango_font_description_set_family_static(font.get(), kFontFamily);
-    pango_font_description_set_absolute_size(font.get(), double{size} * PANGO_SCALE);
-    return font;
-}
 
 /// The metrics of a line, in whole pixels. They are those of the primary font whatever fallback
 /// fonts a text uses, so that the captions of a row share a baseline.

@@ -42,4 +42,8 @@ std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> factor
     return fromModule(&DesktopGraphics::encodeBmp, bitmap, factor);
 }
 
+std::optional<Bytes> sheetPdf(const Sheet& sheet) {
+    return fromModule(&DesktopGraphics::sheetPdf, sheet);
+}
+
 }  // namespace tkv

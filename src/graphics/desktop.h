@@ -1,6 +1,7 @@
 #pragma once
 
 #include "graphics/codecs/codecs.h"
+#include "graphics/sheet.h"
 #include "graphics/text.h"
 #include "system/module.h"
 
@@ -17,6 +18,7 @@ struct DesktopGraphics {
     decltype(&tkv::decodeWithPixbuf) decodeWithPixbuf;
     decltype(&tkv::encodeTiff) encodeTiff;
     decltype(&tkv::encodeBmp) encodeBmp;
+    decltype(&tkv::sheetPdf) sheetPdf;
 };
 
 }  // namespace tkv
