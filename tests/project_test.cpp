@@ -89,6 +89,27 @@ TEST(Times, AreReadAndWritten) {
         EXPECT_EQ(secondsOf(text), std::nullopt) << text;
 }
 
+TEST(Paper, FollowsTheUser) {
+    const struct {
+        const char *size, *all, *paper, *lang;
+        bool isLetter;
+    } rows[] = {
+        {"", "", "", "", false},
+        {"", "", "", "xx_US.UTF-8", true},
+        {"", "", "xx_DE", "xx_US", false},
+        {"", "xx_CA", "xx_DE", "", true},
+        {"", "C.UTF-8", "", "xx_US", false},
+        {"a4", "", "", "xx_US", false},
+        {"Letter", "", "", "xx_DE", true},
+    };
+    for (const auto& [size, all, paper, lang, isLetter] : rows) {
+        const ScopedVariable variables[] = {
+            {"PAPERSIZE", size}, {"LC_ALL", all}, {"LC_PAPER", paper}, {"LANG", lang}};
+        if (fs::exists("/etc/papersize") && *size == '\0') continue;  // It counts more.
+        EXPECT_EQ(userPaper() == Paper::letter, isLetter) << size << all << paper << lang;
+    }
+}
+
 TEST(Labels, FollowTheUser) {
     const ScopedVariable all("LC_ALL", ""), messages("LC_MESSAGES", "fr_CA.UTF-8@x"),
         lang("LANG", "de_DE");

@@ -85,7 +85,7 @@ int main(int argc, char** argv) {
         int status = 0;
         const std::optional<Options> options =
             readCommandLine({argv + (argc > 0 ? 1 : 0), argv + argc},
-                            {currentFolder(), userLanguage(), plainFolders()}, status);
+                            {currentFolder(), userLanguage(), plainFolders(), userPaper()}, status);
         if (!options) return finish(status);
         useLanguage(options->project.labels.language);
         const Outcome outcome = outcomeOf(*options);

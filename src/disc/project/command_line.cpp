@@ -261,6 +261,7 @@ Options optionsOf(const Line& line, const Surroundings& surroundings) {
     Options& options = reading.options;
     options.project.labels = labelsOf(surroundings.language);
     options.project.plainFolders = surroundings.plainFolders;
+    options.paper = surroundings.paper;
     if (!files.empty()) readProjectFile(files[0], surroundings.folder, options.project);
     line.apply(reading);
     addFilms(words, surroundings.folder, options.project);

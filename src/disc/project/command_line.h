@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "disc/project/project.h"
+#include "disc/run/environment.h"
 
 namespace tkv::disc {
 
@@ -18,6 +19,7 @@ struct Options {
     bool cleans = false;    ///< are the intermediate results removed?
     bool verifies = false;  ///< are the kept ones read whole before they are used?
     bool isQuiet = false;
+    Paper paper = Paper::a4;  ///< that the cover is printed on
 };
 
 /// Where a command line is read.
@@ -25,6 +27,7 @@ struct Surroundings {
     std::string folder;    ///< absolute; relative paths begin there
     std::string language;  ///< of the user, as a locale; that of the menus unless another is given
     std::vector<std::string> plainFolders{};  ///< as Project has them
+    Paper paper = Paper::a4;                  ///< that the user prints on
 };
 
 /// Reads the words of a command line (without the program's name) and the project file that they

@@ -1,7 +1,12 @@
 #include "disc/run/environment.h"
 
+#include <langinfo.h>
+#include <locale.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -23,6 +28,31 @@ std::string variable(const char* name) {
     return value != nullptr ? value : "";
 }
 
+// The first of the variables that is set and not empty.
+std::string firstOf(const std::array<const char*, 3>& names) {
+    for (const char* name : names) {
+        if (std::string value = variable(name); !value.empty()) return value;
+    }
+    return {};
+}
+
+// By the locale's own word, or where it is not installed, by its territory.
+bool usesLetter(const std::string& locale) {
+#ifdef __GLIBC__
+    if (const locale_t found = newlocale(LC_PAPER_MASK, locale.c_str(), nullptr)) {
+        // The number, in millimetres, is in the lower half of the pointer.
+        const auto width = reinterpret_cast<std::uintptr_t>(nl_langinfo_l(_NL_PAPER_WIDTH, found));
+        freelocale(found);
+        return static_cast<std::uint32_t>(width) == 216;
+    }
+#endif
+    constexpr std::array<std::string_view, 14> kTerritories{
+        "BZ", "CA", "CL", "CO", "CR", "GT", "MX", "NI", "PA", "PH", "PR", "SV", "US", "VE"};
+    const std::size_t mark = locale.find('_');
+    return mark != std::string::npos &&
+           std::ranges::find(kTerritories, locale.substr(mark + 1, 2)) != kTerritories.end();
+}
+
 }  // namespace
 
 std::string currentFolder() {
@@ -31,10 +61,15 @@ std::string currentFolder() {
 }
 
 std::string userLanguage() {
-    for (const char* name : {"LC_ALL", "LC_MESSAGES", "LANG"}) {
-        if (std::string value = variable(name); !value.empty()) return value;
-    }
-    return {};
+    return firstOf({"LC_ALL", "LC_MESSAGES", "LANG"});
+}
+
+Paper userPaper() {
+    std::string paper = variable("PAPERSIZE");
+    if (paper.empty()) std::getline(std::ifstream("/etc/papersize"), paper);
+    const bool isLetter = paper.empty() ? usesLetter(firstOf({"LC_ALL", "LC_PAPER", "LANG"}))
+                                        : asciiLowered(paper).find("letter") != std::string::npos;
+    return isLetter ? Paper::letter : Paper::a4;
 }
 
 std::vector<std::string> plainFolders() {

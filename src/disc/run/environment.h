@@ -14,6 +14,12 @@ std::string currentFolder();
 /// that is set and not empty.
 std::string userLanguage();
 
+/// What the user prints on.
+enum class Paper { a4, letter };
+
+/// The paper that $PAPERSIZE, /etc/papersize or else the user's locale names; A4 by default.
+Paper userPaper();
+
 /// The user's folders for downloads, videos and the like, by the paths that the desktop has given
 /// them in the user's language, the home and that for temporary files.
 std::vector<std::string> plainFolders();
