@@ -90,7 +90,8 @@ TEST_F(Films, FollowTheOptions) {
     expectDisc("--no-menu -o plain ready.vob");
     const std::string told = makeDisc("--no-menu --no-image -o plain ready.vob");
     EXPECT_NE(told.find("/dev/sr0 -dvd-video /"), std::string::npos) << told;
-    EXPECT_EQ(namesIn(file("plain")), (Strings{".tkvDvdDisc", "disc", "jacket.jpg", "work"}));
+    EXPECT_EQ(namesIn(file("plain")),
+              (Strings{".tkvDvdDisc", "cover.pdf", "disc", "jacket.jpg", "work"}));
     EXPECT_EQ(makeDisc("--quiet --clean --no-menu --volume even -o plain ready.vob"), "status 0\n");
     EXPECT_FALSE(fs::exists(file("plain/work")));
     make("long.vob", kLong);

@@ -157,8 +157,8 @@ TEST_F(Films, BecomeADiscThatLeads) {
                                  isPal ? "--pal -- chap*.mp4 it*.mp4 -f*.mkv ready.vob"
                                        : "--ntsc --chapters none --music none chap*.mp4"));
         ASSERT_TRUE(said.ends_with("status 0\n")) << said;
-        EXPECT_EQ(namesIn(out),
-                  (Strings{".tkvDvdDisc", "disc", "disc.iso", "jacket.jpg", "menus", "work"}));
+        EXPECT_EQ(namesIn(out), (Strings{".tkvDvdDisc", "cover.pdf", "disc", "disc.iso",
+                                         "jacket.jpg", "menus", "work"}));
         EXPECT_EQ(said.find("copied as it is") != std::string::npos, isPal) << said;
         for (const char* disc : {"/disc", "/disc.iso"})
             isPal ? expectDiscThatLeads(out + disc) : expectDiscOfOneFilm(out + disc);
@@ -187,6 +187,12 @@ TEST_F(Films, JustPlayWithoutAMenu) {
     folder_.write("blue.toml", "film = [{path = 'turns.mkv', excerpt = 3}]");
     expectDisc("--no-menu -o plays blue.toml chap*.mp4 chap*.mp4");  // One of them twice.
     EXPECT_TRUE(near(pixel(menu("plays/jacket.jpg"), 20, 20), {1, 1, 153, 255}, 12));
+    run(
+        fmt::format("cd {}/plays; pdftoppm -r 72 -png -singlefile cover.pdf cover; "
+                    "pdftotext cover.pdf",
+                    folder_.path()));
+    EXPECT_TRUE(near(pixel(menu("plays/cover.png"), 600, 60), {0, 0, 254, 255}, 12));
+    EXPECT_NE(readText(file("plays/cover.txt")).find("Chapters & more"), std::string::npos);
     Player player(file("plays/disc"));
     EXPECT_EQ(player.place(), "film 1");
     EXPECT_EQ(player.leave(), "film 2");

@@ -16,6 +16,7 @@
 #include "disc/film/kept_film.h"
 #include "disc/film/probe.h"
 #include "disc/film/suggestion.h"
+#include "disc/make/cover_pictures.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_maker.h"
 #include "disc/plan/report.h"
@@ -24,6 +25,8 @@
 #include "disc/run/parallel_tasks.h"
 #include "disc/run/text_file.h"
 #include "disc/run/workshop.h"
+#include "graphics/sheet.h"
+#include "system/files.h"
 #include "system/paths.h"
 
 namespace tkv::disc {
@@ -125,7 +128,7 @@ class DiscMaker {
         makePieces();
         author();
         workshop_.removeUnused();
-        tell(madeLines(options_, plan_, bytesIn(folder_.path() + "/disc")));
+        tell(madeLines(options_, plan_, bytesIn(folder_.path() + "/disc"), hasCover_));
     }
 
     std::vector<Film> foundFilms() {
@@ -182,6 +185,24 @@ class DiscMaker {
         menus.drawJacket(plan_.title, jacketLine(plan_, project_.labels.minutes),
                          makeJacketPicture(setting_, plan_, workshop_), jacket);
         folder_.put(jacket, "jacket.jpg");
+        makeCover();
+    }
+
+    void makeCover() {
+        const Progress::Task task(progress_, "Drawing the cover", 0);
+        const std::string cover = Workshop::unfinished("cover.pdf");
+        const auto pdf = sheetPdf(coverSheet(
+            plan_, project_.labels, makeCoverPictures(setting_, plan_, options_.paper, workshop_),
+            options_.paper));
+        hasCover_ = pdf.has_value();
+        if (!pdf) {
+            folder_.drop("cover.pdf");
+            progress_.say("There is no cover.pdf: it could not be drawn.");
+            return;
+        }
+        const std::string path = workshop_.path(cover);
+        if (!writeFile(path, *pdf)) failOn(path, "written");
+        folder_.put(cover, "cover.pdf");
     }
 
     void makeMenus(MenuMaker& menus, ParallelTasks& films, const Excerpts& excerpts) {
@@ -266,6 +287,7 @@ class DiscMaker {
     DiscPlan plan_;
     MenuSetting setting_;
     DiscPieces pieces_;
+    bool hasCover_ = false;
 };
 
 // The project with all that a person may want to change of what the films say.

@@ -101,8 +101,8 @@ std::string whyNoDisc(const DiscPlan& plan) {
         isSmall ? ", or take a dual-layer one: --size dvd9" : "");
 }
 
-std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
-                                   std::int64_t bytes) {
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan, std::int64_t bytes,
+                                   bool hasCover) {
     const std::string disc = options.output + (options.makesImage ? "/disc.iso" : "/disc");
     std::vector<std::string> lines{
         fmt::format("Made in {}:", options.output),
@@ -112,6 +112,7 @@ std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
     if (options.makesImage) lines.emplace_back("  disc.iso    the same as a disc image");
     if (!plan.pages.empty()) lines.emplace_back("  menus/      pictures of the menus");
     lines.emplace_back("  jacket.jpg  for the case");
+    if (hasCover) lines.emplace_back("  cover.pdf   to print, for the case");
     if (bytes > capacityOf(plan.size))
         lines.emplace_back("It is too large for the blank disc that was asked for.");
     lines.push_back(fmt::format("Play it:  vlc {}", shellWord("dvd://" + disc)));

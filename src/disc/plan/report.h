@@ -22,9 +22,9 @@ std::vector<std::string> planLines(const DiscPlan& plan);
 /// can be made.
 std::string whyNoDisc(const DiscPlan& plan);
 
-/// What was made, and how to play and burn it. `bytes`: of the disc.
-std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
-                                   std::int64_t bytes);
+/// What was made, and how to play and burn it. `bytes`: of the disc. `hasCover`: is there one?
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan, std::int64_t bytes,
+                                   bool hasCover);
 
 /// The same of a run that has only drawn menus.
 std::vector<std::string> previewLines(const Options& options, const DiscPlan& plan);
