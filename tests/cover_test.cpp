@@ -100,7 +100,7 @@ class Cover : public testing::Test {
 
     // Whether there is something black within a third of a millimetre.
     bool isMarked(const Bitmap& page, double x, double y) const {
-        for (double away = -0.3; away <= 0.3; away += 0.1) {
+        for (const double away : {-0.3, -0.1, 0.1, 0.3}) {
             if (at(page, x + away, y).red < 100 || at(page, x, y + away).red < 100) return true;
         }
         return false;

@@ -217,10 +217,10 @@ class CoverSheet {
     void addStills(std::size_t inRow) {
         const double width = stillWidth(inRow), pitch = stillPitch(inRow);
         for (std::size_t i = 0; i < pictures_.stills.size(); ++i) {
-            const auto column = static_cast<double>(i % inRow);
-            const auto row = static_cast<double>(i / inRow);
-            const SheetPlace place{kMargin + column * (width + kStillGap), kMargin + row * pitch,
-                                   width, pitch - kStillGap};
+            const std::size_t column = i % inRow, row = i / inRow;
+            const SheetPlace place{kMargin + static_cast<double>(column) * (width + kStillGap),
+                                   kMargin + static_cast<double>(row) * pitch, width,
+                                   pitch - kStillGap};
             add(std::move(pictures_.stills[i]), place);
             frame(place, kStillFrame, kFaint);
         }

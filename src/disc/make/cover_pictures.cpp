@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <optional>
 #include <utility>
 
 #include "disc/film/source.h"
@@ -24,16 +25,13 @@ namespace {
 constexpr double kDotsPerMillimetre = 300 / 25.4;
 constexpr float kFrontQuality = 0.9F;
 
-// Where scenes are looked for.
-constexpr Raster kSearched{{960, 540}, kWideAspect};
-
 // That are spread over the disc. One may stand on the front, or the dullest be left out.
 constexpr std::size_t kShots = kCoverStills + 1;
 
-// As wide as half of the back at 300 dots per inch.
-constexpr Raster kStill{{640, 360}, kWideAspect};
+// As half of the back is wide at 300 dots per inch.
+constexpr Raster kStill = ofSquares({640, 360});
 
-// Of the ground's strongest channel: white texts have a contrast of 10:1 on it at least.
+// Of the ground's strongest channel: white texts have a contrast of 9:1 on it at least.
 constexpr double kGroundLevel = 0.27;
 
 // The mean of many colours is grey, that of one is shrill.
@@ -77,30 +75,33 @@ double bestLeft(const std::vector<double>& detail, double width) {
     return (best - half) / columns;
 }
 
+// The largest part of that shape, in the picture's drawing units.
+Rect partFor(const Bitmap& picture, double shape) {
+    const auto [width, height] = picture.nominalSize();
+    const double cutHeight = std::min(height, width / shape), cutWidth = cutHeight * shape;
+    return {bestLeft(detailOf(picture), cutWidth / width) * width, (height - cutHeight) / 2,
+            cutWidth, cutHeight};
+}
+
 // The picture cut to the shape of its place: with its own pixels, but no more than are seen.
-Bitmap cutTo(const SheetPlace& place, const std::string& path) {
-    constexpr int kLookedAt = 192;
+std::optional<Bitmap> cutTo(const SheetPlace& place, const std::string& path) {
     const double shape = place.width / place.height;
     const double mostHeight = place.height * kDotsPerMillimetre;
-    const auto rough = decodePicture(path, [](PixelSize) { return PixelSize{kLookedAt, 1}; });
+    const auto rough = decodePicture(path, [](PixelSize) { return PixelSize{192, 108}; });
     const auto picture = decodePicture(path, [&](PixelSize full) {
         const double height = std::min(static_cast<double>(full.height), full.width / shape);
         const double factor = std::min(1.0, mostHeight / height);
         return sufficientFor({full.width * factor, full.height * factor});
     });
-    const auto [width, height] = picture ? picture->nominalSize() : Size{};
-    const double cutHeight = std::min(height, width / shape), cutWidth = cutHeight * shape;
-    const double pixels = std::min(cutHeight, mostHeight);
+    if (!rough || !picture) return std::nullopt;
+    const Rect part = partFor(*rough, shape);
+    const double height = std::min(part.height, mostHeight);
     auto cut = Bitmap::create(
-        {static_cast<int>(std::lround(pixels * shape)), static_cast<int>(std::lround(pixels))});
-    const Rect all{0, 0, cut ? cut->nominalSize().width : 0, cut ? cut->nominalSize().height : 0};
-    if (rough && cut &&
-        drawPicture(*cut, *picture,
-                    {bestLeft(detailOf(*rough), cutWidth / width) * width, (height - cutHeight) / 2,
-                     cutWidth, cutHeight},
-                    all, Compositing::sourceOver, 1))
-        return *std::move(cut);
-    throw DiscError(fmt::format("{} cannot stand on the cover.", path), path);
+        {static_cast<int>(std::lround(height * shape)), static_cast<int>(std::lround(height))});
+    if (!cut) return std::nullopt;
+    const Rect all{0, 0, cut->nominalSize().width, cut->nominalSize().height};
+    if (!drawPicture(*cut, *picture, part, all, Compositing::sourceOver, 1)) return std::nullopt;
+    return cut;
 }
 
 // All of a film's picture, in square pixels, as large as it came.
@@ -135,7 +136,8 @@ struct Shot {
     double liveliness = 0;
 };
 
-// How much colours and brightness differ in the middle of a picture, where no bars are.
+// How much colours and brightness differ in the middle of a picture, beside which there may be what
+// only fills it.
 double livelinessOf(const std::string& path) {
     const auto picture = decodePicture(path, [](PixelSize) { return PixelSize{64, 36}; });
     if (!picture) return 0;
@@ -158,7 +160,7 @@ double livelinessOf(const std::string& path) {
 Shot jacketShot(const DiscPlan& plan, Workshop& workshop) {
     Shot shot{};
     for (const DiscFilm& film : plan.films) {
-        Scene scene = findScene(film, film.span, kSearched, workshop);
+        Scene scene = findScene(film, film.span, kStill, workshop);
         if (shot.film != nullptr && !scene.isSeen) continue;
         shot = {&film, std::move(scene), film.span.until <= film.span.from};
         if (shot.scene.isSeen) break;
@@ -218,7 +220,9 @@ std::string cutPictureFor(const SheetPlace& place, const std::string& path,
     const std::string shape = fmt::format("{} x {}", place.width, place.height);
     return workshop.result(
         Workshop::nameOf("cover", ".jpg", {source, shape}), [&](const std::string& made) {
-            const auto jpeg = encodePicture(cutTo(place, path), "jpg", kFrontQuality);
+            const std::optional<Bitmap> cut = cutTo(place, path);
+            if (!cut) throw DiscError(fmt::format("{} cannot be cut for the cover.", path), path);
+            const auto jpeg = encodePicture(*cut, "jpg", kFrontQuality);
             const std::string output = workshop.path(made);
             if (!jpeg || !writeFile(output, *jpeg)) failOn(output, "written");
         });
