@@ -48,8 +48,9 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
     } thumbnails[] = {
         {19, 12, 2, 2, 30}, {36, 12, 2, 2, 30}, {53, 12, 0.48, 3, 30}, {23, 25, 1.7, 3, 3}};
     for (const auto& [x, y, first, period, seconds] : thumbnails) {
+        const std::size_t place = y * 72 + x;
         const auto level = [&](std::size_t frame) {
-            return static_cast<unsigned char>(shown[(frame * 54 + y) * 72 + x]);
+            return static_cast<unsigned char>(shown[frame * 54 * 72 + place]);
         };
         for (std::size_t i = 0; i < seconds; ++i) {
             const double moment = first + static_cast<double>(i % period);

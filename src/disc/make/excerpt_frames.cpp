@@ -96,7 +96,7 @@ class FrameWriter {
     bool isTurning(int number) const { return number >= frames_ - lead_; }
 
     const std::string& pictureName(const Pictures& part, int number) const {
-        return part[static_cast<std::size_t>(lead_ + number)];
+        return part[static_cast<std::size_t>(lead_) + static_cast<std::size_t>(number)];
     }
 
     Bitmap load(const std::string& name) const {

@@ -89,6 +89,7 @@ WantedExcerpt wantedExcerpt(const DiscFilm& film, const Excerpt& excerpt,
         return static_cast<int>(std::round(std::min<double>(frame, conversion.frames)));
     };
     std::vector<int> begins;
+    begins.reserve(scenes.size());
     for (const Scene& scene : scenes)
         begins.push_back(std::clamp(frameAt(scene.seconds), 0, conversion.frames - 1));
     const Loop loop = loopOf(begins, frameAt(excerpt.end), facts);

@@ -90,7 +90,7 @@ std::string cutTo(const Seen& seen) {
 template <typename Scaled>
 std::string filled(const Seen& seen, const Raster& raster, const Scaled& scaled) {
     const auto& [size, shape] = raster;
-    const std::string middle = fmt::format("{},{}", cutTo(middleOf(seen, shape)), scaled(size));
+    std::string middle = fmt::format("{},{}", cutTo(middleOf(seen, shape)), scaled(size));
     if (isCutToFill(seen.aspect, shape)) return middle;
     const Placement placement = placedIn(size, shape, seen.aspect, {2, 2});
     // Labels are those of the whole graph.

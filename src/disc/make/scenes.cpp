@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "disc/make/film_encoding.h"
 #include "disc/project/names.h"
@@ -109,9 +110,10 @@ Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Wo
 std::vector<std::vector<Scene>> findScenes(const DiscFilm& film, Workshop& workshop) {
     std::vector<std::vector<Scene>> scenes;
     for (const Excerpt& excerpt : film.excerpts) {
-        std::vector<Scene>& parts = scenes.emplace_back();
+        std::vector<Scene> parts;
         for (const Span& moment : excerpt.moments)
             parts.push_back(findScene(film, moment, onPage(excerpt.shape.picture()), workshop));
+        scenes.push_back(std::move(parts));
     }
     return scenes;
 }

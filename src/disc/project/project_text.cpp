@@ -111,6 +111,7 @@ class Writer {
 
     void writeExcerpts(const std::vector<double>& times) {
         std::vector<std::string> texts;
+        texts.reserve(times.size());
         for (const double seconds : times)
             texts.push_back(quoted(timeText(seconds)));
         if (texts.empty()) {
