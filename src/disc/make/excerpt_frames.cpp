@@ -54,13 +54,23 @@ void copyInto(Bitmap& frame, const Bitmap& picture, int left, int top) {
         std::copy_n(picture.row(y), picture.width(), frame.row(top + y) + left);
 }
 
+// The blocks of a JPEG with colours of half the resolution, in rows and columns.
+constexpr int kBlock = 16;
+
+// Fills the blocks that the window's edge goes through.
 void repeatEdges(Bitmap& frame, const Placement& window) {
+    const auto begin = [](int edge) { return edge / kBlock * kBlock; };
+    const auto end = [](int edge, int most) {
+        return std::min(most, (edge + kBlock - 1) / kBlock * kBlock);
+    };
+    const int left = begin(window.x), right = end(window.x + window.width, frame.width());
     for (int y = window.y; y < window.y + window.height; ++y) {
-        std::uint32_t* const begin = frame.row(y) + window.x;
-        std::fill(frame.row(y), begin, *begin);
-        std::fill(begin + window.width, frame.row(y) + frame.width(), begin[window.width - 1]);
+        std::uint32_t* const row = frame.row(y);
+        std::fill(row + left, row + window.x, row[window.x]);
+        std::fill(row + window.x + window.width, row + right, row[window.x + window.width - 1]);
     }
-    for (int y = 0; y < frame.height(); ++y) {
+    const int bottom = end(window.y + window.height, frame.height());
+    for (int y = begin(window.y); y < bottom; ++y) {
         const int inside = std::clamp(y, window.y, window.y + window.height - 1);
         if (y != inside) std::copy_n(frame.row(inside), frame.width(), frame.row(y));
     }
