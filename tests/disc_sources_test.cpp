@@ -21,6 +21,8 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     };
     const std::string surround = " -f lavfi -i anullsrc=cl=5.1:d=0.4 -map 0 -map 1 -map 1";
     constexpr Rgba kRed{253, 2, 2, 255}, kBlue{2, 2, 253, 255};
+    // 203 and 22.5 cd/m2, of which a television with a gamma of 2.4 makes 255 and 102.
+    constexpr Rgba kReferenceWhite{227, 227, 227, 255}, kGrey{102, 102, 102, 255};
     struct Source {
         std::string words, shape;  // and the most that its picture may take, in bits a second
         Rgba color;                // of its middle
@@ -29,7 +31,7 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     const std::string wide = "16:9\n9608000\n", narrow = "4:3\n9608000\n";
     const std::vector<Source> pal{
         {deep("0xB06060", "tv", "smpte2084"), wide, {242, 0, 46, 255}},
-        {deep("0xB06060", "pc", "smpte2084"), wide, {242, 0, 46, 255}},
+        {deep("0x949494", "pc", "smpte2084"), wide, kReferenceWhite},
         {deep("0xD02020", "pc", "bt2020-10"), wide, {0xD0, 0x20, 0x20, 255}},
         {color("red", "640x480") + " -aspect 16:9", wide, kRed},
         {color("red", "664x400"), wide, kRed, true},
@@ -39,7 +41,8 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
          wide, kBlue},
     };
     const std::vector<Source> ntsc{
-        {deep("0xB06060", "tv", "arib-std-b67"), wide, {197, 57, 79, 255}},
+        {deep("0x5B5B5B", "tv", "arib-std-b67"), wide, kGrey},
+        {deep("0xBFBFBF", "pc", "arib-std-b67"), wide, kReferenceWhite},
         {color("red", "640x360") + " -aspect 4:3", narrow, kRed},
         {color("red", "664x400"), wide, kRed, true},
     };

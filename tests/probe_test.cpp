@@ -51,6 +51,13 @@ TEST(Probe, ReadsOddAnswers) {
     EXPECT_EQ(film.audio[0].language, "de");
     EXPECT_EQ(film.marks, (std::vector<Chapter>{{60, "Two"}, {0, ""}}));
     EXPECT_EQ(film.seconds, 0);
+    for (const char* colors :
+         {R"("color_space": "ictcp")", R"("side_data_list": [{"dv_profile": 5}])"}) {
+        const std::string answer = fmt::format(R"({{"streams": [{{"codec_type": "video",
+            "codec_name": "hevc", "width": 9, "height": 9, {}}}]}})",
+                                               colors);
+        EXPECT_THROW(filmFromAnswer(FilmSource(), answer), DiscError) << answer;
+    }
     for (const char* answer : {"", "{", "[]", R"({"streams": 3})", R"({"streams": [7, null]})",
                                R"({"streams": [{"codec_type": "video", "codec_name": "png",
                                    "width": 9, "height": 9}], "format": {"format_name": "png_pipe"}})"})

@@ -27,7 +27,7 @@ constexpr double kPointsPerMillimetre = 72 / 25.4;
 constexpr double kSmaller = 0.94;
 
 // A longer text fills a sheet.
-constexpr std::size_t kMostCharacters = 2000;
+constexpr std::size_t kMostOfASheet = 2000;
 
 SheetPlace inPoints(const SheetPlace& place) {
     return {place.left * kPointsPerMillimetre, place.top * kPointsPerMillimetre,
@@ -90,7 +90,7 @@ PangoAlignment alignmentOf(PangoLayout* layout, Alignment alignment) {
 
 PangoLayoutOwner layOut(const SheetText& text, double width, double height) {
     const std::string line = fmt::format("{}", fmt::join(linesToDraw(text.text), " "));
-    const std::string_view shown = firstCharacters(line, kMostCharacters);
+    const std::string_view shown = firstCharacters(line, kMostOfASheet);
     PangoLayoutOwner layout(pango_layout_new(sharedContext()));
     pango_layout_set_text(layout.get(), shown.data(), static_cast<int>(shown.size()));
     pango_layout_set_alignment(layout.get(), alignmentOf(layout.get(), text.alignment));

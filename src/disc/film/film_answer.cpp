@@ -161,6 +161,15 @@ const Json* filmStream(const Json& streams) {
     return first;
 }
 
+// What ffmpeg would show in wrong colours; empty for all else.
+std::string_view unreadableColors(const Json& stream) {
+    for (const Json& data : member(stream, "side_data_list")) {
+        // The profile whose base layer is for no other display.
+        if (intOf(data, "dv_profile") == 5) return "Dolby Vision's profile 5";
+    }
+    return textOf(stream, "color_space") == "ictcp" ? "ICtCp" : "";
+}
+
 bool isPicture(const std::string& container) {
     return container == "image2" || container.ends_with("_pipe");
 }
@@ -185,6 +194,13 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
         const std::string& path = film.source.path;
         throw DiscError(
             fmt::format("{} holds no moving picture. Leave it out, or name the film.", path), path);
+    }
+    if (const std::string_view what = unreadableColors(*stream); !what.empty()) {
+        const std::string& path = film.source.path;
+        throw DiscError(fmt::format("{} has its colours in {}, which nothing here can read. Leave "
+                                    "it out, or convert it to HDR10 or SDR first.",
+                                    path, what),
+                        path);
     }
     film.video = videoTrackOf(*stream);
     film.title = tagOf(format, "title", "TITLE");

@@ -9,12 +9,14 @@ namespace tkv::disc {
 
 namespace {
 
-// Brings HDR down to what a television shows.
+// Brings HDR down to what a television shows. Its reference white, which BT.2408 has at 203 cd/m2,
+// is a little below a television's: what is up to half as bright stays as it is, and what is
+// brighter shares the rest.
 std::string toneMapped(const SourceColors& colors, PixelSize size) {
     return fmt::format(
         "zscale=w={}:h={}:filter=bicubic:tin={}:pin=2020:min={}:rin={}:transfer=linear"
-        ":primaries=2020:npl=100,"
-        "format=gbrpf32le,zscale=primaries=709,tonemap=hable:desat=0,"
+        ":primaries=2020:npl=203,"
+        "format=gbrpf32le,zscale=primaries=709,tonemap=mobius:param=0.5:desat=0,"
         "zscale=transfer=601:matrix=170m:range=limited,format=yuv420p",
         size.width, size.height, colors.transfer, colors.matrix,
         colors.isFullRange ? "full" : "limited");
