@@ -20,6 +20,7 @@ _tkvDvdDisc() {
             [[ ${COMPREPLY-} != *= ]] || compopt -o nospace
             ;;
         --volume) COMPREPLY=($(compgen -W 'keep even' -- "$cur")) ;;
+        --pitch) COMPREPLY=($(compgen -W 'keep film' -- "$cur")) ;;
         --language) COMPREPLY=($(compgen -W 'de en es fr it ja nl pt' -- "$cur")) ;;
         --label)
             COMPREPLY=($(compgen -S = -W 'play-all play-film previous next menu chapters chapter
@@ -32,7 +33,7 @@ _tkvDvdDisc() {
             if [[ $cur == -* ]]; then
                 COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean --verify
                     --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
-                    --chapters --volume --language --label --help --version' -- "$cur"))
+                    --chapters --volume --pitch --language --label --help --version' -- "$cur"))
             else
                 _filedir "@(toml|$films)"
             fi

@@ -37,6 +37,7 @@ _arguments -S \
     '--size=[the blank disc]:disc:((dvd5\:"4.7 GB" dvd9\:"8.5 GB"))' \
     '--chapters=[which films have a chapter menu]:rule:_tkvDvdDisc_chapters' \
     '--volume=[loudness of the films]:how:(keep even)' \
+    '--pitch=[of the sound of films that play faster]:how:(keep film)' \
     '--language=[language of the menus]:language:(de en es fr it ja nl pt)' \
     '*--label=[words a label of the menus]:label:_tkvDvdDisc_label' \
     '(- *)'{-h,--help}'[tell the options]' \

@@ -69,6 +69,21 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     }
 }
 
+TEST_F(Films, TellWhatCannotBeDecoded) {
+    make("good.mkv", "-f lavfi -i testsrc2=s=320x180:r=25:d=6 -c:v libx264 -g 25 -b:v 2M");
+    run(
+        fmt::format("cd {} && cp -L good.mkv bad.mkv && head -c 40000 /dev/zero | tr '\\0' x | "
+                    "dd of=bad.mkv bs=1000 seek=$(($(stat -c %s bad.mkv) / 2000)) conv=notrunc "
+                    "status=none",
+                    folder_.path()));
+    for (const char* time : {"first", "second"}) {
+        const std::string said = makeDisc("--no-menu --no-image -o out bad.mkv good.mkv");
+        EXPECT_NE(said.find("bad.mkv could not be decoded, at about 0:0"), std::string::npos)
+            << time << said;
+        EXPECT_EQ(said.find("good.mkv could"), std::string::npos) << said;
+    }
+}
+
 TEST_F(Films, KeepTheirTime) {
     // The picture begins a second after the sound, whose tone climbs by 400 Hz a second.
     make("late.mkv",

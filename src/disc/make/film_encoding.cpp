@@ -16,6 +16,8 @@ constexpr int kSamplesOfAc3Frame = 1536;
 
 Arguments startedOn(const Film& film) {
     Arguments arguments = ffmpegStart();
+    // Told often enough to say where a decoder complains.
+    append(arguments, {"-stats_period", "0.1"});
     append(arguments, {"-i", inputName(film.source.files)});
     return arguments;
 }

@@ -6,10 +6,12 @@
 #include <filesystem>
 #include <utility>
 
+#include "disc/make/film_damage.h"
 #include "disc/make/film_loudness.h"
 #include "disc/make/scenes.h"
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
+#include "disc/run/text_file.h"
 #include "system/paths.h"
 
 namespace tkv::disc {
@@ -38,6 +40,11 @@ Failure failing(const DiscFilm& film, std::string_view what) {
 Progress::Task taskFor(Progress& progress, std::string_view doing, const DiscFilm& film,
                        double weight) {
     return {progress, fmt::format("{} {}", doing, lastComponent(film.request.path)), weight};
+}
+
+// What is to be told of a film whenever it goes onto a disc.
+std::string damageName(const std::string& film) {
+    return Workshop::nameOf("damage", ".txt", {film});
 }
 
 void expectFrames(const DiscFilm& film, int written) {
@@ -84,6 +91,7 @@ std::vector<std::string> FilmMaker::make(const DiscFilm& film) {
     } else {
         encode(film, name, wanted);
     }
+    if (workshop_.has(damageName(name))) progress_.say(readText(workshop_.path(damageName(name))));
     noteMade(film, name);
     std::vector<std::string> names;
     for (const WantedExcerpt& excerpt : wanted) {
@@ -123,11 +131,21 @@ void FilmMaker::encode(const DiscFilm& film, const std::string& name,
                   [&](const WantedExcerpt& excerpt) { return workshop_.has(excerpt.name); });
     ExcerptBatch excerpts(std::move(wanted), name, workshop_);
     run.excerpts = excerpts.outputs();
+    FilmDamage damage(film.film.lost > 0);
     const std::string made = Workshop::unfinished(name);
     const int frames = workshop_.tools().encode(
         encodingCommand(film.film, conversion, run, made), failing(film, "encoded"),
-        [&](double seconds) { task.reach(seconds / conversion.seconds); });
+        [&](double seconds) {
+            task.reach(seconds / conversion.seconds);
+            damage.reach(seconds);
+        },
+        Descriptor(-1), [&](std::string_view line) { damage.take(line); });
     expectFrames(film, frames);
+    if (const std::string sentence = damage.sentence(film.request.path); !sentence.empty()) {
+        const std::string damaged = damageName(name);
+        writeText(workshop_.path(Workshop::unfinished(damaged)), sentence);
+        workshop_.finish(damaged);
+    }
     encodeAgain(film, std::move(run), made);
     interleave(film, made);
 

@@ -69,7 +69,8 @@ std::string Tools::run(Program program, const Failure& failure) const {
     std::string errors;
     std::optional<ForeignFormat> foreign;
     bool hasErrorLine = false;
-    program.onError = [&](std::string_view line) {
+    program.onError = [&, tell = std::move(program.onError)](std::string_view line) {
+        if (tell) tell(line);
         if (!foreign) foreign = foreignFormat(line);
         if (line.starts_with("ERR")) {
             // What it says after its error does not matter any more.
@@ -107,11 +108,13 @@ std::string Tools::run(const std::vector<std::string>& command, const Failure& f
 }
 
 int Tools::encode(const std::vector<std::string>& command, const Failure& failure,
-                  const std::function<void(double seconds)>& onSeconds, Descriptor input) const {
+                  const std::function<void(double seconds)>& onSeconds, Descriptor input,
+                  std::function<void(std::string_view line)> onError) const {
     int frames = 0;
     Program program;
     program.command = command;
     program.stream = std::move(input);
+    program.onError = std::move(onError);
     program.onOutput = [&](std::string_view line) {
         const auto valueOf = [line](std::string_view key, auto& value) {
             if (!line.starts_with(key)) return false;

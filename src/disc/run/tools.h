@@ -39,10 +39,12 @@ class Tools {
 
     /// Runs ffmpeg with "-progress pipe:1" among its arguments, and returns the number of frames
     /// that it has written to its first output. `onSeconds` is told how much of it is written.
-    /// `input`: the end of a pipe from which it reads "pipe:0"; nothing by default. Throws as run.
+    /// `input`: the end of a pipe from which it reads "pipe:0"; nothing by default. `onError`: is
+    /// told each line of its standard error stream. Throws as run.
     int encode(const std::vector<std::string>& command, const Failure& failure,
                const std::function<void(double seconds)>& onSeconds = {},
-               Descriptor input = Descriptor(-1)) const;
+               Descriptor input = Descriptor(-1),
+               std::function<void(std::string_view line)> onError = {}) const;
 
     ProgramStop& stop() const { return stop_; }
 
