@@ -411,6 +411,10 @@ TEST(Plan, SuitsFilmsOfEachKind) {
     EXPECT_EQ(excerpt.parts.at(0), (FrameRange{50 * 24 - 12, 12 + 187}))
         << "before the chapter's end, four times in a menu";
     EXPECT_LE(plan.films[2].conversion.videoRate, plan.films[2].conversion.topVideoRate);
+    Project bare = projectOf(std::vector<Film>(70, filmOf(10)));
+    bare.hasMenu = false;
+    const DiscPlan many = planDisc(bare, std::vector<Film>(70, filmOf(10)));
+    EXPECT_EQ(many.films.back().page, 7U) << "too many films for the commands of one dispatcher";
     for (const char* part : {"if (g4 eq 2) jump menu 3;", "id=\"0\" mode=\"widescreen\""})
         EXPECT_NE(authorFile(plan, {Strings(3), Strings(99)}, "").find(part), std::string::npos);
 }

@@ -66,8 +66,6 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     const bool isOnly = count == 1;
     for (std::size_t i = first; i < end; ++i) {
         DiscFilm& film = plan.films[i];
-        film.page = number;
-        film.button = i - first;
         const bool leadsOn = film.chapterPages.count > 0 && !isOnly;
         addEntry(page, film, film.span, kLongestFilm, film.caption,
                  leadsOn ? Action(ShowChapters{i, 0}) : Action(PlayFilm{i, 0}));
@@ -80,6 +78,18 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     if (isOnly && plan.films[0].chapterPages.count > 0)
         addLabel(page, next, labels.chapters, ShowChapters{0, 0});
     return page;
+}
+
+// The films' places, which are kept without menus, too: there the films of a page are those that one
+// dispatcher leads to.
+void placeFilms(std::vector<DiscFilm>& films) {
+    for (std::size_t page = 0; page < pagesFor(films.size()); ++page) {
+        const auto [first, end] = entriesOf(page, films.size());
+        for (std::size_t i = first; i < end; ++i) {
+            films[i].page = page;
+            films[i].button = i - first;
+        }
+    }
 }
 
 MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
@@ -182,6 +192,7 @@ void addPages(DiscPlan& plan, const Project& project) {
     plan.pages.clear();
     for (DiscFilm& film : plan.films)
         film.excerpts.clear();
+    placeFilms(plan.films);
     plan.filmPages = {0, project.hasMenu ? pagesFor(plan.films.size()) : 0};
     for (std::size_t i = 0; i < plan.filmPages.count; ++i)
         plan.pages.push_back(filmPage(plan, i, project.labels));
