@@ -84,7 +84,7 @@ try() {
 
 # The last of a run's lines, but for those about its progress.
 read_lines() {
-    lines=$(tr -d '\0' <"$scratch/temp/lines" | grep -av -e '^pourcentage' | tail -n 12)
+    lines=$(tr -d '\0' <"$scratch/temp/lines" | grep -av -e '^pourcentage' | tail -n 20)
 }
 
 # Runs a mode with its output in $folder.

@@ -37,7 +37,7 @@ namespace {
 
 // Of a pixel of an excerpt, at most, in all frames and on the way; and of what two menus are made
 // of.
-constexpr std::int64_t kExcerptBytes = 500;
+constexpr std::int64_t kExcerptBytes = 250;
 constexpr std::int64_t kPageBytes = 200 << 20;
 
 // A run replaces nothing that it is made of.

@@ -80,8 +80,8 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     return page;
 }
 
-// The films' places, which are kept without menus, too: there the films of a page are those that one
-// dispatcher leads to.
+// The films' places, which are kept without menus, too: there the films of a page are those that
+// one dispatcher leads to.
 void placeFilms(std::vector<DiscFilm>& films) {
     for (std::size_t page = 0; page < pagesFor(films.size()); ++page) {
         const auto [first, end] = entriesOf(page, films.size());
