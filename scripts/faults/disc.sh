@@ -123,8 +123,13 @@ fault_of_disc() {
         run_disc "$@"
         [ "$3" != gone ] || fusermount -uz "$folder" 2>/dev/null || umount -l "$folder"
         # Where no picture comes out of ffmpeg, another moment of the film serves as well; ffprobe is
-        # asked once more where it answers nothing.
-        row_of_disc "$1, call $2: $3" "$([[ "$1 $3" != ff*' lie' ]] || echo 0) 1"
+        # asked once more where it answers nothing. The last call of ffmpeg takes a picture for the
+        # cover, which goes without it.
+        local statuses=1
+        case "$1 $2 $3" in
+            ff*' lie' | "ffmpeg $calls fail" | "ffmpeg $calls die") statuses="0 1" ;;
+        esac
+        row_of_disc "$1, call $2: $3" "$statuses"
     fi
 }
 
