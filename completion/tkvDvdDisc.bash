@@ -31,8 +31,8 @@ _tkvDvdDisc() {
         *)
             $split && return
             if [[ $cur == -* ]]; then
-                COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean --verify
-                    --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
+                COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean
+                    --keep-going --verify --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
                     --chapters --volume --pitch --language --label --help --version' -- "$cur"))
             else
                 _filedir "@(toml|$films)"

@@ -25,6 +25,7 @@ _arguments -S \
     '--write=[only a project file, to be edited]:file:_files -g "*.toml(-.)"' \
     '--no-image[make no disc.iso]' \
     '--clean[keep no intermediate results]' \
+    '--keep-going[leave out films that turn out to be faulty]' \
     '--verify[read kept results whole and make damaged ones anew]' \
     '--quiet[tell nothing but errors]' \
     '(--ntsc)--pal[a PAL disc]' \

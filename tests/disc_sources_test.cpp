@@ -84,6 +84,54 @@ TEST_F(Films, TellWhatCannotBeDecoded) {
     }
 }
 
+TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
+    makeReady("ready.vob");
+    const std::string stripes = "-f lavfi -i testsrc2=s=320x180:r=25:d=1 ";
+    make("film.mp4", stripes);
+    make("hopeless.mkv", stripes);
+    make("clear.ts", stripes + "-mpegts_m2ts_mode 1");
+    // As encrypted: each packet says so.
+    const auto mark = [&](const char* from, const char* to, std::size_t bytes, std::size_t place,
+                          int bits) {
+        std::string text = readText(file(from));
+        for (std::size_t at = place; at < text.size(); at += bytes)
+            text[at] = static_cast<char>(text[at] | bits);
+        folder_.write(to, text);
+    };
+    mark("ready.vob", "bought.vob", 2048, 20, 0x10);
+    mark("clear.ts", "paid.ts", 192, 7, 0x80);
+    run(
+        fmt::format("cd {}; sed s/avc1/encv/ film.mp4 >rented.mp4; sed s/avc1/vvc1/ film.mp4 "
+                    ">tomorrow.mp4",
+                    folder_.path()));
+    const std::string words =
+        "--no-image -o out hopeless.mkv bought.vob film.mp4 paid.ts rented.mp4 tomorrow.mp4 "
+        "clear.ts";
+    const std::string lines = fmt::format(
+        "tkvDvdDisc: {0}/bought.vob is encrypted. Leave it out, or decrypt it first.\n"
+        "tkvDvdDisc: {0}/paid.ts is encrypted. Leave it out, or decrypt it first.\n"
+        "tkvDvdDisc: {0}/rented.mp4 is encrypted. Leave it out, or decrypt it first.\n"
+        "tkvDvdDisc: {0}/tomorrow.mp4 is in a codec (vvc1) that nothing here knows. Leave it out, "
+        "or convert it first.\n",
+        folder_.path());
+    EXPECT_EQ(makeDisc(words), lines + "status 1\n");
+
+    const std::string said = makeDisc(
+        "--keep-going " + words,
+        faked("ffmpeg", "case \"$*\" in *hopeless*film-*) exit 1;; esac; exec $real \"$@\""));
+    EXPECT_TRUE(said.ends_with(fmt::format(
+        "tkvDvdDisc: 5 films are left out:\n{}tkvDvdDisc: {}/hopeless.mkv could not be encoded: "
+        "ffmpeg ended with status 1.\nstatus 3\n",
+        lines, folder_.path())))
+        << said;
+    // The others are not made twice.
+    EXPECT_EQ(said.find("Encoding film.mp4"), said.rfind("Encoding film.mp4")) << said;
+    Player player(file("out/disc"));
+    EXPECT_EQ(player.press(2), "film 2");
+    EXPECT_EQ(player.leave(), "films 1");
+    EXPECT_FALSE(fs::exists(file("out/disc/VIDEO_TS/VTS_03_1.VOB")));
+}
+
 TEST_F(Films, KeepTheirTime) {
     // The picture begins a second after the sound, whose tone climbs by 400 Hz a second.
     make("late.mkv",

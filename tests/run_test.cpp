@@ -148,7 +148,7 @@ TEST(ParallelTasks, StopTheirOwnRunAtAFault) {
         tasks.wait(19);
         ADD_FAILURE();
     } catch (const DiscError& error) {
-        EXPECT_EQ(error.fault(), (Fault{"film", "no"}));
+        EXPECT_EQ(error.faults(), (std::vector<Fault>{{"film", "no"}}));
     }
     EXPECT_THROW(tasks.rethrow(), DiscError);
     EXPECT_THROW(Tools("", stop).run({"true"}, {}), Interrupted);
@@ -167,8 +167,8 @@ TEST(MakeDisc, SaysWhichFilmIsAtFaultAndLeavesNothing) {
         Recorder recorder;
         ProgramStop stop;
         const Outcome outcome = makeDisc(options, recorder, stop);
-        ASSERT_TRUE(outcome.fault && !outcome.isInterrupted);
-        EXPECT_EQ(outcome.fault->about, folder.file("missing.mp4")) << outcome.fault->words;
+        ASSERT_TRUE(outcome.how == Outcome::How::failed && outcome.faults.size() == 1);
+        EXPECT_EQ(outcome.faults[0].about, folder.file("missing.mp4")) << outcome.faults[0].words;
         EXPECT_EQ(fs::exists(options.output), *text != '\0');
         EXPECT_EQ(fs::current_path(), here);
     }
@@ -180,8 +180,8 @@ TEST(MakeDisc, SaysWhichFilmIsAtFaultAndLeavesNothing) {
     ProgramStop stopped, stop;
     stopped.stop();
     Recorder recorder;
-    EXPECT_TRUE(makeDisc(options, recorder, stopped).isInterrupted);
-    EXPECT_FALSE(makeDisc(options, recorder, stop).fault);
+    EXPECT_EQ(makeDisc(options, recorder, stopped).how, Outcome::How::interrupted);
+    EXPECT_EQ(makeDisc(options, recorder, stop).how, Outcome::How::made);
     EXPECT_EQ(recorder.lines.back(), "Drawn in " + options.output + "/menus: 1 menu page");
 }
 

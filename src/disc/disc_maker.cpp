@@ -12,13 +12,14 @@
 #include "disc/author/authoring.h"
 #include "disc/author/output_folder.h"
 #include "disc/film/ffprobe.h"
-#include "disc/film/found_films.h"
+#include "disc/film/film_list.h"
 #include "disc/film/kept_film.h"
 #include "disc/film/probe.h"
 #include "disc/film/suggestion.h"
 #include "disc/make/cover_pictures.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_maker.h"
+#include "disc/make/scenes.h"
 #include "disc/plan/report.h"
 #include "disc/project/names.h"
 #include "disc/project/project_text.h"
@@ -49,8 +50,8 @@ void requireOutside(const std::string& output, const std::string& path) {
                     path);
 }
 
-void requireNothingLost(const Options& options, const std::vector<FilmSource>& sources) {
-    for (const FilmSource& source : sources) {
+void requireNothingLost(const Options& options, const FilmList& films) {
+    for (const FilmSource& source : films.sources()) {
         for (const std::string& file : source.files)
             requireOutside(options.output, file);
     }
@@ -60,10 +61,10 @@ void requireNothingLost(const Options& options, const std::vector<FilmSource>& s
     }
 }
 
-std::vector<FilmSource> safeSources(const Options& options) {
-    std::vector<FilmSource> sources = sourcesOf(options.project);
-    requireNothingLost(options, sources);
-    return sources;
+FilmList safeFilms(const Options& options) {
+    FilmList films(options.project, options.keepsGoing);
+    requireNothingLost(options, films);
+    return films;
 }
 
 using Excerpts = std::vector<std::vector<std::string>>;  // names, of each film
@@ -85,18 +86,19 @@ class DiscMaker {
   public:
     DiscMaker(const Options& options, ProgressReceiver& receiver, ProgramStop& stop)
         : options_(options),
-          project_(options.project),
           stop_(stop),
           progress_(receiver),
-          sources_(safeSources(options)),
+          films_(safeFilms(options)),
           folder_(options.output),
           workshop_(folder_.workPath(), stop,
                     {options.verifies, [this](std::string_view line) { progress_.say(line); }}) {}
 
-    void run() {
+    /// Returns what is wrong with the films that were left out.
+    std::vector<Fault> run() {
         try {
             make();
             if (options_.cleans) workshop_.removeAll();
+            return films_.leftOut();
         } catch (const Interrupted&) {
             const auto ready = std::ranges::count_if(pieces_.films, [&](const std::string& name) {
                 return fs::exists(workshop_.path(name));
@@ -104,7 +106,7 @@ class DiscMaker {
             progress_.say(
                 fmt::format("Interrupted. {} of {} films {} ready; the same command goes "
                             "on from there.",
-                            ready, sources_.size(), ready == 1 ? "is" : "are"));
+                            ready, films_.sources().size(), ready == 1 ? "is" : "are"));
             throw;
         } catch (const DiscError&) {
             folder_.requireInPlace();  // Whatever failed, did so for that.
@@ -114,10 +116,9 @@ class DiscMaker {
 
   private:
     void make() {
-        std::vector<Film> films = foundFilms();
-        plan_ = planDisc(project_, std::move(films));
-        if (const std::string why = whyNoDisc(plan_); !why.empty()) throw DiscError(why);
-        setting_ = menuSettingOf(project_, plan_);
+        findFilms();
+        plan(films_.project());
+        lookAtFilms();
         for (const std::string& line : planLines(plan_))
             progress_.say(line);
         if (options_.isPreview) {
@@ -125,24 +126,65 @@ class DiscMaker {
             tell(previewLines(options_, plan_));
             return;
         }
-        makePieces();
+        while (!makePieces()) {
+        }
         author();
         workshop_.removeUnused();
         tell(madeLines(options_, plan_, bytesIn(folder_.path() + "/disc"), hasCover_));
     }
 
-    std::vector<Film> foundFilms() {
-        FoundFilms found = findFilms(project_, sources_, stop_, [&](const FilmSource& source) {
-            return probeFilmOnce(source, workshop_);
-        });
-        if (!found.passedOver.empty()) progress_.say(passedOverLine(found.passedOver));
-        if (options_.isPreview) return std::move(found.films);
-        for (Film& film : found.films) {
-            const Progress::Task task(
-                progress_, fmt::format("Looking through {}", lastComponent(film.source.path)), 0);
-            countFramesOnce(film, workshop_);
+    void findFilms() {
+        const auto passedOver = films_.probe(
+            stop_, [&](const FilmSource& source) { return probeFilmOnce(source, workshop_); });
+        if (!passedOver.empty()) progress_.say(passedOverLine(passedOver));
+        if (!options_.isPreview) {
+            films_.visit([&](Film& film) {
+                const Progress::Task task(
+                    progress_, fmt::format("Looking through {}", lastComponent(film.source.path)),
+                    0);
+                countFramesOnce(film, workshop_);
+            });
         }
-        return std::move(found.films);
+        sayLeftOut();
+    }
+
+    void sayLeftOut() {
+        for (; leftOutSaid_ < films_.leftOut().size(); ++leftOutSaid_)
+            progress_.say("Left out: " + films_.leftOut()[leftOutSaid_].words);
+    }
+
+    void plan(const Project& project) {
+        plan_ = planDisc(project, films_.films());
+        if (const std::string why = whyNoDisc(plan_); !why.empty()) throw DiscError(why);
+        setting_ = menuSettingOf(project, plan_);
+    }
+
+    // A film that cannot be decoded is told of before others are encoded for hours.
+    void lookAtFilms() {
+        std::vector<std::optional<Fault>> faults(plan_.films.size());
+        sideBySide(faults.size(), stop_, [&](std::size_t number) {
+            const DiscFilm& film = plan_.films[number];
+            const Workshop::Lock lock(workshop_, film.film.source.stamp);
+            faults[number] = faultOf([&] { lookAt(film, workshop_); });
+        });
+        goOnWithout(faults);
+    }
+
+    // What is made already keeps its name: that of its standard and its rate.
+    void goOnWithout(const std::vector<std::optional<Fault>>& faults) {
+        if (std::ranges::none_of(faults, &std::optional<Fault>::has_value)) return;
+        films_.leaveOut(faults);
+        sayLeftOut();
+        const DiscPlan earlier = std::exchange(plan_, {});
+        Project project = films_.project();
+        project.standard = earlier.standard;
+        plan(project);
+        std::size_t number = 0;
+        for (const DiscFilm& film : earlier.films) {
+            if (faults[film.number]) continue;
+            Conversion& conversion = plan_.films[number++].conversion;
+            if (!conversion.isCopied) conversion.videoRate = film.conversion.videoRate;
+        }
     }
 
     void makePreviews() {
@@ -159,8 +201,10 @@ class DiscMaker {
         folder_.put(pictures, "menus");
     }
 
-    // The films side by side, and each menu as soon as its films are there.
-    void makePieces() {
+    // The films side by side, and each menu as soon as its films are there. False when some of them
+    // could not be made: they are not in the plan any more.
+    bool makePieces() {
+        pieces_ = {};
         for (const DiscFilm& film : plan_.films)
             pieces_.films.push_back(filmName(film));
         folder_.requireSpace(bytesNeeded());
@@ -169,11 +213,14 @@ class DiscMaker {
         FilmMaker maker(plan_, workshop_, progress_);
         MenuMaker menus = menuMaker();
         Excerpts excerpts(plan_.films.size());
+        std::vector<std::optional<Fault>> faults(plan_.films.size());
         ParallelTasks films(plan_.films.size(), stop_, [&](std::size_t film) {
-            excerpts[film] = maker.make(plan_.films[film]);
+            const auto make = [&] { excerpts[film] = maker.make(plan_.films[film]); };
+            if (!options_.keepsGoing) return make();
+            faults[film] = faultOf(make);
         });
         try {
-            makeMenus(menus, films, excerpts);
+            makeMenus(menus, films, faults, excerpts);
             for (std::size_t film = 0; film < plan_.films.size(); ++film)
                 films.wait(film);
         } catch (const Interrupted&) {
@@ -181,18 +228,22 @@ class DiscMaker {
             films.rethrow();
             throw;
         }
+        goOnWithout(faults);
+        if (plan_.films.size() < faults.size()) return false;
+
         const std::string jacket = Workshop::unfinished("jacket.jpg");
-        menus.drawJacket(plan_.title, jacketLine(plan_, project_.labels.minutes),
+        menus.drawJacket(plan_.title, jacketLine(plan_, labels().minutes),
                          makeJacketPicture(setting_, plan_, workshop_), jacket);
         folder_.put(jacket, "jacket.jpg");
         makeCover();
+        return true;
     }
 
     void makeCover() {
         const Progress::Task task(progress_, "Drawing the cover", 0);
         const std::string cover = Workshop::unfinished("cover.pdf");
         const auto pdf = sheetPdf(coverSheet(
-            plan_, project_.labels, makeCoverPictures(setting_, plan_, options_.paper, workshop_),
+            plan_, labels(), makeCoverPictures(setting_, plan_, options_.paper, workshop_),
             options_.paper));
         hasCover_ = pdf.has_value();
         if (!pdf) {
@@ -205,7 +256,8 @@ class DiscMaker {
         folder_.put(cover, "cover.pdf");
     }
 
-    void makeMenus(MenuMaker& menus, ParallelTasks& films, const Excerpts& excerpts) {
+    void makeMenus(MenuMaker& menus, ParallelTasks& films,
+                   const std::vector<std::optional<Fault>>& faults, const Excerpts& excerpts) {
         if (plan_.pages.empty()) return;
         pieces_.clips.resize(plan_.pages.size());
         const std::string pictures = workshop_.newFolder("menus");
@@ -213,6 +265,10 @@ class DiscMaker {
             const MenuPage& page = plan_.pages[number];
             for (const Thumbnail& thumbnail : page.thumbnails)
                 films.wait(thumbnail.film);
+            const auto isFaulty = [&](const Thumbnail& each) {
+                return faults[each.film].has_value();
+            };
+            if (std::ranges::any_of(page.thumbnails, isFaulty)) continue;
             const std::vector<std::string> thumbnails = thumbnailsOf(page, excerpts);
             pieces_.clips[number] = menus.make(page, thumbnails);
             menus.drawPreview(page, thumbnails, pictureOf(page, pictures));
@@ -236,7 +292,7 @@ class DiscMaker {
     }
 
     MenuMaker menuMaker() {
-        const std::optional<std::string>& music = project_.music;
+        const std::optional<std::string>& music = options_.project.music;
         if (music && music != kNone) requireSound(*music, workshop_.tools());
         const bool hasBackground =
             !plan_.pages.empty() || setting_.background == BackgroundKind::picture;
@@ -277,11 +333,13 @@ class DiscMaker {
             progress_.tellResult(line);
     }
 
+    const Labels& labels() const { return options_.project.labels; }
+
     const Options& options_;
-    Project project_;  // without what is no film
     ProgramStop& stop_;
     Progress progress_;
-    std::vector<FilmSource> sources_;
+    FilmList films_;
+    std::size_t leftOutSaid_ = 0;
     OutputFolder folder_;
     Workshop workshop_;
     DiscPlan plan_;
@@ -290,33 +348,23 @@ class DiscMaker {
     bool hasCover_ = false;
 };
 
-// The project with all that a person may want to change of what the films say.
-Project withFilmsWords(Project project, ProgressReceiver& receiver, ProgramStop& stop) {
-    const Tools tools("", stop);
-    const FoundFilms found =
-        findFilms(project, sourcesOf(project), stop, [&](const FilmSource& source) {
-            return probedFilm(source, probeAnswer(source, tools), tools);
-        });
-    if (!found.passedOver.empty()) receiver.say(passedOverLine(found.passedOver));
-    addSuggestions(project, found.films);
-    return project;
-}
-
-Outcome outcomeOf(const std::function<void()>& run) {
+// `run`: returns what is wrong with the films that it went on without.
+Outcome outcomeOf(const std::function<std::vector<Fault>()>& run) {
     try {
-        run();
-        return {};
+        const std::vector<Fault> leftOut = run();
+        return {leftOut.empty() ? Outcome::How::made : Outcome::How::lacking, leftOut};
     } catch (const Interrupted&) {
-        return {true, {}};
+        return {Outcome::How::interrupted, {}};
     } catch (const DiscError& error) {
-        return {false, error.fault()};
+        return {Outcome::How::failed, error.faults()};
     } catch (const fs::filesystem_error& error) {
         const std::string path = error.path1().string();
-        return {false, Fault{path, fmt::format("{}: {}.", path, error.code().message())}};
+        const std::string words = fmt::format("{}: {}.", path, error.code().message());
+        return {Outcome::How::failed, {{path, words}}};
     } catch (const std::bad_alloc&) {
         throw;  // There may be no memory for words, either.
     } catch (const std::exception& error) {
-        return {false, Fault{"", error.what()}};
+        return {Outcome::How::failed, {{"", error.what()}}};
     }
 }
 
@@ -325,8 +373,16 @@ Outcome outcomeOf(const std::function<void()>& run) {
 Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, ProgramStop& stop) {
     return outcomeOf([&] {
         requirePrograms({"ffprobe"});
-        const std::string text = projectFileText(withFilmsWords(options.project, receiver, stop),
-                                                 parentFolder(options.projectFile));
+        const Tools tools("", stop);
+        FilmList films(options.project, options.keepsGoing);
+        const auto passedOver = films.probe(stop, [&](const FilmSource& source) {
+            return probedFilm(source, probeAnswer(source, tools), tools);
+        });
+        if (!passedOver.empty()) receiver.say(passedOverLine(passedOver));
+        // All that a person may want to change of what the films say.
+        Project project = films.project();
+        addSuggestions(project, films.films());
+        const std::string text = projectFileText(project, parentFolder(options.projectFile));
         if (fs::exists(options.projectFile)) {
             throw DiscError(fmt::format("{} is there already. Name another file with --write.",
                                         options.projectFile),
@@ -335,6 +391,7 @@ Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, Pro
         writeText(options.projectFile, text);
         for (const std::string& line : writtenLines(options))
             receiver.tellResult(line);
+        return films.leftOut();
     });
 }
 
@@ -342,7 +399,7 @@ Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop
     return outcomeOf([&] {
         requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
         if (options.makesImage) requirePrograms({"genisoimage"});
-        DiscMaker(options, receiver, stop).run();
+        return DiscMaker(options, receiver, stop).run();
     });
 }
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <optional>
+#include <vector>
 
 #include "disc/project/command_line.h"
 #include "disc/run/fault.h"
@@ -11,8 +11,14 @@ namespace tkv::disc {
 
 /// How a run ended.
 struct Outcome {
-    bool isInterrupted = false;  ///< by its ProgramStop; nothing is wrong
-    std::optional<Fault> fault;
+    enum class How {
+        made,
+        interrupted,  ///< by its ProgramStop; nothing is wrong
+        lacking,      ///< made without the films that have faults
+        failed,
+    };
+    How how = How::made;
+    std::vector<Fault> faults;
 };
 
 /// Writes the project file that the options name, from what the films tell.

@@ -57,14 +57,38 @@ void suspend(int) {
     run.signalAll(SIGCONT);
 }
 
+/// Exit statuses; that for wrong words is readCommandLine's.
+constexpr int kFailed = 1;
+constexpr int kLacking = 3;
+
 int complain(std::string_view why) {
     tkv::writeStandardError(fmt::format("tkvDvdDisc: {}\n", tkv::printable(why)));
-    return 1;
+    return kFailed;
 }
 
 int finish(int status) {
     if (std::fflush(stdout) == 0) return status;
     return complain("the standard output cannot be written to.");
+}
+
+int statusOf(const Outcome& outcome) {
+    const int written = finish(outcome.how == Outcome::How::lacking ? kLacking : 0);
+    const std::size_t count = outcome.faults.size();
+    if (outcome.how == Outcome::How::lacking)
+        complain(fmt::format("{} film{} left out:", count, count == 1 ? " is" : "s are"));
+    for (const Fault& fault : outcome.faults)
+        complain(fault.words);
+    switch (outcome.how) {
+        case Outcome::How::made:
+        case Outcome::How::lacking:
+            return written;
+        case Outcome::How::interrupted:
+            endBySignal();  // For a shell that wants to know.
+            break;
+        case Outcome::How::failed:
+            break;
+    }
+    return kFailed;
 }
 
 Outcome outcomeOf(const Options& options) {
@@ -88,13 +112,7 @@ int main(int argc, char** argv) {
                             {currentFolder(), userLanguage(), plainFolders(), userPaper()}, status);
         if (!options) return finish(status);
         useLanguage(options->project.labels.language);
-        const Outcome outcome = outcomeOf(*options);
-        if (outcome.isInterrupted) {
-            endBySignal();  // For a shell that wants to know.
-            return 1;
-        }
-        if (outcome.fault) return complain(outcome.fault->words);
-        return finish(0);
+        return statusOf(outcomeOf(*options));
     } catch (const std::bad_alloc&) {
         // As it stands: there may be none to make another text of it.
         tkv::writeStandardError("tkvDvdDisc: there is not enough memory.\n");

@@ -161,6 +161,27 @@ const Json* filmStream(const Json& streams) {
     return first;
 }
 
+// Whether a stream is encrypted as MP4 and QuickTime files say it.
+bool isEncrypted(const Json& stream) {
+    const std::string tag = textOf(stream, "codec_tag_string");
+    return tag == "encv" || tag == "enca" || tag == "drmi" || tag == "drms";
+}
+
+// Why none of the film's pictures can be decoded, behind its name; empty when they can.
+std::string whyUndecodable(const Json& streams) {
+    std::string why;
+    for (const Json& stream : streams) {
+        if (isEncrypted(stream)) return "is encrypted. Leave it out, or decrypt it first";
+        if (isMovingPicture(stream)) why.clear();
+        if (textOf(stream, "codec_type") == "video" && textOf(stream, "codec_name").empty())
+            why = fmt::format(
+                "is in a codec ({}) that nothing here knows. Leave it out, or "
+                "convert it first",
+                textOf(stream, "codec_tag_string"));
+    }
+    return why;
+}
+
 // What ffmpeg would show in wrong colours; empty for all else.
 std::string_view unreadableColors(const Json& stream) {
     for (const Json& data : member(stream, "side_data_list")) {
@@ -190,13 +211,14 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
     film.source = std::move(source);
     film.container = textOf(format, "format_name");
     const Json* const stream = filmStream(streams);
+    const std::string& path = film.source.path;
+    if (const std::string why = whyUndecodable(streams); !why.empty())
+        throw DiscError(fmt::format("{} {}.", path, why), path);
     if (stream == nullptr || isPicture(film.container)) {
-        const std::string& path = film.source.path;
         throw DiscError(
             fmt::format("{} holds no moving picture. Leave it out, or name the film.", path), path);
     }
     if (const std::string_view what = unreadableColors(*stream); !what.empty()) {
-        const std::string& path = film.source.path;
         throw DiscError(fmt::format("{} has its colours in {}, which nothing here can read. Leave "
                                     "it out, or convert it to HDR10 or SDR first.",
                                     path, what),

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "disc/film/encryption.h"
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_answer.h"
 #include "disc/film/frame_counter.h"
@@ -108,6 +109,11 @@ std::string probeAnswer(const FilmSource& source, const Tools& tools) {
 }
 
 Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) {
+    if (isScrambled(source)) {
+        const std::string& path = source.path;
+        throw DiscError(fmt::format("{} is encrypted. Leave it out, or decrypt it first.", path),
+                        path);
+    }
     Film film = filmFromAnswer(std::move(source), answer);
     findFields(film, tools);
     return film;

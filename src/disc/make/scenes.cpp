@@ -20,6 +20,9 @@ namespace {
 // Parts of the excerpt's span.
 constexpr std::array kPlaces{0.0, 0.05, 0.15, 0.3, 0.5, 0.8};
 
+// A picture of which only something is to be seen.
+constexpr Raster kGlance = ofSquares({160, 90});
+
 // Levels of the standard deviation of the pixels' brightness: a picture of black or of a plain
 // colour stays below, noise and all.
 constexpr double kEnough = 12;
@@ -116,6 +119,14 @@ std::vector<std::vector<Scene>> findScenes(const DiscFilm& film, Workshop& works
         scenes.push_back(std::move(parts));
     }
     return scenes;
+}
+
+void lookAt(const DiscFilm& film, Workshop& workshop) {
+    if (film.excerpts.empty()) {
+        findScene(film, film.span, kGlance, workshop);
+    } else {
+        findScenes(film, workshop);
+    }
 }
 
 }  // namespace tkv::disc

@@ -23,4 +23,7 @@ Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Wo
 /// Where the pictures of each excerpt of a film begin, in their order.
 std::vector<std::vector<Scene>> findScenes(const DiscFilm& film, Workshop& workshop);
 
+/// Finds these for a film before they are needed, at least one. Throws as findScene.
+void lookAt(const DiscFilm& film, Workshop& workshop);
+
 }  // namespace tkv::disc

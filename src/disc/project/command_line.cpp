@@ -102,6 +102,8 @@ std::vector<OptionRow> optionRows() {
          [](Reading& reading, auto&) { reading.options.makesImage = false; }},
         {kRun, "--clean", "", "keeps no intermediate results for a next run",
          [](Reading& reading, auto&) { reading.options.cleans = true; }},
+        {kRun, "--keep-going", "", "leaves out films that turn out to be faulty",
+         [](Reading& reading, auto&) { reading.options.keepsGoing = true; }},
         {kRun, "--verify", "", "reads kept results whole, and makes damaged ones anew",
          [](Reading& reading, auto&) { reading.options.verifies = true; }},
         {kRun, "--quiet", "", "tells nothing but errors",

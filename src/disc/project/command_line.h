@@ -17,6 +17,7 @@ struct Options {
     bool isPreview = false;   ///< only the pictures of the menus
     bool makesImage = true;
     bool cleans = false;    ///< are the intermediate results removed?
+    bool keepsGoing = false;  ///< without the films that have a fault?
     bool verifies = false;  ///< are the kept ones read whole before they are used?
     bool isQuiet = false;
     Paper paper = Paper::a4;  ///< that the cover is printed on

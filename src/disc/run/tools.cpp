@@ -134,6 +134,8 @@ std::string lastWords(std::string_view lines) {
     while (lines.ends_with('\n') || lines.ends_with('.') || lines.ends_with(' '))
         lines.remove_suffix(1);
     std::string_view last = lines.substr(lines.rfind('\n') + 1);
+    if (last.starts_with("    Last message repeated ") && last.size() < lines.size())
+        return lastWords(lines.substr(0, lines.size() - last.size()));
     // "[mpeg2video @ 0x5581] ", "ERR:  ", "file:a film.mp4: "
     if (last.starts_with('[') && last.find("] ") != std::string_view::npos)
         last.remove_prefix(last.find("] ") + 2);

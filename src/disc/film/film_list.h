@@ -1,0 +1,56 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "disc/film/film.h"
+#include "disc/project/project.h"
+#include "disc/run/fault.h"
+#include "system/processes.h"
+
+namespace tkv::disc {
+
+/// The films of a project, as far as something can be made of them: those with a fault leave it, or
+/// end the run.
+class FilmList {
+  public:
+    /// Looks for the films' files. `keepsGoing`: does the run go on without films that have a
+    /// fault? Else it ends with all that are found at once. Throws DiscError then, and where no
+    /// film is left.
+    FilmList(Project project, bool keepsGoing);
+
+    /// What the person asks for, with the films that are left.
+    const Project& project() const { return project_; }
+
+    /// Of these films, in their order; their facts only once they are probed.
+    const std::vector<FilmSource>& sources() const { return sources_; }
+    const std::vector<Film>& films() const { return films_; }
+
+    /// Why others are not among them.
+    const std::vector<Fault>& leftOut() const { return leftOut_; }
+
+    /// Probes the films side by side, and returns the names of files that are none: of requests
+    /// that stand on the command line, as a shell lists a folder, texts and pictures are passed
+    /// over as long as there is a film. `probe` is called from several threads. Throws as the
+    /// constructor.
+    std::vector<std::string> probe(ProgramStop& stop,
+                                   const std::function<Film(const FilmSource&)>& probe);
+
+    /// Does something with each film, in turn. Throws as the constructor.
+    void visit(const std::function<void(Film&)>& action);
+
+    /// Leaves out films. `faults`: one for each film, none for those that stay. Throws as the
+    /// constructor.
+    void leaveOut(const std::vector<std::optional<Fault>>& faults);
+
+  private:
+    Project project_;
+    bool keepsGoing_;
+    std::vector<FilmSource> sources_;
+    std::vector<Film> films_;
+    std::vector<Fault> leftOut_;
+};
+
+}  // namespace tkv::disc
