@@ -351,14 +351,16 @@ std::vector<double> lateness(const std::string& film, double frameRate) {
 
 TEST(FilmEncoding, KeepsSoundInStep) {
     const struct {
-        const char *rate, *ending;
+        const char *rate, *ending, *codec;
         Standard standard;
         int cutAt;  ///< 188 bytes
-    } rows[] = {{"24", "mkv", kPal, 0}, {"25", "mkv", kNtsc, 0}, {"24", "mkv", kNtsc, 0},
-                {"50", "mkv", kPal, 0}, {"30", "mkv", kPal, 0},  {"25", "ts", kPal, 60}};
+    } rows[] = {{"24", "mkv", "flac", kPal, 0}, {"25", "mkv", "flac", kNtsc, 0},
+                {"24", "mkv", "ac3", kNtsc, 0}, {"50", "mkv", "ac3", kPal, 0},
+                {"30", "mkv", "flac", kPal, 0}, {"25", "ts", "mp2", kPal, 60},
+                {"25", "ts", "ac3", kPal, 60}};
     for (const auto& row : rows) {
         const TempFolder folder;
-        SCOPED_TRACE(fmt::format("{} {}", row.rate, row.ending));
+        SCOPED_TRACE(fmt::format("{} {} {}", row.rate, row.ending, row.codec));
         const std::string name = fmt::format("film.{}", row.ending);
         made(folder, name,
              fmt::format(
@@ -366,17 +368,18 @@ TEST(FilmEncoding, KeepsSoundInStep) {
                  "mod(T\\,1)\\,2.5/{0})\\,235\\,16),format=yuv420p' "
                  "-f lavfi -i 'aevalsrc=if(gt(t\\,0.5)*lt(mod(t\\,1)\\,0.1)\\,sin(6283*t)\\,0)"
                  ":s=48000:d=3.2' -c:v libx264 -g 25 -c:a {1}",
-                 row.rate, row.ending == std::string("ts") ? "mp2" : "flac"));
+                 row.rate, row.codec));
         if (row.cutAt > 0)
             run(fmt::format("cd {0} && tail -c +{2} {1} >cut && mv cut {1}", folder.path(), name,
                             188 * row.cutAt + 1));
         const Film film = probed(folder.file(name));
         const Conversion conversion = conversionOf(film, row.standard, false);
         const Film result = encoded(folder, film, conversion);
-        const std::vector<double> late =
-            lateness(result.source.path, result.video.frameRate.perSecond());
+        std::vector<double> late = lateness(result.source.path, result.video.frameRate.perSecond());
         EXPECT_EQ(late.size(), 3U);
         EXPECT_EQ(film.lost > 0.1, row.cutAt > 0) << film.lost;
+        // A copied track begins with its first whole frame.
+        if (conversion.tracks.at(0).isCopied) late.erase(late.begin());
         for (const double seconds : late)
             EXPECT_NEAR(seconds, 0, row.standard == kPal ? 0.005 : 0.034) << "up to a frame";
     }

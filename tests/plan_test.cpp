@@ -354,6 +354,53 @@ TEST(Plan, CopiesFilmsThatAreReadyWhileThereIsRoom) {
     }
 }
 
+TEST(Plan, GivesSoundWhatPicturesLeave) {
+    // kb/s of the tracks of a film, those that are taken as they are marked.
+    const auto ratesOf = [](const Film& film, bool isEven = false) {
+        Project project = projectOf({film});
+        project.evenVolume = isEven;
+        const DiscPlan plan = planDisc(project, {film});
+        std::string rates;
+        for (const DiscTrack& track : plan.films[0].conversion.tracks)
+            rates += fmt::format("{}{} ", track.rate, track.isCopied ? " taken" : "");
+        return rates;
+    };
+    Film film = filmOf(60);
+    EXPECT_EQ(ratesOf(film), "384 ");
+    EXPECT_EQ(ratesOf(filmOf(4440)), "256 ") << "at 8,000 kb/s a disc holds 75 min";
+    EXPECT_EQ(ratesOf(filmOf(7200)), "192 ");
+    film.audio.resize(8, film.audio[0]);
+    EXPECT_EQ(ratesOf(film), "192 192 192 192 192 192 192 192 ") << "the picture keeps its rate";
+
+    film = filmOf(60);
+    film.audio[0] = {"ac3", 2, 48'000, 224'000};
+    EXPECT_EQ(ratesOf(film), "224 taken ");
+    EXPECT_EQ(ratesOf(film, true), "384 ");
+    const struct {
+        void (*change)(Film& film);
+        const char* rates;
+    } rows[] = {
+        {[](Film& f) { f.audio[0].channels = 6; }, "224 taken "},
+        {[](Film& f) { f.audio[0].late = -0.03; }, "224 taken "},
+        {[](Film& f) { f.audio[0].late = -0.4; }, "384 "},
+        {[](Film& f) { f.audio[0].late = -0.4, f.container = "mpegts"; }, "224 taken "},
+        {[](Film& f) { f.audio[0].late = 0.04; }, "384 "},
+        {[](Film& f) { f.audio[0].isWhole = false; }, "384 "},
+        {[](Film& f) { f.audio[0].codec = "eac3"; }, "384 "},
+        {[](Film& f) { f.audio[0].sampleRate = 44'100; }, "384 "},
+        {[](Film& f) { f.audio[0].bitRate = 640'000; }, "384 "},
+        {[](Film& f) {
+             f.video.frameRate = {24, 1};
+         },
+         "384 "},
+    };
+    for (const auto& row : rows) {
+        Film other = film;
+        row.change(other);
+        EXPECT_EQ(ratesOf(other), row.rates) << &row - rows;
+    }
+}
+
 /// The seconds of the chapters of a film of 100 s with keyframes every half second.
 std::vector<double> chapterTimes(const std::vector<double>& marks, bool isCopied = false,
                                  double speed = 1) {

@@ -90,6 +90,7 @@ void FrameCounter::takeTime(Stream& stream, std::optional<double> time) {
     // A longer step is a pause or, as one back is, a join of recordings.
     if (step > 0 && step <= kLongestPause) stream.seconds += step;
     stream.time = time;
+    if (!stream.first) stream.first = time;
 }
 
 void FrameCounter::takeFrame(const Packet& packet) {
@@ -160,10 +161,12 @@ void FrameCounter::finish(Film& film, std::optional<double> firstFrame) {
         const auto number = static_cast<std::size_t>(track.index);
         return number < streams_.size() ? streams_[number] : Stream();
     };
+    const double firstTime = film.start + film.video.start;
     std::erase_if(film.audio, [&](const AudioTrack& track) { return !streamOf(track).isSeen; });
     for (AudioTrack& track : film.audio) {
         const Stream stream = streamOf(track);
         track.isWhole = stream.seconds > film.seconds - kLongestPause;
+        track.late = stream.first.value_or(firstTime) - firstTime;
     }
 }
 

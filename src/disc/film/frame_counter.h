@@ -50,8 +50,8 @@ class FrameCounter {
     // What was read of a stream.
     struct Stream {
         bool isSeen = false;
-        std::optional<double> time;  // of its last packet
-        double seconds = 0;          // in which packet followed packet
+        std::optional<double> first, time;  // of its first and last packet
+        double seconds = 0;                 // in which packet followed packet
     };
 
     static void takeTime(Stream& stream, std::optional<double> time);

@@ -1,6 +1,5 @@
 #include "disc/film/kept_film.h"
 
-#include <map>
 #include <nlohmann/json.hpp>
 
 #include "disc/film/probe.h"
@@ -14,9 +13,9 @@ using Json = nlohmann::json;
 
 // What counting finds.
 Json countsOf(const Film& film) {
-    std::map<std::string, bool> tracks;
+    Json tracks = Json::object();
     for (const AudioTrack& track : film.audio)
-        tracks[std::to_string(track.index)] = track.isWhole;
+        tracks[std::to_string(track.index)] = {{"isWhole", track.isWhole}, {"late", track.late}};
     return {{"seconds", film.seconds},
             {"lost", film.lost},
             {"start", film.video.start},
@@ -37,8 +36,11 @@ void setCounts(Film& film, const Json& counts) {
     std::erase_if(film.audio, [&](const AudioTrack& track) {
         return !tracks.contains(std::to_string(track.index));
     });
-    for (AudioTrack& track : film.audio)
-        tracks.at(std::to_string(track.index)).get_to(track.isWhole);
+    for (AudioTrack& track : film.audio) {
+        const Json& counted = tracks.at(std::to_string(track.index));
+        counted.at("isWhole").get_to(track.isWhole);
+        counted.at("late").get_to(track.late);
+    }
 }
 
 }  // namespace

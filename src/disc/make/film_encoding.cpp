@@ -144,13 +144,31 @@ std::string soundFilters(const Film& film, const Conversion& conversion, const D
                        filters, track.isSurround ? "5.1" : "stereo", samplesOf(conversion));
 }
 
+// What leaves of a copied track the frames within the picture's time; the first may begin a little
+// before it. Times are parts of a frame's duration: the unit in which these filters count is not
+// the one that they tell.
+std::string framesWithin(const Film& film, const Conversion& conversion) {
+    constexpr double kFrame = 1.0 * kSamplesOfAc3Frame / kSampleRate;
+    const double seconds = conversion.frames / factsOf(conversion.standard).frameRate.perSecond();
+    return fmt::format(
+        "setts=ts=TS-{:.6f}*DURATION,noise=drop='lte(pts+duration,0)+gt(pts+duration,{:.6f}*"
+        "duration)'",
+        film.video.start / kFrame, seconds / kFrame);
+}
+
 Arguments soundArguments(const Film& film, const Conversion& conversion, double gain) {
     Arguments arguments = {"-c:a", "ac3"};
     for (std::size_t i = 0; i < conversion.tracks.size(); ++i) {
         const DiscTrack& track = conversion.tracks[i];
-        append(arguments, {"-map", fmt::format("0:{}", track.index), fmt::format("-filter:a:{}", i),
-                           soundFilters(film, conversion, track, gain), fmt::format("-b:a:{}", i),
-                           fmt::format("{}k", track.rate)});
+        append(arguments, {"-map", fmt::format("0:{}", track.index)});
+        if (track.isCopied) {
+            append(arguments, {fmt::format("-c:a:{}", i), "copy", fmt::format("-bsf:a:{}", i),
+                               framesWithin(film, conversion)});
+            continue;
+        }
+        append(arguments,
+               {fmt::format("-filter:a:{}", i), soundFilters(film, conversion, track, gain),
+                fmt::format("-b:a:{}", i), fmt::format("{}k", track.rate)});
     }
     if (conversion.tracks.empty()) {
         append(arguments,

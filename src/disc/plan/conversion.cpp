@@ -6,14 +6,13 @@
 #include <array>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 #include "disc/plan/budget.h"
 
 namespace tkv::disc {
 
 namespace {
-
-constexpr int kSurroundRate = 448;  // kb/s
 
 constexpr double kFilmRate = 24000.0 / 1001;  // cinema's 24, as television writes it
 
@@ -136,19 +135,25 @@ SourceColors colorsOf(const VideoTrack& video) {
     return colors;
 }
 
-void decideSound(const Film& film, Conversion& conversion) {
-    for (const AudioTrack& track : film.audio) {
-        if (conversion.tracks.size() == kMostTracks) break;
-        const bool isSurround = track.channels > 2;
-        const int rate = isSurround ? kSurroundRate : kStereoRate;
-        conversion.tracks.push_back({track.index, track.language, isSurround, rate});
-        conversion.soundRate += rate;
-    }
-    if (conversion.tracks.empty()) conversion.soundRate = kStereoRate;
-    conversion.isSoundWhole =
-        !conversion.tracks.empty() &&
-        std::all_of(film.audio.begin(), film.audio.begin() + std::ssize(conversion.tracks),
-                    [](const AudioTrack& track) { return track.isWhole; });
+// Of AC-3 on a disc, kb/s.
+constexpr int kTopAc3Rate = 448;
+
+// Seconds of a frame of AC-3.
+constexpr double kAc3Frame = 1536.0 / 48000;
+
+// Whether a track begins with the picture, within a frame, or what comes before can be left out
+// without decoding it: where ffmpeg 5 leaves out a track's first frame, the next one gets a wrong
+// time, unless the film counts in a disc's unit of time.
+bool beginsRight(const AudioTrack& track, const Film& film) {
+    return track.late <= kAc3Frame &&
+           (track.late > -kAc3Frame || film.container.starts_with("mpeg"));
+}
+
+// Whether a track can be taken as it is: AC-3 as discs have it, of which nothing changes.
+bool isTaken(const AudioTrack& track, const Film& film, const Conversion& conversion) {
+    return track.codec == "ac3" && track.sampleRate == 48000 && track.bitRate > 0 &&
+           track.bitRate <= kTopAc3Rate * 1000 && track.isWhole && beginsRight(track, film) &&
+           conversion.speed == 1 && !conversion.evensLoudness;
 }
 
 }  // namespace
@@ -161,9 +166,26 @@ Conversion conversionOf(const Film& film, Standard standard, bool isCopied) {
     decideLength(film, conversion);
     decideShape(film.video, conversion);
     conversion.colors = colorsOf(film.video);
-    decideSound(film, conversion);
-    conversion.topVideoRate = kTopRate - conversion.soundRate;
+    setSound(film, kStereoRate, conversion);
     return conversion;
+}
+
+void setSound(const Film& film, int stereoRate, Conversion& conversion) {
+    conversion.tracks.clear();
+    conversion.soundRate = 0;
+    conversion.isSoundWhole = !film.audio.empty();
+    for (const AudioTrack& track : film.audio) {
+        if (conversion.tracks.size() == kMostTracks) break;
+        DiscTrack made{track.index, track.language, track.channels > 2, stereoRate,
+                       isTaken(track, film, conversion)};
+        if (made.isSurround) made.rate = kTopAc3Rate;
+        if (made.isCopied) made.rate = static_cast<int>(track.bitRate / 1000);
+        conversion.soundRate += made.rate;
+        conversion.isSoundWhole = conversion.isSoundWhole && track.isWhole;
+        conversion.tracks.push_back(std::move(made));
+    }
+    if (conversion.tracks.empty()) conversion.soundRate = kStereoRate;
+    conversion.topVideoRate = kTopRate - conversion.soundRate;
 }
 
 Placement placedIn(PixelSize raster, double rasterAspect, double aspect, PixelSize step) {

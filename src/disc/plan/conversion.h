@@ -59,6 +59,7 @@ struct DiscTrack {
     std::string language;     ///< two letters of ISO 639-1; "xx" when unknown
     bool isSurround = false;  ///< 5.1, or else stereo
     int rate = 0;             ///< kb/s
+    bool isCopied = false;    ///< AC-3, as it is in the film
 };
 
 /// All that happens to a film, decided once. Whoever makes, measures or tells of the disc's film
@@ -90,6 +91,10 @@ struct Conversion {
 /// The conversion of a film, whose frames have been counted, but for its chapters, rates of the
 /// picture and loudness, which are not the film's matter alone.
 Conversion conversionOf(const Film& film, Standard standard, bool isCopied);
+
+/// Decides on the sound of a film, from which the rest of the conversion is known. `stereoRate`:
+/// kb/s, one of AC-3's.
+void setSound(const Film& film, int stereoRate, Conversion& conversion);
 
 /// A picture of the shape `aspect` in a raster that is shown in the shape `rasterAspect`: as large
 /// as it fits, in the middle, the bars multiples of `step`; the whole raster for a shape that is

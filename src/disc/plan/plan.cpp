@@ -82,6 +82,7 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
     conversion = conversionOf(film.film, standard, isCopied);
     conversion.evensLoudness = project.evenVolume;
     conversion.keepsPitch = project.keepsPitch;
+    setSound(film.film, kStereoRate, conversion);
     ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
     conversion.chapters = std::move(list.chapters);
     const bool hasMenu = project.hasMenu && list.hasMenu;
@@ -113,6 +114,26 @@ DiscFilm* largestCopied(std::vector<DiscFilm>& films) {
             largest = &film;
     }
     return largest;
+}
+
+// Whether all films that are encoded get the best there is.
+bool hasRoom(const Rates& rates) {
+    return rates.missing == 0 && std::ranges::all_of(rates.video, [](int rate) {
+               return rate == 0 || rate == kBestVideoRate;
+           });
+}
+
+// Stereo tracks get what no picture has to do without.
+Rates shareWithSound(DiscPlan& plan) {
+    Rates rates;
+    for (const int stereoRate : {384, 320, 256, kStereoRate}) {
+        for (DiscFilm& film : plan.films) {
+            if (!film.conversion.isCopied) setSound(film.film, stereoRate, film.conversion);
+        }
+        rates = shareRates(loadOf(plan), plan.size);
+        if (hasRoom(rates)) break;
+    }
+    return rates;
 }
 
 void setRates(DiscPlan& plan, const Rates& rates) {
@@ -152,7 +173,7 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
     while (true) {
         addPages(plan, project);
         setKeys(plan, project);
-        const Rates rates = shareRates(loadOf(plan), plan.size);
+        const Rates rates = shareWithSound(plan);
         DiscFilm* const largest = rates.missing > 0 ? largestCopied(plan.films) : nullptr;
         if (largest == nullptr) {
             setRates(plan, rates);
