@@ -1,5 +1,7 @@
 #include <algorithm>
 
+#include "disc/author/authoring.h"
+#include "disc/make/film_damage.h"
 #include "disc_films.h"
 
 // What becomes of films of all kinds on a disc.
@@ -81,7 +83,19 @@ TEST_F(Films, TellWhatCannotBeDecoded) {
         EXPECT_NE(said.find("bad.mkv could not be decoded, at about 0:0"), std::string::npos)
             << time << said;
         EXPECT_EQ(said.find("good.mkv could"), std::string::npos) << said;
+        const std::string log = readText(file("out/work/programs.log"));
+        const bool isFirst = time == std::string_view("first");
+        EXPECT_EQ(log.find("bad.mkv") != std::string::npos, isFirst) << log;
+        EXPECT_NE(log.find("dvdauthor -x "), std::string::npos) << log;
     }
+    tkv::disc::FilmDamage damage(false);
+    damage.take("[dvd @ 0x55db306cefc0] buffer underflow st=1 bufi=385 size=418");
+    EXPECT_EQ(damage.sentence("film"), "") << "it is decoded";
+    EXPECT_EQ(tkv::disc::warningIn("INFO: a\nWARN:  Odd\nSTAT: b\n"),
+              "dvdauthor warns: Odd. See work/programs.log.");
+    EXPECT_EQ(tkv::disc::warningIn("WARN: Odd\nWARN: b\nWARN: c"),
+              "dvdauthor warns: Odd (and 2 more). See work/programs.log.");
+    EXPECT_EQ(tkv::disc::warningIn("INFO: WARN:"), "");
 }
 
 TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {

@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <sstream>
+#include <string_view>
 
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
@@ -32,6 +34,20 @@ bool isWhole(const DiscPlan& plan, const std::string& folder) {
 
 }  // namespace
 
+std::string warningIn(const std::string& lines) {
+    constexpr std::string_view kWarning = "WARN:";
+    std::string first;
+    int count = 0;
+    std::istringstream stream(lines);
+    for (std::string line; std::getline(stream, line);) {
+        if (!line.starts_with(kWarning)) continue;
+        if (count++ == 0) first = line.substr(line.find_first_not_of(' ', kWarning.size()));
+    }
+    if (count == 0) return {};
+    const std::string others = count == 1 ? "" : fmt::format(" (and {} more)", count - 1);
+    return fmt::format("dvdauthor warns: {}{}. See work/{}.", first, others, Tools::kLog);
+}
+
 double writingWeight(std::int64_t bytes) {
     return kWritingWeight * static_cast<double>(bytes) / 1e9;
 }
@@ -41,7 +57,9 @@ void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::strin
     const Progress::Task task(progress, "Writing the disc", writingWeight(plan.bytes));
     const std::string file = folder + ".xml";
     writeText(workshop.path(file), authorFile(plan, pieces, folder));
-    workshop.tools().run({"dvdauthor", "-x", file}, {"", "The disc could not be written", ""});
+    const std::string said =
+        workshop.tools().run({"dvdauthor", "-x", file}, {"", "The disc could not be written", ""});
+    if (const std::string warning = warningIn(said); !warning.empty()) progress.say(warning);
     if (!isWhole(plan, workshop.path(folder))) {
         throw DiscError("The disc could not be written: dvdauthor has left out some of its files.");
     }

@@ -18,6 +18,9 @@ double writingWeight(std::int64_t bytes);
 void authorDisc(const DiscPlan& plan, const DiscPieces& pieces, const std::string& folder,
                 const Workshop& workshop, Progress& progress);
 
+/// What is told of the warnings among dvdauthor's lines; empty where there is none.
+std::string warningIn(const std::string& lines);
+
 /// Writes the image of a disc's folder; both are names in the workshop. `label`: as volumeLabel
 /// returns it.
 void makeImage(const std::string& folder, const std::string& label, const std::string& image,

@@ -14,12 +14,16 @@ constexpr double kOnePlace = 2;
 
 }  // namespace
 
+bool isMuxersLine(std::string_view line) {
+    return line.starts_with("[dvd @ ") && line.find("buffer underflow") != std::string_view::npos;
+}
+
 void FilmDamage::reach(double seconds) {
     seconds_ = seconds;
 }
 
 void FilmDamage::take(std::string_view line) {
-    if (line.empty() || (lacksBeginning_ && seconds_ < kOnePlace)) return;
+    if (line.empty() || isMuxersLine(line) || (lacksBeginning_ && seconds_ < kOnePlace)) return;
     if (places_ == 0) first_ = seconds_;
     if (places_ == 0 || seconds_ > last_ + kOnePlace) ++places_;
     last_ = seconds_;

@@ -5,6 +5,10 @@
 
 namespace tkv::disc {
 
+/// Whether a line of ffmpeg's is the complaint of its multiplexer that a player will get something
+/// too late.
+bool isMuxersLine(std::string_view line);
+
 /// Counts the places of a film of which its decoders complain while it is encoded.
 class FilmDamage {
   public:

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <charconv>
 #include <csignal>
+#include <fstream>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -13,6 +14,7 @@
 #include "disc/run/environment.h"
 #include "disc/run/fault.h"
 #include "disc/run/media_inputs.h"
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -83,10 +85,12 @@ std::string Tools::run(Program program, const Failure& failure) const {
     program.folder = folder_;
     program.hiddenVariables.assign(kHiddenVariables.begin(), kHiddenVariables.end());
     program.command = guardedCommand(program.command);
-    const std::string name = program.command.front();
+    const std::vector<std::string> command = program.command;
+    const std::string name = command.front();
     program.command.front() = programPath(name);
     if (program.command.front().empty()) complainMissing(name);
     const ProgramEnd end = runProgram(std::move(program), stop_);
+    log(command, errors);
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();
     const std::string cause = complaint(end, name, errors, hasErrorLine);
     if (cause.empty()) return errors;
@@ -99,6 +103,14 @@ std::string Tools::run(Program program, const Failure& failure) const {
     throw DiscError(fmt::format("{}: {}.{}{}", failure.task, cause, isAdvised ? " " : "",
                                 isAdvised ? failure.advice : ""),
                     failure.about);
+}
+
+void Tools::log(const std::vector<std::string>& command, const std::string& lines) const {
+    if (folder_.empty() || lines.empty()) return;
+    const std::lock_guard lock(mutex_);
+    // Nothing depends on it: a disk that is full has other ways to tell.
+    std::ofstream(joinPath(folder_, kLog), std::ios::app)
+        << fmt::format("{}\n{}\n", fmt::join(command, " "), lines);
 }
 
 std::string Tools::run(const std::vector<std::string>& command, const Failure& failure) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,8 +27,11 @@ struct Failure {
 /// Starts the programs of one run. May be used from several threads.
 class Tools {
   public:
-    /// `folder`: their working directory; empty: that of this process.
-    /// `stop`: must outlive it.
+    /// What they write to their standard error streams goes here, too, behind what is there.
+    static constexpr const char* kLog = "programs.log";
+
+    /// `folder`: their working directory, and that of the log; empty: that of this process, without
+    /// a log. `stop`: must outlive it.
     Tools(std::string folder, ProgramStop& stop) : folder_(std::move(folder)), stop_(stop) {}
 
     /// Runs a program and returns the lines of its standard error stream. Throws DiscError when it
@@ -49,7 +53,10 @@ class Tools {
     ProgramStop& stop() const { return stop_; }
 
   private:
+    void log(const std::vector<std::string>& command, const std::string& lines) const;
+
     std::string folder_;
+    mutable std::mutex mutex_;
     ProgramStop& stop_;
 };
 

@@ -3,9 +3,12 @@
 #include <fmt/format.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdint>
 #include <filesystem>
 #include <regex>
+#include <string_view>
 #include <utility>
 
 #include "disc/run/fault.h"
@@ -22,6 +25,10 @@ using Names = std::vector<std::string>;
 
 constexpr const char* kUnfinished = "unfinished";
 constexpr const char* kRecords = "results";
+
+// What else it has in its folder.
+constexpr std::array<std::string_view, 4> kOthers{kUnfinished, kRecords, Workshop::kLog,
+                                                  Tools::kLog};
 
 // Up to here, reading a result costs nothing beside what is done with it; a disc of films takes a
 // tenth longer.
@@ -58,6 +65,7 @@ Workshop::Workshop(std::string folder, ProgramStop& stop, ResultCheck check)
       check_(std::move(check)),
       records_(path(kRecords)) {
     fs::remove_all(path(kUnfinished));
+    fs::remove(path(Tools::kLog));
     fs::create_directory(path(kUnfinished));
 }
 
@@ -157,8 +165,7 @@ void Workshop::removeUnused() const {
 void Workshop::removeAll() const {
     folder_.requireInPlace();
     for (const std::string& name : folderNames(folder_.path()).value_or(Names{})) {
-        if (isResult(name) || name == kLog || name == kRecords || name == kUnfinished)
-            fs::remove_all(path(name));
+        if (isResult(name) || std::ranges::count(kOthers, name) > 0) fs::remove_all(path(name));
     }
     std::error_code error;
     fs::remove(path(kMarker), error);
