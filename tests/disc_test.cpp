@@ -3,6 +3,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "disc/author/layer_break.h"
 #include "disc_films.h"
 
 // From films to a disc with the real programs, and what a player does with it.
@@ -204,9 +205,29 @@ TEST_F(Films, JustPlayWithoutAMenu) {
 
 TEST_F(Films, KeepTheirChaptersWhereTheSoundEndsEarly) {
     make("short.mkv", "-f lavfi -i color=s=160x90:r=25:d=20 -f lavfi -i sine=r=48000:d=1");
-    expectDisc("--no-menu --no-image --chapters every=2.5s -o short short.mkv");
+    makeReady();
+    expectDisc("--no-menu --no-image --chapters every=2.5s -o short short.mkv ready.vob");
     const std::string listing = run("lsdvd -c " + file("short/disc"));
     EXPECT_NE(listing.find("Chapters: 08,"), std::string::npos) << listing;
+
+    // Burned onto two layers, the second would begin with one.
+    tkv::ProgramStop stop;
+    const tkv::disc::Workshop workshop(file("layers"), stop);
+    fs::copy(file("short/disc"), workshop.path("disc"), fs::copy_options::recursive);
+    EXPECT_FALSE(tkv::disc::setLayerBreak("disc", workshop));
+    EXPECT_FALSE(tkv::disc::setLayerBreak("disc", workshop, {1, 500})) << "before the middle";
+    const auto sectors = tkv::disc::setLayerBreak("disc", workshop, {1, 1 << 20});
+    const std::string image = workshop.path("disc.iso");
+    run(fmt::format("genisoimage -quiet -dvd-video -udf -o {} {}", image, workshop.path("disc")));
+    ASSERT_TRUE(sectors && *sectors % 16 == 0 &&
+                static_cast<std::size_t>(*sectors) * 4096 > fs::file_size(image));
+    const std::string pack = readText(image).substr(static_cast<std::size_t>(*sectors) * 2048, 18);
+    EXPECT_TRUE(pack.starts_with(std::string("\0\0\1\xBA", 4)) && pack.ends_with("\1\xBB"))
+        << "for navigation";
+    Player player(image);
+    EXPECT_EQ(player.place(), "film 1");
+    EXPECT_EQ(player.leave(), "film 2");
+    EXPECT_EQ(player.leave(), "") << "the disc's end";
 }
 
 /// Whatever is asked for, nothing goes that the program has not made.

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "disc/author/authoring.h"
+#include "disc/author/layer_break.h"
 #include "disc/author/output_folder.h"
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_list.h"
@@ -130,7 +131,8 @@ class DiscMaker {
         }
         author();
         workshop_.removeUnused();
-        tell(madeLines(options_, plan_, bytesIn(folder_.path() + "/disc"), hasCover_));
+        made_.bytes = bytesIn(folder_.path() + "/disc");
+        tell(madeLines(options_, plan_, made_));
     }
 
     void findFilms() {
@@ -245,7 +247,7 @@ class DiscMaker {
         const auto pdf = sheetPdf(coverSheet(
             plan_, labels(), makeCoverPictures(setting_, plan_, options_.paper, workshop_),
             options_.paper));
-        hasCover_ = pdf.has_value();
+        made_.hasCover = pdf.has_value();
         if (!pdf) {
             folder_.drop("cover.pdf");
             progress_.say("There is no cover.pdf: it could not be drawn.");
@@ -281,6 +283,7 @@ class DiscMaker {
         const std::string disc = Workshop::unfinished("disc");
         const std::string image = Workshop::unfinished("disc.iso");
         authorDisc(plan_, pieces_, disc, workshop_, progress_);
+        made_.firstLayer = setLayerBreak(disc, workshop_);
         if (options_.makesImage)
             makeImage(disc, volumeLabel(plan_.title), image, workshop_, progress_);
         folder_.put(disc, "disc");
@@ -345,7 +348,7 @@ class DiscMaker {
     DiscPlan plan_;
     MenuSetting setting_;
     DiscPieces pieces_;
-    bool hasCover_ = false;
+    MadeDisc made_;
 };
 
 // `run`: returns what is wrong with the films that it went on without.

@@ -101,22 +101,24 @@ std::string whyNoDisc(const DiscPlan& plan) {
         isSmall ? ", or take a dual-layer one: --size dvd9" : "");
 }
 
-std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan, std::int64_t bytes,
-                                   bool hasCover) {
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
+                                   const MadeDisc& made) {
     const std::string disc = options.output + (options.makesImage ? "/disc.iso" : "/disc");
     std::vector<std::string> lines{
         fmt::format("Made in {}:", options.output),
         fmt::format("  disc/       {}, {}, {}, {}", standardName(plan.standard),
                     counted(plan.films.size(), "film"), counted(plan.pages.size(), "menu page"),
-                    gigabytes(bytes))};
+                    gigabytes(made.bytes))};
     if (options.makesImage) lines.emplace_back("  disc.iso    the same as a disc image");
     if (!plan.pages.empty()) lines.emplace_back("  menus/      pictures of the menus");
     lines.emplace_back("  jacket.jpg  for the case");
-    if (hasCover) lines.emplace_back("  cover.pdf   to print, for the case");
-    if (bytes > capacityOf(plan.size))
+    if (made.hasCover) lines.emplace_back("  cover.pdf   to print, for the case");
+    if (made.bytes > capacityOf(plan.size))
         lines.emplace_back("It is too large for the blank disc that was asked for.");
     lines.push_back(fmt::format("Play it:  vlc {}", shellWord("dvd://" + disc)));
-    lines.push_back(fmt::format("Burn it:  growisofs -dvd-compat -Z /dev/sr0{}{}",
+    const std::string layers =
+        made.firstLayer ? fmt::format(" -use-the-force-luke=break:{}", *made.firstLayer) : "";
+    lines.push_back(fmt::format("Burn it:  growisofs -dvd-compat{} -Z /dev/sr0{}{}", layers,
                                 options.makesImage ? "=" : " -dvd-video ", shellWord(disc)));
     return lines;
 }

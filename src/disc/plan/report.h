@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -22,9 +23,16 @@ std::vector<std::string> planLines(const DiscPlan& plan);
 /// can be made.
 std::string whyNoDisc(const DiscPlan& plan);
 
-/// What was made, and how to play and burn it. `bytes`: of the disc. `hasCover`: is there one?
-std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan, std::int64_t bytes,
-                                   bool hasCover);
+/// What a run has made.
+struct MadeDisc {
+    std::int64_t bytes = 0;  ///< of the disc
+    bool hasCover = false;
+    std::optional<std::int64_t> firstLayer;  ///< its sectors, where a burner is to be told
+};
+
+/// What was made, and how to play and burn it.
+std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
+                                   const MadeDisc& made);
 
 /// The same of a run that has only drawn menus.
 std::vector<std::string> previewLines(const Options& options, const DiscPlan& plan);
