@@ -235,9 +235,16 @@ Arguments remuxCommand(const Film& film, const Conversion& conversion, const std
     return arguments;
 }
 
-Arguments interleaveCommand(const std::string& dvdFilm, const std::string& output) {
+Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conversion,
+                            const std::string& output) {
     Arguments arguments = ffmpegStart();
     append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0", "-map", "0:a", "-c", "copy"});
+    // ffmpeg reads a wrong time where a frame's header lies in two packs. In a track that was
+    // encoded, frame follows frame.
+    for (std::size_t i = 0; i < std::max<std::size_t>(conversion.tracks.size(), 1); ++i) {
+        if (conversion.tracks.empty() || !conversion.tracks[i].isCopied)
+            append(arguments, {fmt::format("-bsf:a:{}", i), "setts=ts=STARTPTS+N*DURATION"});
+    }
     append(arguments, dvdOutput(output));
     return arguments;
 }

@@ -42,7 +42,8 @@ Arguments remuxCommand(const Film& film, const Conversion& conversion, const std
 /// Puts the tracks of a disc's film together anew. The muxer leaves out navigation packs while
 /// it waits for a sound that comes late, from a silent input or after a gap; from the finished film
 /// all comes in time.
-Arguments interleaveCommand(const std::string& dvdFilm, const std::string& output);
+Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conversion,
+                            const std::string& output);
 
 /// Cuts frames out of a disc's film. `pattern`: as ExcerptOutput's.
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,

@@ -165,7 +165,8 @@ void FilmMaker::interleave(const DiscFilm& film, const std::string& output) cons
     if (film.conversion.isSoundWhole) return;
     const std::string encoded = output + "-encoded.mpg";
     fs::rename(workshop_.path(output), workshop_.path(encoded));
-    workshop_.tools().encode(interleaveCommand(encoded, output), failing(film, "put together"));
+    workshop_.tools().encode(interleaveCommand(encoded, film.conversion, output),
+                             failing(film, "put together"));
     fs::remove(workshop_.path(encoded));
 }
 
