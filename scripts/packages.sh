@@ -54,7 +54,8 @@ install_packages() {
     echo "Installing: ${missing[*]}"
     if [ "$(id -u)" -ne 0 ]; then
         command -v sudo >/dev/null || {
-            echo "These packages are missing, and there is neither root nor sudo to install them." >&2
+            echo "These packages are missing, and there is neither root nor sudo. As an" \
+                "administrator: apt-get install ${missing[*]}" >&2
             return 1
         }
         as_root=(sudo)

@@ -222,6 +222,14 @@ TEST(Plan, TellsWhatDoesNotFit) {
     EXPECT_EQ(complaint(std::vector<Film>(100, filmOf(10)), DiscSize::dvd5),
               "100 films are too many: a disc holds 99.");
     EXPECT_EQ(complaint({}, DiscSize::dvd5), "There is no film. Name the files of some.");
+
+    Project project = projectOf({filmOf(100)});
+    project.films[0].excerpts = {99, 100};
+    project.films[0].chapters = {{{0, ""}, {50, ""}, {7200, "Home"}}};
+    const Strings lines = planLines(planDisc(project, {filmOf(100)}));
+    EXPECT_EQ(Strings(lines.begin() + 2, lines.end()),
+              (Strings{"        excerpt 1:40 is behind its end, and shows that",
+                       "        chapter 2:00:00 is behind its end, and left out"}));
 }
 
 /// The buttons that up, down, left and right lead to, by their names in the map without "BT_" and

@@ -203,7 +203,11 @@ TEST(CommandLine, TellsWhatIsWrong) {
           {{"a.mp4", "-o", ""}, "--output wants a path"},
           {{"", "-o", "out"}, "name is empty"},
           {{"a.mp4", "-o", "out", "-y.mp4"}, "no option '-y.mp4'"},
-          {{"a.mp4", "-o", "out", "--pall"}, "no option '--pall'"},
+          {{"a.mp4", "-o", "out", "--pall"}, "no option '--pall': did you mean --pal?"},
+          {{"a.mp4", "-o", "out", "--tilte=x"}, "did you mean --title?"},
+          {{"a.mp4", "-o", "out", "--zzz"}, "no option '--zzz': see --help"},
+          {{"a.mp4", "-out", "x"}, "no option '-out': did you mean --output?"},
+          {{"a.mp4", "--write", "a.txt"}, "a project file (*.toml), not 'a.txt'"},
           {{"a.mp4", "-o", "out", "--pal", "--ntsc"}, "exclude each other"},
           {{"a.mp4", "-o", "out", "--quiet=no"}, "--quiet takes no value"},
           {{"a.mp4", "-o", "out", "--size", "cd"}, "--size wants dvd5 or dvd9, not 'cd'"},
@@ -251,7 +255,7 @@ TEST(CommandLine, CountsMoreThanTheFile) {
 
 TEST(ProjectFile, TellsTheLineOfAnError) {
     for (const auto& [text, error] :
-         {std::pair{"\ntittle = 'x'", ":2: nothing here is called 'tittle'"},
+         {std::pair{"\ntittle = 'x'", ":2: nothing here is called 'tittle': did you mean title?"},
           {"size = 9", ":1: size wants dvd5 or dvd9"},
           {"music = ''", ":1: music wants the path"},
           {"music = \"a\\u0000b\"", ":1: music wants the path"},

@@ -68,6 +68,10 @@ TEST(Progress, SuitsWhereItIsShown) {
     EXPECT_EQ(plain.find("soon after"), std::string::npos);
     EXPECT_EQ(plain.find('\x1B'), std::string::npos) << "a film's name moves no cursor";
     EXPECT_TRUE(terminal.starts_with("\r\x1B[Ka")) << terminal;
+    for (const auto& [name, moves] : {std::pair("xterm", true), {"dumb", false}, {"", false}}) {
+        const ScopedVariable terminalName("TERM", name);
+        EXPECT_EQ(movesCursor(), moves) << name;
+    }
     EXPECT_TRUE(terminal.ends_with("Encoding b\r\x1B[K") || terminal.ends_with("\r\x1B[K"));
 }
 

@@ -42,6 +42,9 @@ namespace {
 constexpr std::int64_t kExcerptBytes = 250;
 constexpr std::int64_t kPageBytes = 200 << 20;
 
+// Seconds of work to take a film's pictures, or to draw a page.
+constexpr double kLookingWeight = 0.5;
+
 // A run replaces nothing that it is made of.
 void requireOutside(const std::string& output, const std::string& path) {
     if (!isReplacedIn(output, path)) return;
@@ -117,6 +120,7 @@ class DiscMaker {
 
   private:
     void make() {
+        requireSettings();
         findFilms();
         plan(films_.project());
         lookAtFilms();
@@ -133,6 +137,14 @@ class DiscMaker {
         workshop_.removeUnused();
         made_.bytes = bytesIn(folder_.path() + "/disc");
         tell(madeLines(options_, plan_, made_));
+    }
+
+    // What the person gives besides films is looked at before them.
+    void requireSettings() {
+        const std::optional<std::string>& music = options_.project.music;
+        if (music && music != kNone) requireSound(*music, workshop_.tools());
+        const std::optional<std::string>& background = options_.project.background;
+        if (background && background != kNone) cutBackground(*background, workshop_);
     }
 
     void findFilms() {
@@ -164,8 +176,12 @@ class DiscMaker {
     // A film that cannot be decoded is told of before others are encoded for hours.
     void lookAtFilms() {
         std::vector<std::optional<Fault>> faults(plan_.films.size());
+        progress_.expect(kLookingWeight * static_cast<double>(faults.size()));
         sideBySide(faults.size(), stop_, [&](std::size_t number) {
             const DiscFilm& film = plan_.films[number];
+            const Progress::Task task(
+                progress_, fmt::format("Looking at {}", lastComponent(film.request.path)),
+                kLookingWeight);
             const Workshop::Lock lock(workshop_, film.film.source.stamp);
             faults[number] = faultOf([&] { lookAt(film, workshop_); });
         });
@@ -198,8 +214,11 @@ class DiscMaker {
             const Workshop::Lock lock(workshop_, film.film.source.stamp);
             stills[number] = stillExcerpts(film, findScenes(film, workshop_), workshop_);
         });
-        for (const MenuPage& page : plan_.pages)
+        progress_.expect(kLookingWeight * static_cast<double>(plan_.pages.size()));
+        for (const MenuPage& page : plan_.pages) {
+            const Progress::Task task(progress_, "Drawing " + page.name, kLookingWeight);
             menus.drawPreview(page, thumbnailsOf(page, stills), pictureOf(page, pictures));
+        }
         folder_.put(pictures, "menus");
     }
 
@@ -295,8 +314,6 @@ class DiscMaker {
     }
 
     MenuMaker menuMaker() {
-        const std::optional<std::string>& music = options_.project.music;
-        if (music && music != kNone) requireSound(*music, workshop_.tools());
         const bool hasBackground =
             !plan_.pages.empty() || setting_.background == BackgroundKind::picture;
         return {setting_, hasBackground ? makeBackground(setting_, plan_, workshop_) : "",
@@ -400,8 +417,9 @@ Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, Pro
 
 Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop& stop) {
     return outcomeOf([&] {
-        requirePrograms({"ffmpeg", "ffprobe", "spumux", "dvdauthor"});
-        if (options.makesImage) requirePrograms({"genisoimage"});
+        requirePrograms({"ffmpeg", "ffprobe"});
+        if (!options.isPreview) requirePrograms({"spumux", "dvdauthor"});
+        if (!options.isPreview && options.makesImage) requirePrograms({"genisoimage"});
         return DiscMaker(options, receiver, stop).run();
     });
 }

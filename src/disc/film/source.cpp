@@ -66,8 +66,8 @@ std::vector<std::string> filesOf(const std::string& path) {
         std::vector<std::string> title = largestTitle(path);
         if (!title.empty()) return readable(title);
         throw DiscError(
-            fmt::format("{} is a folder without a DVD's films (VTS_01_1.VOB and so on). Name the "
-                        "films in it.",
+            fmt::format("{0} is a folder without a DVD's films (VTS_01_1.VOB and so on). Name the "
+                        "films in it: {0}/*",
                         path),
             path);
     }

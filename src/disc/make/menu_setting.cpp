@@ -64,6 +64,12 @@ std::string blurredScene(const DiscPlan& plan, Workshop& workshop) {
 
 }  // namespace
 
+std::string cutBackground(const std::string& picture, Workshop& workshop) {
+    return workshop.result(
+        Workshop::nameOf("background", ".jpg", {stampOf({picture})}),
+        [&](const std::string& made) { cutPicture(picture, kWidePage, workshop.path(made)); });
+}
+
 MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
     MenuSetting setting;
     setting.standard = plan.standard;
@@ -91,11 +97,7 @@ std::string ownBackground(const MenuSetting& setting, const DiscPlan& plan, Work
         case BackgroundKind::none:
             return "";
         case BackgroundKind::picture:
-            return workshop.result(
-                Workshop::nameOf("background", ".jpg", {stampOf({setting.picture})}),
-                [&](const std::string& made) {
-                    cutPicture(setting.picture, kWidePage, workshop.path(made));
-                });
+            return cutBackground(setting.picture, workshop);
         case BackgroundKind::scene:
             return blurredScene(plan, workshop);
     }

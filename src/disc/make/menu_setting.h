@@ -26,6 +26,10 @@ struct MenuSetting {
 /// be seen. Looks at the sound's file for its stamp.
 MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan);
 
+/// Makes of a picture, an absolute path, a background as makeBackground does, but as bright as it
+/// is. Returns its name in the workshop. Throws as that.
+std::string cutBackground(const std::string& picture, Workshop& workshop);
+
 /// Makes the background, of the page's size: the picture cut to the shape of a wide display, or a
 /// scene that is blurred; dark enough for the texts if it is to be. Returns its name in the
 /// workshop; empty for none. Throws DiscError where that is not possible.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 #include "disc/project/names.h"
 #include "system/paths.h"
@@ -67,6 +68,21 @@ std::string filmLine(const DiscFilm& film) {
                        lost);
 }
 
+// The times that a person has given of a film and that it does not have, a line for each.
+std::vector<std::string> beyondLines(const DiscFilm& film) {
+    std::vector<std::string> lines;
+    const auto add = [&](std::string_view what, double seconds, std::string_view becomes) {
+        if (seconds < film.film.seconds) return;
+        lines.push_back(fmt::format("        {} {} is behind its end, and {}", what,
+                                    timeText(seconds), becomes));
+    };
+    for (const double excerpt : film.request.excerpts)
+        add("excerpt", excerpt, "shows that");
+    for (const Chapter& chapter : film.request.chapters.value_or(std::vector<Chapter>{}))
+        add("chapter", chapter.seconds, "left out");
+    return lines;
+}
+
 }  // namespace
 
 std::string passedOverLine(const std::vector<std::string>& names) {
@@ -79,8 +95,10 @@ std::vector<std::string> planLines(const DiscPlan& plan) {
                     counted(plan.films.size(), "film"), timeText(std::round(playingTime(plan))),
                     counted(plan.pages.size(), "menu page"), gigabytes(plan.bytes),
                     gigabytes(capacityOf(plan.size)))};
-    for (const DiscFilm& film : plan.films)
+    for (const DiscFilm& film : plan.films) {
         lines.push_back(filmLine(film));
+        std::ranges::move(beyondLines(film), std::back_inserter(lines));
+    }
     return lines;
 }
 

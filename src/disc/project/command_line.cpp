@@ -8,6 +8,7 @@
 #include <functional>
 
 #include "disc/project/names.h"
+#include "disc/project/nearest_name.h"
 #include "disc/project/project_file.h"
 #include "disc/project/settings.h"
 #include "disc/run/fault.h"
@@ -62,6 +63,11 @@ struct OptionRow {
     Apply apply;
 };
 
+// What is none of them would be a film.
+bool isProjectFile(const std::string& word) {
+    return asciiLowered(word).ends_with(".toml");
+}
+
 constexpr const char* kRun = "The run";
 constexpr const char* kDisc = "The disc";
 
@@ -96,6 +102,8 @@ std::vector<OptionRow> optionRows() {
          [](Reading& reading, auto&) { reading.options.isPreview = true; }},
         {kRun, "--write", "FILE.toml", "only a project file of these films, for you to edit",
          [](Reading& reading, auto& value) {
+             if (!isProjectFile(value))
+                 refuse("--write wants the name of a project file (*.toml), not '{}'", value);
              reading.options.projectFile = reading.pathOf("--write", value);
          }},
         {kRun, "--no-image", "", "the disc as a folder only, without disc.iso",
@@ -149,6 +157,7 @@ class Line {
 
     // False when the words ask for a text, which has been written.
     bool parse(std::vector<std::string> words) {
+        refuseGlued(words);
         std::reverse(words.begin(), words.end());
         try {
             app_.parse(words);
@@ -183,13 +192,24 @@ class Line {
                 areNames = true;
                 continue;
             }
-            if (word.starts_with('-') && !areNames)
-                refuse("there is no option '{}': see --help; a film of that name stands behind --",
-                       word);
+            if (word.starts_with('-') && !areNames) refuseOption(word);
             if (word.empty()) refuse("a film's name is empty; give the name of a file");
             films.push_back(word);
         }
         return films;
+    }
+
+    // CLI11 takes "-out" for "-o ut".
+    void refuseGlued(const std::vector<std::string>& words) const {
+        for (const std::string& word : words) {
+            if (word == "--") return;
+            if (word.size() < 3 || word[0] != '-' || word[1] == '-') continue;
+            const std::vector<std::string> names = optionNames();
+            const auto meant = std::ranges::find_if(
+                names, [&](const std::string& name) { return name.starts_with("-" + word); });
+            if (meant != names.end())
+                refuse("there is no option '{}': did you mean {}? see --help", word, *meant);
+        }
     }
 
   private:
@@ -200,6 +220,22 @@ class Line {
     };
     CLI::App app_{"Makes a DVD with animated menus of your films.\n", "tkvDvdDisc"};
     std::vector<Given> given_;
+
+    std::vector<std::string> optionNames() const {
+        std::vector<std::string> names;
+        for (const CLI::Option* option : app_.get_options()) {
+            for (const std::string& name : option->get_lnames())
+                names.push_back("--" + name);
+        }
+        return names;
+    }
+
+    [[noreturn]] void refuseOption(const std::string& word) const {
+        const std::string name = nearestName(word.substr(0, word.find('=')), optionNames());
+        if (!name.empty())
+            refuse("there is no option '{}': did you mean {}? see --help", word, name);
+        refuse("there is no option '{}': see --help; a film of that name stands behind --", word);
+    }
 
     void add(const OptionRow& row) {
         CLI::Option* option =
@@ -223,10 +259,6 @@ std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) 
         if (isEmpty) result.emplace_back();
     }
     return result;
-}
-
-bool isProjectFile(const std::string& word) {
-    return asciiLowered(word).ends_with(".toml");
 }
 
 // The VOBs of a title, given one by one as a shell's wildcard does, are one film, that of the

@@ -16,9 +16,9 @@ struct Options {
     std::string projectFile;  ///< absolute path of the file to be written; else empty
     bool isPreview = false;   ///< only the pictures of the menus
     bool makesImage = true;
-    bool cleans = false;    ///< are the intermediate results removed?
+    bool cleans = false;      ///< are the intermediate results removed?
     bool keepsGoing = false;  ///< without the films that have a fault?
-    bool verifies = false;  ///< are the kept ones read whole before they are used?
+    bool verifies = false;    ///< are the kept ones read whole before they are used?
     bool isQuiet = false;
     Paper paper = Paper::a4;  ///< that the cover is printed on
 };

@@ -8,6 +8,7 @@
 
 #include "disc/project/deep_names.h"
 #include "disc/project/names.h"
+#include "disc/project/nearest_name.h"
 #include "disc/project/settings.h"
 #include "disc/run/fault.h"
 #include "system/files.h"
@@ -43,13 +44,12 @@ class Reader {
         : path_(std::move(path)), folder_(std::move(folder)) {}
 
     void read(const toml::table& table, Project& project) const {
-        refuseOthers(table, [](std::string_view key) {
-            return std::ranges::find(kFlagSettings, key, &FlagSetting::name) !=
-                       kFlagSettings.end() ||
-                   std::ranges::find(textSettings(), key, &TextSetting::name) !=
-                       textSettings().end() ||
-                   key == "labels" || key == "film";
-        });
+        std::vector<std::string> known{"labels", "film"};
+        for (const FlagSetting& flag : kFlagSettings)
+            known.emplace_back(flag.name);
+        for (const TextSetting& setting : textSettings())
+            known.emplace_back(setting.name);
+        refuseOthers(table, known);
         for (const TextSetting& setting : textSettings()) {
             const toml::node* node = table.get(setting.name);
             if (node == nullptr) continue;
@@ -79,11 +79,12 @@ class Reader {
         fail(node.source(), fmt::format("{} wants {}", key, wanted));
     }
 
-    template <typename IsKnown>
-    void refuseOthers(const toml::table& table, const IsKnown& isKnown) const {
+    void refuseOthers(const toml::table& table, const std::vector<std::string>& known) const {
         for (const auto& [key, node] : table) {
-            if (!isKnown(key.str()))
-                fail(key.source(), fmt::format("nothing here is called '{}'", key.str()));
+            if (std::ranges::count(known, key.str()) > 0) continue;
+            const std::string meant = nearestName(key.str(), known);
+            fail(key.source(), fmt::format("nothing here is called '{}'{}", key.str(),
+                                           meant.empty() ? "" : ": did you mean " + meant + "?"));
         }
     }
 
@@ -101,7 +102,10 @@ class Reader {
     void readLabels(const toml::node& node, Labels& labels) const {
         const toml::table* table = node.as_table();
         if (table == nullptr) refuse(node, "labels", "a [labels] line above them");
-        refuseOthers(*table, [](std::string_view key) { return labelNamed(key) != nullptr; });
+        std::vector<std::string> known;
+        for (const LabelName& label : kLabelNames)
+            known.emplace_back(label.name);
+        refuseOthers(*table, known);
         for (const auto& [key, text] : *table) {
             const auto label = labelNamed(key.str());
             if (label == nullptr) continue;
@@ -121,9 +125,7 @@ class Reader {
     }
 
     FilmRequest filmOf(const toml::table& table) const {
-        refuseOthers(table, [](std::string_view key) {
-            return std::ranges::find(kFilmKeys, key) != kFilmKeys.end();
-        });
+        refuseOthers(table, {kFilmKeys.begin(), kFilmKeys.end()});
         FilmRequest film;
         const toml::node* path = table.get("path");
         if (path == nullptr) fail(table.source(), "this film has no path");

@@ -92,6 +92,11 @@ void useLanguage(const std::string& language) {
     setenv("LC_ALL", language.c_str(), 1);  // NOLINT(concurrency-mt-unsafe)
 }
 
+bool movesCursor() {
+    const std::string terminal = variable("TERM");
+    return !terminal.empty() && terminal != "dumb";
+}
+
 std::string programPath(const std::string& program) {
     const std::string path = variable("PATH");
     std::istringstream folders(path.empty() ? "/usr/bin:/bin" : path);

@@ -29,6 +29,9 @@ std::vector<std::string> plainFolders();
 /// another thread. `language`: two letters of ISO 639-1.
 void useLanguage(const std::string& language);
 
+/// Whether the terminal, as $TERM names it, moves its cursor when it is told to.
+bool movesCursor();
+
 /// The absolute path of the program of this name that $PATH leads to; empty when there is none.
 std::string programPath(const std::string& program);
 

@@ -19,6 +19,8 @@ namespace {
 
 void claim(const std::string& path) {
     std::error_code error;
+    if (fs::exists(path, error) && !fs::is_directory(path, error))
+        throw DiscError(fmt::format("{} is a file. Name a folder with -o.", path), path);
     fs::create_directories(path, error);
     if (error) throw DiscError(fmt::format("{} cannot be made: {}.", path, error.message()), path);
     const std::string marker = joinPath(path, kMarker);

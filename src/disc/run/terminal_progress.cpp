@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "disc/run/environment.h"
 #include "system/unicode.h"
 
 namespace tkv::disc {
@@ -51,7 +52,7 @@ TerminalProgress::~TerminalProgress() {
 }
 
 TerminalProgress::Style TerminalProgress::suitableStyle() {
-    return isatty(STDERR_FILENO) == 1 ? Style::terminal : Style::plain;
+    return isatty(STDERR_FILENO) == 1 && movesCursor() ? Style::terminal : Style::plain;
 }
 
 void TerminalProgress::clear() const {

@@ -35,8 +35,10 @@ std::string_view packageOf(std::string_view program) {
 }
 
 [[noreturn]] void complainMissing(std::string_view program) {
-    throw DiscError(fmt::format("The program {} is missing. Install the package {}.", program,
-                                packageOf(program)));
+    const std::string_view instead =
+        program == "genisoimage" ? ", or do without a disc image: --no-image" : "";
+    throw DiscError(fmt::format("The program {} is missing. Install the package {}{}.", program,
+                                packageOf(program), instead));
 }
 
 // How the program ended, as the end of a sentence; empty when all is well.
