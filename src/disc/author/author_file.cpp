@@ -112,7 +112,7 @@ class AuthorFile {
 
     void addTitleSet(pugi::xml_node& disc, const DiscFilm& film) {
         pugi::xml_node titleset = disc.append_child("titleset");
-        if (hasMenus()) addSetMenus(titleset, film);
+        addSetMenus(titleset, film);
 
         pugi::xml_node titles = titleset.append_child("titles");
         setVideo(titles, plan_.standard, film.conversion.isWide, "nopanscan");
@@ -128,9 +128,14 @@ class AuthorFile {
         addText(pgc, "post", afterFilm(film));
     }
 
-    // The Menu key leads to the chapters, or to the page that shows the film.
+    // The Menu key leads to the chapters, or to the page that shows the film; without menus to
+    // where the Title key leads.
     void addSetMenus(pugi::xml_node& titleset, const DiscFilm& film) {
         pugi::xml_node menus = addMenus(titleset);
+        if (!hasMenus()) {
+            addDispatcher(menus, "root", "jump vmgm menu 1; ");
+            return;
+        }
         if (const auto* shown = std::get_if<ShowFilms>(&film.keys.menu)) {
             addDispatcher(menus, "root", toFilmsPage(*shown));
             return;
