@@ -68,23 +68,23 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
     ASSERT_EQ(player.highlights().hl_gi.btn_ns, 7);
     for (int film = 1; film <= 5; ++film) {
         ASSERT_EQ(player.press(film), fmt::format("film {}", film));
-        ASSERT_EQ(player.leave(), "films 1");
+        ASSERT_EQ(player.leave(), "films-1");
         EXPECT_EQ(player.button(), film);
     }
-    ASSERT_EQ(player.press(7), "films 2");
+    ASSERT_EQ(player.press(7), "films-2");
     ASSERT_EQ(player.highlights().hl_gi.btn_ns, 7);
     ASSERT_EQ(player.press(5), "film 10");
     for (const DVDMenuID_t key : {DVD_MENU_Root, DVD_MENU_Title}) {
-        ASSERT_EQ(player.press(key), "films 2");
+        ASSERT_EQ(player.press(key), "films-2");
         EXPECT_EQ(player.button(), 5);
         ASSERT_EQ(player.press(5), "film 10");
     }
-    ASSERT_EQ(player.leave(), "films 2");
+    ASSERT_EQ(player.leave(), "films-2");
     ASSERT_EQ(player.press(6), "film 1") << "plays all";
     for (int film = 2; film <= 10; ++film)
         ASSERT_EQ(player.leave(), fmt::format("film {}", film));
-    ASSERT_EQ(player.leave(), "films 2");
-    ASSERT_EQ(player.press(7), "films 1");
+    ASSERT_EQ(player.leave(), "films-2");
+    ASSERT_EQ(player.press(7), "films-1");
     EXPECT_EQ(player.button(), 1);
 }
 

@@ -146,7 +146,7 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
     EXPECT_NEAR(hertzAt(file("first/disc/VIDEO_TS/VIDEO_TS.VOB"), 5), 3000, 20);
     Player player(file("first/disc"));
     EXPECT_EQ(player.place(), "film 1");
-    EXPECT_EQ(player.leave(), "films 1");
+    EXPECT_EQ(player.leave(), "films-1");
 
     folder_.write("fonts.conf",
                   fmt::format("<fontconfig><dir>{}</dir></fontconfig>",

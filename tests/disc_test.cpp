@@ -96,44 +96,44 @@ void expectButtons(Player& player, int thumbnails, const Strings& arrows) {
 /// A disc of the four films: the first has a chapter menu.
 void expectDiscThatLeads(const std::string& disc) {
     Player player(disc);
-    ASSERT_EQ(player.place(), "films 1");
+    ASSERT_EQ(player.place(), "films-1");
     expectButtons(player, 4, {"5 3 1 2", "5 4 1 2", "1 3 3 4", "2 4 3 4", "5 2 5 5"});
     for (int packs = 0; packs < 100; ++packs)
-        ASSERT_EQ(player.play(), "films 1") << "its clip repeats";
+        ASSERT_EQ(player.play(), "films-1") << "its clip repeats";
     for (const int group : {0, 1}) {
         for (const int film : {2, 3, 4}) {
             ASSERT_EQ(player.press(film, group), fmt::format("film {}", film));
-            ASSERT_EQ(player.leave(), "films 1");
+            ASSERT_EQ(player.leave(), "films-1");
             EXPECT_EQ(player.button(), film);
         }
-        ASSERT_EQ(player.press(1, group), "chapters 1.1");
+        ASSERT_EQ(player.press(1, group), "film-1-chapters-1");
         expectButtons(player, 2, {"3 4 1 2", "3 4 1 2", "3 2 3 3", "2 4 4 4"});
         for (const int chapter : {2, 1}) {
             ASSERT_EQ(player.press(chapter, group), "film 1");
             EXPECT_EQ(player.chapter(), chapter);
             EXPECT_NEAR(player.seconds(), 2.2 * (chapter - 1), 0.041);
-            ASSERT_EQ(player.leave(), "chapters 1.1");
+            ASSERT_EQ(player.leave(), "film-1-chapters-1");
             EXPECT_EQ(player.button(), chapter);
         }
         ASSERT_EQ(player.press(3, group), "film 1");
         EXPECT_EQ(player.chapter(), 1);
-        ASSERT_EQ(player.leave(), "chapters 1.1");
-        ASSERT_EQ(player.press(4, group), "films 1");
+        ASSERT_EQ(player.leave(), "film-1-chapters-1");
+        ASSERT_EQ(player.press(4, group), "films-1");
         EXPECT_EQ(player.button(), 1);
 
         ASSERT_EQ(player.press(5, group), "film 1") << "plays all";
         for (const int film : {2, 3, 4})
             ASSERT_EQ(player.leave(), fmt::format("film {}", film));
-        ASSERT_EQ(player.leave(), "films 1");
+        ASSERT_EQ(player.leave(), "films-1");
         EXPECT_EQ(player.button(), 5);
     }
     ASSERT_EQ(player.press(5), "film 1");
-    ASSERT_EQ(player.press(DVD_MENU_Root), "chapters 1.1") << "ends playing all";
+    ASSERT_EQ(player.press(DVD_MENU_Root), "film-1-chapters-1") << "ends playing all";
     ASSERT_EQ(player.press(3), "film 1");
-    ASSERT_EQ(player.leave(), "chapters 1.1");
-    ASSERT_EQ(player.press(DVD_MENU_Title), "films 1");
+    ASSERT_EQ(player.leave(), "film-1-chapters-1");
+    ASSERT_EQ(player.press(DVD_MENU_Title), "films-1");
     ASSERT_EQ(player.press(3), "film 3");
-    ASSERT_EQ(player.press(DVD_MENU_Root), "films 1");
+    ASSERT_EQ(player.press(DVD_MENU_Root), "films-1");
     EXPECT_EQ(player.button(), 3);
 }
 
@@ -145,7 +145,7 @@ void expectDiscOfOneFilm(const std::string& disc) {
     EXPECT_EQ(rectanglesOf(player.highlights(), 0),
               Strings{R"(x0="130" y0="92" x1="590" y1="392")"});
     ASSERT_EQ(player.press(1), "film 1");
-    ASSERT_EQ(player.leave(), "films 1");
+    ASSERT_EQ(player.leave(), "films-1");
 }
 
 TEST_F(Films, BecomeADiscThatLeads) {
