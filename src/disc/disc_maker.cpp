@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "disc/author/authoring.h"
+#include "disc/author/disc_check.h"
 #include "disc/author/layer_break.h"
 #include "disc/author/output_folder.h"
 #include "disc/film/ffprobe.h"
@@ -230,7 +231,8 @@ class DiscMaker {
             pieces_.films.push_back(filmName(film));
         folder_.requireSpace(bytesNeeded());
         progress_.expect(kMenuWeight * static_cast<double>(plan_.pages.size()) +
-                         writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1));
+                         writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1) +
+                         checkingWeight(plan_.bytes));
         FilmMaker maker(plan_, workshop_, progress_);
         MenuMaker menus = menuMaker();
         Excerpts excerpts(plan_.films.size());
@@ -303,6 +305,7 @@ class DiscMaker {
         const std::string image = Workshop::unfinished("disc.iso");
         authorDisc(plan_, pieces_, disc, workshop_, progress_);
         made_.firstLayer = setLayerBreak(disc, workshop_);
+        checkDisc(plan_, disc, folder_, workshop_, progress_);
         if (options_.makesImage)
             makeImage(disc, volumeLabel(plan_.title), image, workshop_, progress_);
         folder_.put(disc, "disc");

@@ -26,7 +26,8 @@ namespace {
 constexpr const char* kWork = "work";
 
 // All that a run makes or replaces in the folder.
-constexpr std::array kResults{"disc", "disc.iso", "menus", "jacket.jpg", "cover.pdf", kWork};
+constexpr std::array kResults{"disc",       "disc.iso",  "disc-faulty", "menus",
+                              "jacket.jpg", "cover.pdf", kWork};
 
 // The path without links, as far as it is there.
 fs::path resolved(const std::string& path) {

@@ -109,4 +109,11 @@ std::string programPath(const std::string& program) {
     return {};
 }
 
+std::string programBeside(const std::string& program) {
+    std::error_code error;
+    const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
+    std::string beside = joinPath(own.parent_path().string(), program);
+    return !error && access(beside.c_str(), X_OK) == 0 ? beside : programPath(program);
+}
+
 }  // namespace tkv::disc

@@ -35,4 +35,7 @@ bool movesCursor();
 /// The absolute path of the program of this name that $PATH leads to; empty when there is none.
 std::string programPath(const std::string& program);
 
+/// The same of a program of ours, which may stand beside this one, too; that counts more.
+std::string programBeside(const std::string& program);
+
 }  // namespace tkv::disc
