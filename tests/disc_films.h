@@ -38,6 +38,8 @@ class Films : public testing::Test {
     /// The tone that is heard in a file at `seconds`; 0 where it is silent.
     int hertzAt(const std::string& input, double seconds) const;
 
+    void expectFaultsTold(const std::string& out) const;
+
     Bitmap menu(const std::string& name) const;
     std::string file(const std::string& name) const { return folder_.file(name); }
 

@@ -148,6 +148,27 @@ void expectDiscOfOneFilm(const std::string& disc) {
     ASSERT_EQ(player.leave(), "films-1");
 }
 
+/// A disc of the four films is made once more, and comes out wrong.
+void Films::expectFaultsTold(const std::string& out) const {
+    const std::string before = run("ls -liR --time-style=+ " + quoted(out) + "/disc*");
+    const std::string wrong = faked("dvdauthor",
+                                    "sed -i 's/3072; jump title 3/3072; jump title 2/' $2\n"
+                                    "$real \"$@\"\ncd unfinished/disc/VIDEO_TS\n"
+                                    "truncate -s -4096 VTS_01_1.VOB\n"
+                                    "printf x | dd of=VTS_02_0.BUP bs=1 seek=99 conv=notrunc");
+    const std::string words = " --language fr --title 'Un été' --pal -o " + quoted(out) +
+                              " -- chap*.mp4 it*.mp4 -f*.mkv ready.vob";
+    const std::string said = makeDisc(words, wrong);
+    for (const char* part :
+         {"Film 1, chapters a:b 100%.mp4: VTS_01_1.VOB has ", "VTS_02_0.BUP does not equal VTS_02",
+          "Button 3 of films-1 (-fields) leads to film 2, chapter 1 instead of film 3, chapter "
+          "1.\n",
+          "Button 3 of films-1 (-fields) on 4:3 displays leads to film 2", "\nstatus 1\n"})
+        EXPECT_NE(said.find(part), std::string::npos) << part << said;
+    const std::string faulty = "rm -r " + quoted(out + "/disc-faulty");
+    EXPECT_EQ(run(faulty + "; ls -liR --time-style=+ " + quoted(out) + "/disc*"), before);
+}
+
 TEST_F(Films, BecomeADiscThatLeads) {
     makeAllKinds();
     for (const bool isPal : {true, false}) {
@@ -171,6 +192,10 @@ TEST_F(Films, BecomeADiscThatLeads) {
         // In the sector that it names, the language of the menus.
         EXPECT_EQ(tables.substr(2048UL * static_cast<unsigned char>(tables[0xCB]) + 8, 2), "fr");
         EXPECT_EQ(hertzAt(out + "/disc/VIDEO_TS/VIDEO_TS.VOB", 1) > 0, isPal);
+        EXPECT_NE(said.find(isPal ? "Checked: 9 buttons on 2 pages lead where they should.\n"
+                                  : "Checked: 1 button on 1 page leads where it should.\n"),
+                  std::string::npos)
+            << said;
         if (!isPal) continue;
         EXPECT_EQ(namesIn(out + "/menus"), (Strings{"film-1-chapters-1.jpg", "films-1.jpg"}));
         const Bitmap chapters = *decodePicture(out + "/menus/film-1-chapters-1.jpg");
@@ -179,6 +204,7 @@ TEST_F(Films, BecomeADiscThatLeads) {
         const std::string listing = run("lsdvd -a " + quoted(out + "/disc"));
         EXPECT_NE(listing.find("Language: fr"), std::string::npos) << listing;
         EXPECT_NE(listing.find("Language: ja"), std::string::npos) << listing;
+        expectFaultsTold(out);
     }
 }
 

@@ -40,6 +40,10 @@ constexpr std::int64_t kMostKept = kVideoBuffer + static_cast<std::int64_t>(kPac
 // Between the first picture and the first sound, at most.
 constexpr std::int64_t kMostApart = kSecond / 20;
 
+// After a picture or sound is due, at most. The times of packs are those of the slowest player: all
+// read ahead, so that what comes less than a picture later does not show.
+constexpr std::int64_t kMostLate = kSecond / 25;
+
 // A picture lasts no longer than three fields of PAL do.
 constexpr std::int64_t kLongestPicture = kSecond * 3 / 50;
 
@@ -118,7 +122,7 @@ std::int64_t picturesIn(std::string_view data) {
 }
 
 std::string milliseconds(std::int64_t time) {
-    return fmt::format("{:.1f} ms", static_cast<double>(time) * 1000 / kSecond);
+    return fmt::format("{:.0f} ms", static_cast<double>(time) * 1000 / kSecond);
 }
 
 // What a player knows of one VOB while it comes in.
@@ -126,30 +130,30 @@ class Timing {
   public:
     void take(const Pack& pack, Bytes bytes) {
         if (!begin_) begin_ = pack.time;
-        if (pack.rate > kMostRate || (last_ && pack.time - *last_ < kShortestStep))
-            throw std::runtime_error("comes faster than a player reads");
+        const bool isTooFast =
+            pack.rate > kMostRate || (last_ && pack.time - *last_ < kShortestStep);
         last_ = pack.time;
+        if (isTooFast) fail("it comes faster than a player reads");
         if (pack.kind == Pack::Kind::video) takeVideo(pack, bytes);
         if (pack.kind == Pack::Kind::sound && pack.shown) {
-            if (*pack.shown < pack.time) {
-                throw std::runtime_error(fmt::format("the sound comes {} too late",
-                                                     milliseconds(pack.time - *pack.shown)));
-            }
+            noteLate("the sound", pack.time - *pack.shown);
             firstSounds_.try_emplace(pack.stream, *pack.shown);
         }
     }
 
     // At the VOB's end.
     void finish() const {
+        if (late_ > kMostLate) {
+            throw std::runtime_error(fmt::format("{:.1f} s after its begin, {} comes {} too late",
+                                                 lateAt_, lateWhat_, milliseconds(late_)));
+        }
         for (const auto& [stream, shown] : firstSounds_) {
             if (!firstPicture_ || std::abs(shown - *firstPicture_) <= kMostApart) continue;
-            throw std::runtime_error(fmt::format("its sound begins {} {} the picture",
+            throw std::runtime_error(fmt::format("the sound begins {} {} the picture",
                                                  milliseconds(std::abs(shown - *firstPicture_)),
                                                  shown < *firstPicture_ ? "before" : "after"));
         }
     }
-
-    double seconds() const { return begin_ ? static_cast<double>(*last_ - *begin_) / kSecond : 0; }
 
   private:
     // Pictures leave the buffer when they are decoded. Each begins in a pack that says when that
@@ -162,16 +166,25 @@ class Timing {
             std::ranges::copy(bytes, pictureBegin_.begin());
         }
         received_ += pack.size;
-        if (picture_ && pack.time > *picture_ && pack.time > lastDecoded()) {
-            throw std::runtime_error(
-                fmt::format("a picture comes {} too late", milliseconds(pack.time - *picture_)));
-        }
+        if (picture_ && pack.time > *picture_) noteLate("a picture", pack.time - lastDecoded());
         while (!pictures_.empty() && pictures_.front().decoded <= pack.time) {
             decoded_ = pictures_.front().end;
             pictures_.pop_front();
         }
-        if (received_ - decoded_ > kMostKept)
-            throw std::runtime_error("pictures come too early to be kept");
+        if (received_ - decoded_ > kMostKept) fail("pictures come too early to be kept");
+    }
+
+    double seconds() const { return static_cast<double>(*last_ - *begin_) / kSecond; }
+
+    [[noreturn]] void fail(std::string_view what) const {
+        throw std::runtime_error(fmt::format("{:.1f} s after its begin, {}", seconds(), what));
+    }
+
+    void noteLate(std::string_view what, std::int64_t time) {
+        if (time <= late_) return;
+        late_ = time;
+        lateWhat_ = what;
+        lateAt_ = seconds();
     }
 
     // Where several small pictures begin in one pack, only the first one has a stamp.
@@ -190,6 +203,9 @@ class Timing {
     std::deque<Picture> pictures_;
     std::int64_t received_ = 0, decoded_ = 0;
     std::map<int, std::int64_t> firstSounds_;
+    std::int64_t late_ = 0;  // the worst
+    std::string_view lateWhat_;
+    double lateAt_ = 0;
 };
 
 class Stream {
@@ -198,10 +214,10 @@ class Stream {
 
     void take(Bytes bytes) {
         const std::optional<Pack> pack = packOf(bytes);
-        if (!pack) throw std::runtime_error("is damaged");
+        if (!pack) fail("is damaged");
         if (pack->kind == Pack::Kind::navigation) {
             if (numberAt(bytes, kSector, 4) != sector_)
-                throw std::runtime_error("stands in another place than it says");
+                fail("stands in another place than it says");
             const auto vob = numberAt(bytes, kVob, 2);
             if (vob != vob_) finish();
             vob_ = vob;
@@ -215,11 +231,11 @@ class Stream {
         timing_ = {};
     }
 
-    std::string place() const {
-        return fmt::format("sector {}, {:.1f} s", sector_, timing_.seconds());
+  private:
+    [[noreturn]] void fail(std::string_view what) const {
+        throw std::runtime_error(fmt::format("sector {} {}", sector_, what));
     }
 
-  private:
     bool isTimed_;
     std::int64_t sector_ = 0, vob_ = 0;
     Timing timing_;
@@ -251,7 +267,7 @@ void checkStream(const std::vector<std::string>& files, bool isTimed) {
         }
         stream.finish();
     } catch (const std::runtime_error& error) {
-        throw std::runtime_error(fmt::format("{} ({}): {}", name, stream.place(), error.what()));
+        throw std::runtime_error(fmt::format("{}: {}", name, error.what()));
     }
 }
 

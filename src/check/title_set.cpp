@@ -78,7 +78,7 @@ void checkTitleSet(const std::string& folder, int number, bool isTimed) {
                                              fs::path(backup).filename().string(),
                                              fs::path(path("0", "IFO")).filename().string()));
     }
-    if (tables.size() < kSector) throw std::runtime_error(backup + " is no table");
+    if (tables.size() < kSector) throw std::runtime_error("its tables are too short");
     // The backup is the set's last part.
     const std::uintmax_t end = numberAt(tables, kSetEnd) - numberAt(tables, kTablesEnd);
     const std::uintmax_t menus = numberAt(tables, kMenus);
