@@ -13,14 +13,16 @@ maintainer=$4
 cd "$1/usr"
 
 gzip -9n share/man/man1/*.1
-mv share/zsh/site-functions share/zsh/vendor-completions
+[ ! -d share/zsh ] || mv share/zsh/site-functions share/zsh/vendor-completions
 for link in share/tkvDvdMenuImg/tools/*; do
     [ ! -L "$link" ] || ln -sf "../../../bin/${link##*/}" "$link"
 done
 
 doc=share/doc/$package
 mkdir -p "$doc"
-cp "$sources/LICENSE" "$doc/copyright"
+license=$sources/LICENSE
+[ "$package" != tkvdvdcheck ] || license=$sources/src/check/LICENSE
+cp "$license" "$doc/copyright"
 # What is new: the newest part of CHANGELOG.md, in Debian's form.
 {
     printf 'tkvdvdmenuimg (%s) unstable; urgency=medium\n\n' "$version"

@@ -1,9 +1,13 @@
-# `cpack` in a build for the prefix /usr makes two Debian packages, because of what each needs: a
-# host application wants the tool without an encoder, its sound and its graphics drivers.
+# `cpack` in a build for the prefix /usr makes three Debian packages, because of what each needs: a
+# host application wants the tool without an encoder, its sound and its graphics drivers. The third
+# has another licence.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_ALL tool disc)
+if(DVDNAV_FOUND)
+  list(APPEND CPACK_COMPONENTS_ALL check)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
@@ -41,7 +45,7 @@ set(CPACK_DEBIAN_DISC_PACKAGE_NAME tkvdvddisc)
 set(CPACK_DEBIAN_DISC_PACKAGE_SOURCE tkvdvdmenuimg)
 set(CPACK_DEBIAN_DISC_PACKAGE_DEPENDS
   "tkvdvdmenuimg (= ${PROJECT_VERSION}), dvdauthor, ffmpeg")
-set(CPACK_DEBIAN_DISC_PACKAGE_RECOMMENDS genisoimage)
+set(CPACK_DEBIAN_DISC_PACKAGE_RECOMMENDS "genisoimage, tkvdvdcheck (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DISC_DESCRIPTION "DVD-Video discs with animated menus, from films
 tkvDvdDisc makes a DVD-Video disc of films in one command. It encodes them
 to fit, draws menus whose thumbnails are moving excerpts of the films, adds
@@ -49,5 +53,14 @@ chapter menus where films have chapters, and writes the disc as a folder
 and as an image to be burnt.
 
 A second run makes again only what has changed.")
+
+set(CPACK_DEBIAN_CHECK_PACKAGE_NAME tkvdvdcheck)
+set(CPACK_DEBIAN_CHECK_PACKAGE_SOURCE tkvdvdmenuimg)
+set(CPACK_DEBIAN_CHECK_DESCRIPTION "checker of discs that tkvDvdDisc makes
+tkvDvdCheck reads a DVD-Video disc and presses its buttons by means of
+libdvdnav, as players do, and tells where it does not lead where it should,
+or has data that come too late for a player.
+
+tkvDvdDisc starts it when it has written a disc.")
 
 include(CPack)

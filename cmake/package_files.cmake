@@ -1,5 +1,5 @@
 # Run by cpack when everything has been installed into one folder for each package.
-foreach(component tool disc)
+foreach(component IN LISTS CPACK_COMPONENTS_ALL)
   string(TOUPPER ${component} upper)
   execute_process(
     COMMAND ${CPACK_TKV_SOURCES}/cmake/debian_files.sh ${CPACK_TEMPORARY_DIRECTORY}/${component}

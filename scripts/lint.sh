@@ -20,7 +20,7 @@ climbs() {
     done
 }
 climbing=$(
-    climbs '' cli,disc,desktop composer imaging utils graphics system
+    climbs '' cli,disc,desktop,check composer imaging utils graphics system
     climbs disc/ author make plan film project run
 )
 [ -z "$climbing" ] || {

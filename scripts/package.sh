@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes the Debian packages of both programs, into build/packages.
+# Makes the Debian packages of all programs, into build/packages.
 #
 #   scripts/package.sh [--check]
 #

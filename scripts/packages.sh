@@ -4,7 +4,7 @@ build_packages=(
     cmake g++ ninja-build pkg-config
     libcairo2-dev libexif-dev libfmt-dev libgdk-pixbuf-2.0-dev libgif-dev libglib2.0-dev
     libicu-dev libjpeg62-turbo-dev liblcms2-dev libopenjp2-7-dev libpango1.0-dev libpng-dev
-    libcli11-dev libpugixml-dev libtomlplusplus-dev nlohmann-json3-dev zlib1g-dev
+    libcli11-dev libdvdnav-dev libpugixml-dev libtomlplusplus-dev nlohmann-json3-dev zlib1g-dev
     dvdauthor ffmpeg fonts-dejavu-core genisoimage
 )
 
@@ -14,7 +14,7 @@ test_packages=(
     libgtest-dev
     imagemagick libimage-exiftool-perl libjpeg-turbo-progs libopenjp2-tools
     libavif-gdk-pixbuf webp-pixbuf-loader
-    libdvdnav-dev libdvdread-dev lsdvd poppler-utils
+    libdvdread-dev lsdvd poppler-utils
     fonts-noto-color-emoji fonts-vlgothic
     lomiri-wallpapers-16.04
 )

@@ -30,7 +30,7 @@ using namespace tkv::check;
 
 // Seconds of the processor for one step: where a disc's commands lead in a circle, the library
 // follows them for ever. A film of 8 GB takes the processor less.
-constexpr int kPatience = 60;
+constexpr int kPatience = 30;
 
 std::array<char, 1000> endless{};  // the fault, while a step lasts
 

@@ -76,8 +76,8 @@ void checkDisc(const DiscPlan& plan, const std::string& disc, const OutputFolder
         folder.drop(kFaulty);
         return;
     }
-    for (const std::string& fault : faults)
-        progress.say(fault);
+    for (std::size_t i = 1; i < faults.size(); ++i)
+        progress.say(faults[i]);
     folder.put(disc, kFaulty);
     throw DiscError(fmt::format("The disc is faulty, and is kept in {}/{}. {}", folder.path(),
                                 kFaulty, faults.front()));
