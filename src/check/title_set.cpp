@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::uintmax_t kSector = 2048;
+constexpr std::uintmax_t kSectorBytes = 2048;
 
 // Where the tables say, in sectors from the set's begin, where the set and they themselves end, and
 // where the menus and the film begin.
@@ -38,7 +38,7 @@ std::string readTables(const fs::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-std::uintmax_t numberAt(std::string_view tables, std::size_t at) {
+std::uintmax_t sectorsAt(std::string_view tables, std::size_t at) {
     std::uintmax_t number = 0;
     for (const char byte : tables.substr(at, 4))
         number = number << 8U | static_cast<unsigned char>(byte);
@@ -54,11 +54,11 @@ void checkFiles(const std::vector<std::string>& files, std::uintmax_t sectors, b
         bytes += fs::file_size(file);
         found.push_back(file);
     }
-    if (bytes != sectors * kSector) {
+    if (bytes != sectors * kSectorBytes) {
         throw std::runtime_error(
             fmt::format("{} has {} bytes instead of {}",
                         fs::path(found.empty() ? files.front() : found.back()).filename().string(),
-                        bytes, sectors * kSector));
+                        bytes, sectors * kSectorBytes));
     }
     checkStream(found, isTimed);
 }
@@ -78,11 +78,11 @@ void checkTitleSet(const std::string& folder, int number, bool isTimed) {
                                              fs::path(backup).filename().string(),
                                              fs::path(path("0", "IFO")).filename().string()));
     }
-    if (tables.size() < kSector) throw std::runtime_error("its tables are too short");
+    if (tables.size() < kSectorBytes) throw std::runtime_error("its tables are too short");
     // The backup is the set's last part.
-    const std::uintmax_t end = numberAt(tables, kSetEnd) - numberAt(tables, kTablesEnd);
-    const std::uintmax_t menus = numberAt(tables, kMenus);
-    const std::uintmax_t film = numberAt(tables, kFilm);
+    const std::uintmax_t end = sectorsAt(tables, kSetEnd) - sectorsAt(tables, kTablesEnd);
+    const std::uintmax_t menus = sectorsAt(tables, kMenus);
+    const std::uintmax_t film = sectorsAt(tables, kFilm);
     // Without a stream, the manager's tables name some sectors that are not there.
     if (menus > 0 && (number > 0 || fs::exists(path("0", "VOB"))))
         checkFiles({path("0", "VOB")}, (number > 0 ? film : end) - menus, true);
