@@ -223,8 +223,10 @@ TEST_F(Films, JustPlayWithoutAMenu) {
     Player player(file("plays/disc"));
     EXPECT_EQ(player.place(), "film 1");
     EXPECT_EQ(player.leave(), "film 2");
-    EXPECT_EQ(player.press(DVD_MENU_Title), "film 1");
-    EXPECT_EQ(player.leave(), "film 2");
+    for (const auto key : {DVD_MENU_Title, DVD_MENU_Root}) {
+        EXPECT_EQ(player.press(key), "film 1");
+        EXPECT_EQ(player.leave(), "film 2");
+    }
     EXPECT_EQ(player.leave(), "film 3");
     EXPECT_EQ(player.leave(), "") << "the disc's end";
 }

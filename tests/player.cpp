@@ -45,7 +45,7 @@ Subpicture decoded(const std::vector<std::uint8_t>& coded) {
 }  // namespace
 
 // Each subpicture pack holds a part of one, after the number of its stream.
-void Player::take(std::int32_t event, const Block& block) {
+void Player::keep(std::int32_t event, const Block& block) {
     if (event == DVDNAV_SPU_CLUT_CHANGE)
         std::memcpy(palette_.data(), block.data(), sizeof palette_);
     if (event != DVDNAV_BLOCK_OK) return;

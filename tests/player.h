@@ -18,8 +18,10 @@ struct Subpicture {
 /// A player that also keeps what it is to draw.
 class Player : public check::Player {
   public:
-    /// From where the disc is put in, so that it keeps what comes with that.
-    explicit Player(const std::string& disc) : check::Player(disc) { reset(); }
+    explicit Player(const std::string& disc)
+        : check::Player(disc, [this](auto event, const Block& block) { keep(event, block); }) {
+        start();
+    }
 
     /// The subpicture for wide displays (0) or others (1) of a page that has just been reached.
     Subpicture subpicture(int stream);
@@ -31,10 +33,9 @@ class Player : public check::Player {
     /// The buttons, from 1, to which the up, down, left and right keys lead from a button.
     std::string arrowsFrom(int number);
 
-  protected:
-    void take(std::int32_t event, const Block& block) override;
-
   private:
+    void keep(std::int32_t event, const Block& block);
+
     std::array<std::uint32_t, 16> palette_{};
     std::array<std::vector<std::uint8_t>, 2> subpictures_;  ///< as they are coded
 };

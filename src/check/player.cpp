@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <stdexcept>
+#include <utility>
 
 namespace tkv::check {
 
@@ -22,12 +23,10 @@ constexpr int kMostPacks = 1000;
 
 }  // namespace
 
-Player::Player(const std::string& disc) {
+Player::Player(const std::string& disc, Taker taker) : taker_(std::move(taker)) {
     const dvdnav_logger_cb silent{[](void*, dvdnav_logger_level_t, const char*, va_list) {}};
     if (dvdnav_open2(&nav_, this, &silent, disc.c_str()) != DVDNAV_STATUS_OK)
         throw std::runtime_error("there is no disc at " + disc);
-    dvdnav_set_PGC_positioning_flag(nav_, 1);
-    play();
 }
 
 Player::~Player() {
@@ -38,7 +37,7 @@ void Player::fail() const {
     throw std::runtime_error(fmt::format("libdvdnav says: {}", dvdnav_err_to_string(nav_)));
 }
 
-void Player::reset() {
+void Player::start() {
     if (dvdnav_reset(nav_) != DVDNAV_STATUS_OK) fail();
     dvdnav_set_PGC_positioning_flag(nav_, 1);
     play();
@@ -90,7 +89,7 @@ std::string Player::play() {
             std::memcpy(&change, block_.data(), sizeof change);
             titleSet_ = change.new_vtsN;
         }
-        take(event, block_);
+        if (taker_) taker_(event, block_);
     }
     throw std::runtime_error("no navigation pack for long");
 }

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace tkv::check {
@@ -12,12 +13,18 @@ namespace tkv::check {
 /// A DVD player without a screen. It throws std::runtime_error where a disc does not go on.
 class Player {
   public:
-    explicit Player(const std::string& disc);
-    virtual ~Player();
+    using Block = std::array<std::uint8_t, DVD_VIDEO_LB_LEN>;
+
+    /// Is told each event but that of a navigation pack, and what comes with it.
+    using Taker = std::function<void(std::int32_t event, const Block& block)>;
+
+    /// Nothing plays before start.
+    explicit Player(const std::string& disc, Taker taker = {});
+    ~Player();
     Player(Player&&) = delete;
 
-    /// Puts the disc in anew.
-    void reset();
+    /// Puts the disc in, or once more.
+    void start();
 
     /// Where it is: "film 1" and so on, "films-1" for a page of the films, "film-2-chapters-1" for
     /// one of its chapters; empty when the disc has stopped. A menu is known by what is shown
@@ -58,16 +65,12 @@ class Player {
     std::string playFilm(int number);
 
   protected:
-    using Block = std::array<std::uint8_t, DVD_VIDEO_LB_LEN>;
-
-    /// Is told each event but that of a navigation pack, and what comes with it.
-    virtual void take(std::int32_t /*event*/, const Block& /*block*/) {}
-
     dvdnav_t* nav() const { return nav_; }
 
   private:
     [[noreturn]] void fail() const;
 
+    Taker taker_;
     dvdnav_t* nav_ = nullptr;
     Block block_{};
     int titleSet_ = 0;

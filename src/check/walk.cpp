@@ -93,7 +93,7 @@ class Checker {
     }
 
     void walk(Player& player, const std::vector<Step>& steps) {
-        if (!attempt("The disc's start", [&] { player.reset(); }) ||
+        if (!attempt("The disc's start", [&] { player.start(); }) ||
             !isAt(player, "The disc's start", expected_.start))
             return;
         for (const Step& step : steps) {
