@@ -50,7 +50,7 @@ void expectEnd(const std::string& what) {
 
 void tell(const std::string& line) {
     fmt::print("{}\n", line);
-    std::fflush(stdout);
+    static_cast<void>(std::fflush(stdout));
 }
 
 std::string counted(int count, std::string_view what) {

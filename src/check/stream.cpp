@@ -30,8 +30,9 @@ constexpr std::int64_t kTick = 300;
 constexpr std::int64_t kSecond = 27'000'000;
 
 // A player reads 10.08 Mb/s. Who multiplexes may round each pack's time down to a tick.
-constexpr int kMostRate = 25'200;  // in units of 50 bytes a second
-constexpr std::int64_t kShortestStep = kPack * kSecond / (kMostRate * 50) - kTick;
+constexpr std::int64_t kMostRate = 25'200;  // in units of 50 bytes a second
+constexpr std::int64_t kShortestStep =
+    static_cast<std::int64_t>(kPack) * kSecond / (kMostRate * 50) - kTick;
 
 // What a player keeps of a picture's stream, and the pack in which the next picture begins.
 constexpr std::int64_t kVideoBuffer = 232 << 10;

@@ -73,11 +73,10 @@ class Viewer {
             showFilms({shown->page, shown->button});
         } else if (std::holds_alternative<ShowChapters>(action)) {
             showChapters({*shownPage(*plan_, action), 0});
-        } else if (std::holds_alternative<BackToFilms>(action)) {
-            showFilms(films_);
         } else if (std::holds_alternative<StopDisc>(action)) {
             isStopped_ = true;
-        } else if (chapters_ || std::holds_alternative<BackToChapters>(action)) {
+        } else if (std::holds_alternative<BackToChapters>(action) ||
+                   (std::holds_alternative<BackToStart>(action) && chapters_)) {
             showChapters(chapters_.value_or(Place(plan_->films[film()].chapterPages.first, 0)));
         } else {
             showFilms(films_);
