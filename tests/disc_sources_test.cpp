@@ -103,7 +103,8 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
     const std::string stripes = "-f lavfi -i testsrc2=s=320x180:r=25:d=1 ";
     make("film.mp4", stripes);
     make("hopeless.mkv", stripes);
-    make("clear.ts", stripes + "-mpegts_m2ts_mode 1");
+    // Its only keyframe is the first.
+    make("clear.ts", "-f lavfi -i testsrc2=s=320x180:r=25:d=6 -g 999 -mpegts_m2ts_mode 1");
     // As encrypted: each packet says so.
     const auto mark = [&](const char* from, const char* to, std::size_t bytes, std::size_t place,
                           int bits) {
@@ -142,7 +143,7 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
     EXPECT_EQ(said.find("Encoding film.mp4"), said.rfind("Encoding film.mp4")) << said;
     Player player(file("out/disc"));
     EXPECT_EQ(player.press(2), "film 2");
-    EXPECT_EQ(player.leave(), "films 1");
+    EXPECT_EQ(player.leave(), "films-1");
     EXPECT_FALSE(fs::exists(file("out/disc/VIDEO_TS/VTS_03_1.VOB")));
 }
 

@@ -186,8 +186,8 @@ Arguments jpegArguments(const std::string& pattern) {
 
 // ffmpeg finds a place in a program stream by its times, not by its keyframes, so it enters a film
 // well before the wanted moment.
-double entryBefore(double seconds) {
-    return std::max(0.0, std::floor(seconds) - 2);
+double entryBefore(double seconds, double lead = 2) {
+    return std::max(0.0, std::floor(seconds) - std::ceil(lead));
 }
 
 // Half a frame before the wanted time, the wanted frame is still to come.
@@ -271,7 +271,7 @@ Arguments pictureCommand(const Film& film, const SourceColors& colors, const Mom
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;
     const double last = std::max(0.0, film.seconds - (moment.isExact ? 0.1 : tail));
     const double seconds = std::clamp(moment.seconds, 0.0, last);
-    const double start = moment.isExact ? entryBefore(seconds) : seconds;
+    const double start = moment.isExact ? entryBefore(seconds, moment.lead) : seconds;
     Arguments arguments = ffmpegStart();
     append(arguments, {"-noaccurate_seek"});
     if (!moment.isExact) append(arguments, {"-skip_frame", "nokey"});

@@ -53,6 +53,8 @@ Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversio
 struct Moment {
     double seconds = 0;  ///< of the film as it came
     bool isExact = false;
+    /// Seconds before it, for its own frame, where decoding begins: a keyframe lies in between.
+    double lead = 2;
 };
 
 /// Takes one picture at a moment, as a JPEG.

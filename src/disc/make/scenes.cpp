@@ -36,6 +36,17 @@ bool hasKeyframeAt(const Film& film, double seconds) {
     return next != film.keyframes.begin() && seconds - *(next - 1) <= kNear;
 }
 
+// How long before a moment its film is to be entered, each longer than the one before. Only streams
+// without an index are entered between two keyframes.
+std::vector<double> leadsTo(const Film& film, double seconds) {
+    constexpr double kShort = 2, kLong = 30;
+    if (!film.container.starts_with("mpeg")) return {kShort};
+    if (film.keyframes.empty()) return {kShort, kLong};
+    const auto next = std::ranges::upper_bound(film.keyframes, seconds);
+    const double keyframe = next == film.keyframes.begin() ? 0 : *(next - 1);
+    return {seconds - keyframe + kShort};
+}
+
 double brightness(std::uint32_t pixel) {
     const std::uint32_t red = pixel >> 16 & 255U, green = pixel >> 8 & 255U, blue = pixel & 255U;
     return 0.299 * red + 0.587 * green + 0.114 * blue;
@@ -93,8 +104,12 @@ Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Wo
     const double length = std::max(0.0, span.until - span.from);
     for (const double place : kPlaces) {
         const double seconds = span.from + place * length;
-        const Moment moment{seconds, length == 0 || !hasKeyframeAt(film.film, seconds)};
-        const std::optional<Taken> taken = takePicture(film, moment, raster, workshop);
+        Moment moment{seconds, length == 0 || !hasKeyframeAt(film.film, seconds)};
+        std::optional<Taken> taken;
+        for (const double lead : leadsTo(film.film, seconds)) {
+            moment.lead = lead;
+            if (!taken) taken = takePicture(film, moment, raster, workshop);
+        }
         if (taken && taken->contrast > bestContrast) {
             bestContrast = taken->contrast;
             best = {seconds, taken->name, bestContrast >= kEnough || length == 0};

@@ -86,9 +86,9 @@ std::string Tools::run(Program program, const Failure& failure) const {
     };
     program.folder = folder_;
     program.hiddenVariables.assign(kHiddenVariables.begin(), kHiddenVariables.end());
-    program.command = guardedCommand(program.command);
     const std::vector<std::string> command = program.command;
     const std::string name = command.front();
+    program.command = guardedCommand(command);
     program.command.front() = programPath(name);
     if (program.command.front().empty()) complainMissing(name);
     const ProgramEnd end = runProgram(std::move(program), stop_);
