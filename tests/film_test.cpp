@@ -103,7 +103,7 @@ TEST(FilmPicture, KeepsTheMotionOfEveryRate) {
         {video({25, 1}), kPal, 1, FieldSource::none, false},
         {video({24, 1}), kPal, 25.0 / 24, FieldSource::none, true},
         {video({24000, 1001}), kPal, 25.025 / 24, FieldSource::none, true},
-        {video({24000, 1001}), kNtsc, 1, FieldSource::pulldown, false},
+        {video({24000, 1001}), kNtsc, 1, FieldSource::none, false},
         {video({30, 1}), kPal, 1, FieldSource::none, true},
         {video({30, 1}), kNtsc, 1, FieldSource::none, false},
         {video({25, 1}), kNtsc, 1, FieldSource::none, true},

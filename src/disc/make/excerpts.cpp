@@ -86,12 +86,12 @@ WantedExcerpt wantedExcerpt(const DiscFilm& film, const Excerpt& excerpt,
     const StandardFacts facts = factsOf(conversion.standard);
     const auto frameAt = [&](double seconds) {
         const double frame = seconds / conversion.speed * facts.frameRate.perSecond();
-        return static_cast<int>(std::round(std::min<double>(frame, conversion.frames)));
+        return static_cast<int>(std::round(std::min<double>(frame, conversion.shownFrames())));
     };
     std::vector<int> begins;
     begins.reserve(scenes.size());
     for (const Scene& scene : scenes)
-        begins.push_back(std::clamp(frameAt(scene.seconds), 0, conversion.frames - 1));
+        begins.push_back(std::clamp(frameAt(scene.seconds), 0, conversion.shownFrames() - 1));
     const Loop loop = loopOf(begins, frameAt(excerpt.end), facts);
     WantedExcerpt wanted;
     wanted.lead = loop.lead;

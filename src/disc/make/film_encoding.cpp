@@ -11,6 +11,7 @@ namespace tkv::disc {
 
 namespace {
 
+constexpr int kMuxRate = 10'080'000;  // bit/s
 constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
 
@@ -26,7 +27,8 @@ Arguments dvdOutput(const std::string& path) {
     Arguments arguments = {"-map_metadata", "-1", "-map_chapters", "-1", "-f", "dvd"};
     // A track may begin minutes after the picture.
     append(arguments, {"-max_muxing_queue_size", "16384"});
-    append(arguments, {"-muxrate", "10080000", "-packetsize", "2048", "file:" + path});
+    append(arguments,
+           {"-muxrate", fmt::format("{}", kMuxRate), "-packetsize", "2048", "file:" + path});
     return arguments;
 }
 
@@ -71,14 +73,13 @@ std::vector<int> groupsBetween(int chapter, int next, int longest) {
 
 // The times of the keyframes that the encoder would not choose by itself, each that of a frame.
 std::string keyframeTimes(const Conversion& conversion) {
-    const StandardFacts facts = factsOf(conversion.standard);
-    const double rate = facts.frameRate.perSecond();
+    const double rate = conversion.frameRate().perSecond();
     // A closed group ends with a frame that others refer to.
-    const int longest = (facts.keyframeInterval - 1) / (kBFrames + 1) * (kBFrames + 1) + 1;
+    const int longest = (conversion.keyframeInterval() - 1) / (kBFrames + 1) * (kBFrames + 1) + 1;
     std::vector<std::string> times;
     int frame = 0;
     for (const Chapter& chapter : conversion.chapters) {
-        const int next = static_cast<int>(std::lround(chapter.seconds * rate));
+        const int next = conversion.frameAt(chapter.seconds);
         for (const int keyframe : groupsBetween(frame, next, longest))
             times.push_back(fmt::format("{:.6f}", keyframe / rate));
         frame = next;
@@ -86,19 +87,27 @@ std::string keyframeTimes(const Conversion& conversion) {
     return fmt::format("{}", fmt::join(times, ","));
 }
 
+// Pictures that are pulled down go out of a player's buffer up to half a field later than the
+// encoder and the muxer have them go. What arrives meanwhile is to find room, too.
+int bufferOf(const Conversion& conversion) {
+    if (!conversion.isPulledDown) return kPlayerBuffer;
+    constexpr double kHalfField = 1001.0 / 120'000;  // s
+    constexpr int kUnit = 16'384;                    // in which the stream tells it
+    return static_cast<int>((kPlayerBuffer - kMuxRate * kHalfField) / kUnit) * kUnit;
+}
+
 Arguments videoArguments(const Conversion& conversion, int videoRate) {
-    const StandardFacts facts = factsOf(conversion.standard);
+    const FrameRate rate = conversion.frameRate();
     // Of what the encoder offers, trellis quantisation gains most for its time.
-    Arguments arguments = {
-        "-map",     "[film]",
-        "-c:v",     "mpeg2video",
-        "-trellis", "1",
-        "-bf",      std::to_string(kBFrames),
-        "-g",       fmt::format("{}", facts.keyframeInterval),
-        "-r",       fmt::format("{}/{}", facts.frameRate.numerator, facts.frameRate.denominator),
-        "-b:v",     fmt::format("{}k", videoRate),
-        "-maxrate", fmt::format("{}k", conversion.topVideoRate),
-        "-bufsize", "1835008"};  // what every player has
+    Arguments arguments = {"-map",     "[film]",
+                           "-c:v",     "mpeg2video",
+                           "-trellis", "1",
+                           "-bf",      std::to_string(kBFrames),
+                           "-g",       fmt::format("{}", conversion.keyframeInterval()),
+                           "-r",       fmt::format("{}/{}", rate.numerator, rate.denominator),
+                           "-b:v",     fmt::format("{}k", videoRate),
+                           "-maxrate", fmt::format("{}k", conversion.topVideoRate),
+                           "-bufsize", fmt::format("{}", bufferOf(conversion))};
     // A closed group needs nothing of the one before, where a jump has not been. Keyframes stand
     // where they are planned, not where the scene changes.
     append(arguments, {"-flags", conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop",
@@ -115,7 +124,7 @@ std::int64_t samplesOf(double seconds) {
 }
 
 std::int64_t samplesOf(const Conversion& conversion) {
-    return samplesOf(conversion.frames / factsOf(conversion.standard).frameRate.perSecond());
+    return samplesOf(conversion.frames / conversion.frameRate().perSecond());
 }
 
 // What plays a track faster. The first sounds come out of a stretching filter a little late: before
@@ -149,7 +158,7 @@ std::string soundFilters(const Film& film, const Conversion& conversion, const D
 // the one that they tell.
 std::string framesWithin(const Film& film, const Conversion& conversion) {
     constexpr double kFrame = 1.0 * kSamplesOfAc3Frame / kSampleRate;
-    const double seconds = conversion.frames / factsOf(conversion.standard).frameRate.perSecond();
+    const double seconds = conversion.frames / conversion.frameRate().perSecond();
     return fmt::format(
         "setts=ts=TS-{:.6f}*DURATION,noise=drop='lte(pts+duration,0)+gt(pts+duration,{:.6f}*"
         "duration)'",
@@ -251,8 +260,9 @@ Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conver
 
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern) {
-    const FrameRate rate = factsOf(conversion.standard).frameRate;
-    const double seconds = range.first / rate.perSecond();
+    const FrameRate rate = conversion.frameRate();
+    const double shown = range.first / factsOf(conversion.standard).frameRate.perSecond();
+    const double seconds = conversion.startOf(conversion.frameAt(shown));
     const double start = entryBefore(seconds);
     Arguments arguments = ffmpegStart();
     append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});

@@ -120,7 +120,7 @@ std::string timed(FrameRate rate, double speed) {
 
 // The film's pictures at the rate that its frames or fields are to have.
 std::string motionFilters(const Conversion& conversion) {
-    const FrameRate frames = factsOf(conversion.standard).frameRate;
+    const FrameRate frames = conversion.frameRate();
     const FrameRate fields{2 * frames.numerator, frames.denominator};
     switch (conversion.fields) {
         case FieldSource::none:
@@ -132,10 +132,17 @@ std::string motionFilters(const Conversion& conversion) {
                    timed(fields, 1);
         case FieldSource::pictures:
             return timed(fields, 1);
-        case FieldSource::pulldown:
-            return timed({24000, 1001}, 1);
     }
     return {};
+}
+
+// Makes the frames that players show of those that are stored: what the next filter gets is evenly
+// spaced. Each fourth picture of cinema comes twice.
+std::string shownFrames(const Conversion& conversion) {
+    if (!conversion.isPulledDown) return {};
+    const FrameRate stored = conversion.frameRate(), shown = factsOf(conversion.standard).frameRate;
+    return fmt::format("settb=1/90000,setpts=N*{}/({}*TB),fps={}/{},", stored.denominator,
+                       stored.numerator, shown.numerator, shown.denominator);
 }
 
 std::string_view weavingFilter(FieldSource source) {
@@ -143,8 +150,6 @@ std::string_view weavingFilter(FieldSource source) {
         case FieldSource::other:
         case FieldSource::pictures:
             return ",interlace=scan=tff:lowpass=complex";
-        case FieldSource::pulldown:
-            return ",telecine=first_field=top:pattern=23";
         default:
             return "";
     }
@@ -175,12 +180,14 @@ std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size
         frames += fmt::format("{}between(n,{},{})", frames.empty() ? "" : "+", range.first,
                               range.first + range.count - 1);
     }
-    return fmt::format("select='{}',{}{}", frames, conversion.hasFields() ? "field=top," : "",
+    return fmt::format("{}select='{}',{}{}", shownFrames(conversion), frames,
+                       conversion.hasFields() ? "field=top," : "",
                        excerptPicture(size, conversion));
 }
 
 std::string excerptFiltersOf(PixelSize size, const Conversion& conversion) {
-    return "bwdif=send_frame:deint=interlaced," + excerptPicture(size, conversion);
+    return fmt::format("{}bwdif=send_frame:deint=interlaced,{}", shownFrames(conversion),
+                       excerptPicture(size, conversion));
 }
 
 std::string stillFilters(const VideoTrack& video, const SourceColors& colors,

@@ -8,6 +8,7 @@
 
 #include "disc/make/film_damage.h"
 #include "disc/make/film_loudness.h"
+#include "disc/make/pulldown.h"
 #include "disc/make/scenes.h"
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
@@ -49,7 +50,7 @@ std::string damageName(const std::string& film) {
 
 void expectFrames(const DiscFilm& film, int written) {
     const Conversion& conversion = film.conversion;
-    const double seconds = written / factsOf(conversion.standard).frameRate.perSecond();
+    const double seconds = written / conversion.frameRate().perSecond();
     if (seconds >= conversion.seconds * 0.99 - 0.5) return;
     throw DiscError(fmt::format("Only {} of the {} of {} could be read. Is the file damaged?",
                                 timeText(seconds), timeText(conversion.seconds), film.request.path),
@@ -148,7 +149,8 @@ void FilmMaker::encode(const DiscFilm& film, const std::string& name,
     }
     encodeAgain(film, std::move(run), made);
     interleave(film, made);
-
+    // Whatever multiplexes it anew would give it other times.
+    if (conversion.isPulledDown) pullDown(workshop_.path(made), workshop_.tools().stop());
     workshop_.finish(name);
     excerpts.handOut();
 }

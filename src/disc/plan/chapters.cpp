@@ -30,8 +30,7 @@ double nearest(const std::vector<double>& sorted, double value) {
 double entryPoint(const Film& film, double seconds, const Conversion& conversion) {
     if (conversion.isCopied)
         return film.keyframes.empty() ? seconds : nearest(film.keyframes, seconds);
-    const double rate = factsOf(conversion.standard).frameRate.perSecond();
-    return std::round(seconds / conversion.speed * rate) / rate;
+    return conversion.startOf(conversion.frameAt(seconds / conversion.speed));
 }
 
 // Sorted, the first at 0, none too near to another or the end.

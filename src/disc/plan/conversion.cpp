@@ -14,7 +14,7 @@ namespace tkv::disc {
 
 namespace {
 
-constexpr double kFilmRate = 24000.0 / 1001;  // cinema's 24, as television writes it
+constexpr FrameRate kFilmRate{24'000, 1001};  // cinema's 24, as television writes it
 
 // Rates a thousandth apart, as 24 and 23.976, are one rate by two names.
 bool isNear(double a, double b) {
@@ -22,7 +22,7 @@ bool isNear(double a, double b) {
 }
 
 bool isCinema(double rate) {
-    return isNear(rate, kFilmRate) || isNear(rate, 24);
+    return isNear(rate, kFilmRate.perSecond()) || isNear(rate, 24);
 }
 
 // Does each moment of one rate fall on one of the other, or nearly so?
@@ -44,7 +44,6 @@ FieldSource fieldsOf(const VideoTrack& video, Standard standard) {
         return isOwn ? FieldSource::kept : FieldSource::other;
     }
     if (rate >= 47.5) return FieldSource::pictures;
-    if (standard == Standard::ntsc && isCinema(rate)) return FieldSource::pulldown;
     return FieldSource::none;
 }
 
@@ -56,7 +55,6 @@ void decideMotion(const VideoTrack& video, Conversion& conversion) {
     conversion.isTopFirst = video.fields == Fields::topFirst;
     switch (conversion.fields) {
         case FieldSource::kept:
-        case FieldSource::pulldown:
             return;
         case FieldSource::other:
             conversion.note = noteOn(2 * rate, 2 * discRate);
@@ -67,19 +65,27 @@ void decideMotion(const VideoTrack& video, Conversion& conversion) {
         case FieldSource::none:
             break;
     }
-    if (conversion.standard == Standard::pal && isCinema(rate)) {
-        const bool isWhole = std::abs(rate - 24) < std::abs(rate - kFilmRate);
-        conversion.speed = discRate / (isWhole ? 24 : kFilmRate);
+    if (isCinema(rate) && conversion.standard == Standard::ntsc) {
+        conversion.isPulledDown = true;
+        return;
+    }
+    if (isCinema(rate)) {
+        const double television = kFilmRate.perSecond();
+        const bool isWhole = std::abs(rate - 24) < std::abs(rate - television);
+        conversion.speed = discRate / (isWhole ? 24 : television);
         conversion.note = "its 24 pictures a second play as 25, 4 % faster";
         return;
     }
     conversion.note = noteOn(rate, discRate);
 }
 
+int framesIn(double seconds, const FrameRate& rate) {
+    return static_cast<int>(std::lround(seconds * rate.perSecond()));
+}
+
 void decideLength(const Film& film, Conversion& conversion) {
-    const double rate = factsOf(conversion.standard).frameRate.perSecond();
     conversion.seconds = film.seconds / conversion.speed;
-    conversion.frames = std::max(1, static_cast<int>(std::lround(conversion.seconds * rate)));
+    conversion.frames = std::max(1, framesIn(conversion.seconds, conversion.frameRate()));
 }
 
 // Whether a film stands better in a frame of 16:9 than in one of 4:3.
@@ -186,6 +192,28 @@ void setSound(const Film& film, int stereoRate, Conversion& conversion) {
     }
     if (conversion.tracks.empty()) conversion.soundRate = kStereoRate;
     conversion.topVideoRate = kTopRate - conversion.soundRate;
+}
+
+FrameRate Conversion::frameRate() const {
+    return isPulledDown ? kFilmRate : factsOf(standard).frameRate;
+}
+
+int Conversion::keyframeInterval() const {
+    // A group may last 36 fields, and 14 pictures last 35.
+    return isPulledDown ? 14 : factsOf(standard).keyframeInterval;
+}
+
+int Conversion::shownFrames() const {
+    return std::max(1, framesIn(seconds, factsOf(standard).frameRate));
+}
+
+int Conversion::frameAt(double time) const {
+    return framesIn(time, frameRate());
+}
+
+double Conversion::startOf(int frame) const {
+    const double rate = factsOf(standard).frameRate.perSecond();
+    return isPulledDown ? fieldsBefore(frame) / (2 * rate) : frame / rate;
 }
 
 Placement placedIn(PixelSize raster, double rasterAspect, double aspect, PixelSize step) {

@@ -30,13 +30,18 @@ constexpr Raster ofSquares(PixelSize size) {
     return {size, static_cast<double>(size.width) / size.height};
 }
 
+/// The fields that players show before a picture of cinema's 24 a second on an NTSC disc: three for
+/// one picture and two for the next. A picture before the first, of which there is none, has two.
+constexpr int fieldsBefore(int picture) {
+    return (5 * picture + 1) / 2;
+}
+
 /// Where the disc's fields, two moments of time in a frame, come from.
 enum class FieldSource {
     none,      ///< there are none: it is progressive
     kept,      ///< the film's own fields
     other,     ///< the film's fields, of which others are made for this standard's rate
     pictures,  ///< a field of each frame of a film of 48 or more a second
-    pulldown,  ///< 2:3 pulldown of a film of 24 frames a second
 };
 
 /// Where a film's picture lies in a raster; the rest is black. Columns and rows from the top left.
@@ -68,13 +73,14 @@ struct Conversion {
     Standard standard = Standard::pal;
     bool isCopied = false;  ///< its pictures and sound stay as they are
     FieldSource fields = FieldSource::none;
-    bool isTopFirst = false;  ///< of the film's own fields: is the upper one shown first?
-    double speed = 1;         ///< the disc's film plays this much faster, its sound too
-    bool keepsPitch = true;   ///< then: does the sound keep its pitch, or rise with the speed?
-    int frames = 1;           ///< of the disc's film
-    double seconds = 0;       ///< of the disc's film
-    bool isWide = false;      ///< is its frame 16:9, or else 4:3?
-    Placement placement{};    ///< in that frame
+    bool isPulledDown = false;  ///< is it cinema's 24 pictures, with flags that make them 29.97?
+    bool isTopFirst = false;    ///< of the film's own fields: is the upper one shown first?
+    double speed = 1;           ///< the disc's film plays this much faster, its sound too
+    bool keepsPitch = true;     ///< then: does the sound keep its pitch, or rise with the speed?
+    int frames = 1;             ///< of the disc's film, as they are stored
+    double seconds = 0;         ///< of the disc's film
+    bool isWide = false;        ///< is its frame 16:9, or else 4:3?
+    Placement placement{};      ///< in that frame
     SourceColors colors;
     std::vector<DiscTrack> tracks;  ///< none: the disc's film has a silent one
     int soundRate = 0;              ///< kb/s, of all tracks together
@@ -86,6 +92,17 @@ struct Conversion {
     std::string note;  ///< what is worth telling about its motion, in some words; mostly empty
 
     bool hasFields() const { return fields != FieldSource::none; }
+
+    /// Of the disc's film, as they are stored.
+    FrameRate frameRate() const;
+    /// Frames at most from one keyframe to the next, as they are stored.
+    int keyframeInterval() const;
+    /// The frames that players show, in the standard's rate.
+    int shownFrames() const;
+    /// The frame, as they are stored, that is shown at a time in seconds, or begins next to it.
+    int frameAt(double time) const;
+    /// When a frame begins to be shown.
+    double startOf(int frame) const;
 };
 
 /// The conversion of a film, whose frames have been counted, but for its chapters, rates of the

@@ -12,6 +12,9 @@ inline constexpr int kRasterWidth = 720;
 /// The two television standards that DVD-Video knows.
 enum class Standard { pal, ntsc };
 
+/// Bits of a film's picture that every player holds.
+inline constexpr int kPlayerBuffer = 112 * 16'384;
+
 /// A rate of frames as a fraction, as film files give it.
 struct FrameRate {
     int numerator = 0;
