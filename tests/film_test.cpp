@@ -10,6 +10,7 @@
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_setting.h"
 #include "disc/make/page_request.h"
+#include "disc/make/pulldown.h"
 #include "disc/make/text_fit.h"
 #include "disc/run/terminal_progress.h"
 #include "support.h"
@@ -66,6 +67,7 @@ Film encoded(const TempFolder& folder, const Film& film, Conversion conversion,
     conversion.topVideoRate = 8000;
     const std::string output = folder.file("encoded.mpg");
     runQuietly(encodingCommand(film, conversion, encoder, output));
+    if (conversion.isPulledDown) pullDown(output, ProgramStop());
     Film result = probed(output);
     EXPECT_EQ(whyNotDvdReady(result, conversion.standard), "");
     EXPECT_EQ(result.frames, conversion.frames);
@@ -99,11 +101,13 @@ TEST(FilmPicture, KeepsTheMotionOfEveryRate) {
         double speed;
         FieldSource fields;
         bool isNoted;
+        bool isPulledDown = false;
     } cases[] = {
         {video({25, 1}), kPal, 1, FieldSource::none, false},
         {video({24, 1}), kPal, 25.0 / 24, FieldSource::none, true},
         {video({24000, 1001}), kPal, 25.025 / 24, FieldSource::none, true},
-        {video({24000, 1001}), kNtsc, 1, FieldSource::none, false},
+        {video({24000, 1001}), kNtsc, 1, FieldSource::none, false, true},
+        {video({24, 1}), kNtsc, 1, FieldSource::none, false, true},
         {video({30, 1}), kPal, 1, FieldSource::none, true},
         {video({30, 1}), kNtsc, 1, FieldSource::none, false},
         {video({25, 1}), kNtsc, 1, FieldSource::none, true},
@@ -121,6 +125,7 @@ TEST(FilmPicture, KeepsTheMotionOfEveryRate) {
         SCOPED_TRACE(row.video.frameRate.perSecond());
         EXPECT_NEAR(conversion.speed, row.speed, 1e-6);
         EXPECT_EQ(conversion.fields, row.fields);
+        EXPECT_EQ(conversion.isPulledDown, row.isPulledDown);
         EXPECT_EQ(!conversion.note.empty(), row.isNoted) << conversion.note;
     }
 }
@@ -250,44 +255,110 @@ TEST(FilmEncoding, StandsUprightWithASilentTrack) {
     EXPECT_EQ(result.audio[0].channels, 2);
 }
 
+/// Frames of cinema on NTSC are those that a player shows, of four pictures one twice.
 TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
-    const TempFolder folder;
-    // A frame's grey is its number.
-    const Film film = made(folder, "film.mkv",
-                           "-f lavfi -i 'color=black:s=64x48:d=0.8:r=25,format=gray,"
-                           "geq=lum=16+10*N,scale=768:576:in_range=tv:out_range=tv,format=yuv420p' "
-                           "-c:v ffv1");
-    const Conversion conversion = conversionOf(film, kPal, false);
-    EncoderRun encoder;
-    encoder.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
-                        {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
-    const Film result = encoded(folder, film, conversion, encoder);
-    runQuietly(excerptCommand(result.source.path, conversion, {8, 3}, {160, 120},
-                              folder.file("c%06d.jpg")));
-    const auto expectFrame = [&](const std::string& name, int frame) {
-        const int grey = static_cast<int>(std::lround(frame * 10 * 255 / 219.0));
-        const Bitmap picture = decodePicture(folder.file(name)).value();
-        EXPECT_TRUE(near(pixel(picture, 80, 60), {grey, grey, grey, 255}, 4)) << name;
-    };
-    const int frames[] = {2, 3, 8, 9, 10};
-    for (int i = 0; i < 5; ++i)
-        expectFrame(fmt::format("a{:06}.jpg", i), frames[i]);
-    expectFrame("b000000.jpg", 19);
-    for (int i = 0; i < 3; ++i)
-        expectFrame(fmt::format("c{:06}.jpg", i), 8 + i);
-    EXPECT_FALSE(fs::exists(folder.file("a000005.jpg")));
-    EXPECT_FALSE(fs::exists(folder.file("c000003.jpg")));
+    for (const char* rate : {"25", "24000/1001"}) {
+        const TempFolder folder;
+        const bool isPal = rate == std::string("25");
+        // A picture's grey is its number.
+        const Film film = made(
+            folder, "film.mkv",
+            fmt::format("-f lavfi -i 'color=black:s=64x48:d=0.8:r={},format=gray,"
+                        "geq=lum=16+10*N,scale=768:576:in_range=tv:out_range=tv,format=yuv420p' "
+                        "-c:v ffv1",
+                        rate));
+        const Conversion conversion = conversionOf(film, isPal ? kPal : kNtsc, false);
+        EncoderRun encoder;
+        encoder.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
+                            {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
+        const Film result = encoded(folder, film, conversion, encoder);
+        runQuietly(excerptCommand(result.source.path, conversion, {10, 3}, {160, 120},
+                                  folder.file("c%06d.jpg")));
+        const auto expectFrame = [&](const std::string& name, int frame) {
+            const int picture = isPal ? frame
+                                      : frame / 5 * 4 + std::array{0, 1, 1, 2, 3}.at(
+                                                            static_cast<std::size_t>(frame % 5));
+            const int grey = static_cast<int>(std::lround(picture * 10 * 255 / 219.0));
+            const Bitmap shown = decodePicture(folder.file(name)).value();
+            EXPECT_TRUE(near(pixel(shown, 80, 60), {grey, grey, grey, 255}, 4)) << name << rate;
+        };
+        const int frames[] = {2, 3, 8, 9, 10};
+        for (int i = 0; i < 5; ++i)
+            expectFrame(fmt::format("a{:06}.jpg", i), frames[i]);
+        expectFrame("b000000.jpg", 19);
+        for (int i = 0; i < 3; ++i)
+            expectFrame(fmt::format("c{:06}.jpg", i), 10 + i);
+        EXPECT_FALSE(fs::exists(folder.file("a000005.jpg")));
+        EXPECT_FALSE(fs::exists(folder.file("c000003.jpg")));
+    }
 }
 
-/// One film is hard to encode, and the other leaves little room.
+/// Pictures are large and small, so that their headers lie anywhere in packets.
+TEST(FilmEncoding, PullsCinemaDown) {
+    const TempFolder folder;
+    const Film film = made(folder, "film.mkv",
+                           "-f lavfi -i \"testsrc2=s=720x480:r=24000/1001:d=2,noise=alls=9:"
+                           "allf=t:enable='lt(t,1)'\" -f lavfi -i sine=d=2 -c:v mpeg4 -q:v 2 "
+                           "-c:a flac");
+    const Conversion conversion = conversionOf(film, kNtsc, false);
+    const std::string output = folder.file("film.mpg");
+    EncoderRun encoder;
+    encoder.videoRate = 8000;
+    runQuietly(encodingCommand(film, conversion, encoder, output));
+    const auto pictures = [&] {
+        return run(fmt::format(
+            "ffmpeg -nostdin -v error -i {} -map 0:v -fps_mode passthrough -f md5 -", output));
+    };
+    const std::string before = pictures();
+    const auto bytes = fs::file_size(output);
+    pullDown(output, ProgramStop());
+    EXPECT_EQ(pictures(), before);
+    EXPECT_EQ(fs::file_size(output), bytes);
+    EXPECT_EQ(whyNotDvdReady(probed(output), kNtsc), "");
+
+    const auto probe = [&](const std::string& words) {
+        return run(
+            fmt::format("ffprobe -v error -select_streams v -of csv=p=0 -show_entries {} {} "
+                        "| sed '/^$/d;s/,$//;s,N/A,-1,g;y/,/ /'",
+                        words, output));
+    };
+    std::string flags;
+    std::vector<double> times{-2 * 1501.5};  // of fields
+    for (int i = 0; i < conversion.frames; ++i) {
+        const bool isFirst = i % 2 == 0;
+        flags += fmt::format("0 {} {}\n", i % 4 % 3 == 0 ? 1 : 0, isFirst ? 1 : 0);
+        times.push_back((i / 2 * 5 + (isFirst ? 0 : 3)) * 1501.5);
+    }
+    EXPECT_EQ(probe("frame=interlaced_frame,top_field_first,repeat_pict"), flags);
+    EXPECT_TRUE(probe("frame_side_data=timecode").ends_with("00:00:01:19\n")) << "39 pictures";
+    // Each is decoded when the one before it, of those that are shown, is shown.
+    std::istringstream packets(probe("packet=pts,dts"));
+    std::size_t coded = 0, timed = 0;
+    double start = 0;
+    for (double pts = 0, dts = 0; packets >> pts >> dts; ++coded) {
+        if (coded == 0) start = pts;
+        if (pts < 0 || dts < 0) continue;
+        ++timed;
+        EXPECT_NEAR(dts - start, times.at(coded), 1) << coded;
+        const auto next = std::ranges::lower_bound(times, pts - start - 1);
+        EXPECT_TRUE(next != times.end() && *next <= pts - start + 1 && dts <= pts) << pts;
+    }
+    EXPECT_EQ(coded, times.size() - 1);
+    EXPECT_GE(timed, coded / 2);
+}
+
+/// One film is hard to encode, and the other leaves little room. Whatever is made of cinema is
+/// pulled down in the end.
 TEST(FilmMaker, EncodesAgainWhatTurnsOutTooLarge) {
     const TempFolder folder;
     const Film film =
         made(folder, "noise.avi",
-             "-f lavfi -i color=gray:s=720x576:r=25:d=1,noise=alls=10:allf=t -c:v mjpeg -q:v 2");
+             "-f lavfi -i color=gray:s=720x480:r=24000/1001:d=1,noise=alls=10:allf=t -c:v mjpeg "
+             "-q:v 2");
     Film hours = film;
     hours.seconds = 17'500;
     Project project;
+    project.standard = kNtsc;
     project.films.resize(2);
     const DiscPlan plan = planDisc(project, {film, hours});
     const std::string name = filmName(plan.films[0]), ffmpeg = run("command -v ffmpeg");
@@ -304,7 +375,9 @@ TEST(FilmMaker, EncodesAgainWhatTurnsOutTooLarge) {
         TerminalProgress quiet(TerminalProgress::Style::quiet);
         Progress progress(quiet);
         FilmMaker(plan, workshop, progress).make(plan.films[0]);
-        EXPECT_EQ(probed(workshop.path(name)).frames, 25);
+        const Film made = probed(workshop.path(name));
+        EXPECT_EQ(made.frames, 24);
+        EXPECT_NEAR(made.video.frameRate.perSecond(), 29.97, 0.001);
         const std::uintmax_t bytes = fs::file_size(workshop.path(name));
         EXPECT_TRUE(!isTwice || bytes < once) << bytes << " instead of " << once;
         once = bytes;
@@ -327,7 +400,9 @@ std::vector<double> onsets(const std::vector<double>& values, double rate) {
 }
 
 /// How much later than each flash of a film its beep begins, in seconds.
-std::vector<double> lateness(const std::string& film, double frameRate) {
+std::vector<double> lateness(const std::string& film) {
+    // Fine enough for pictures that are not evenly spaced.
+    constexpr int kLevels = 3000;
     const auto startOf = [&](const char* stream) {
         return std::stod(
             run(fmt::format("ffprobe -v error -select_streams {}:0 -show_entries "
@@ -335,14 +410,15 @@ std::vector<double> lateness(const std::string& film, double frameRate) {
                             stream, film)));
     };
     std::vector<double> levels, samples;
-    for (const char byte : run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:v -vf "
-                                           "scale=1:1:flags=area,format=gray -f rawvideo -",
-                                           film)))
+    for (const char byte :
+         run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:v -vf scale=1:1:flags=area,"
+                         "format=gray,fps={} -f rawvideo -",
+                         film, kLevels)))
         levels.push_back(static_cast<unsigned char>(byte));
     for (const char byte :
          run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:a:0 -ac 1 -f s8 -", film)))
         samples.push_back(std::abs(static_cast<signed char>(byte)));
-    const std::vector<double> flashes = onsets(levels, frameRate), beeps = onsets(samples, 48000);
+    const std::vector<double> flashes = onsets(levels, kLevels), beeps = onsets(samples, 48000);
     std::vector<double> late;
     for (std::size_t i = 0; i < std::min(flashes.size(), beeps.size()); ++i)
         late.push_back(beeps[i] + startOf("a") - flashes[i] - startOf("v"));
@@ -375,7 +451,7 @@ TEST(FilmEncoding, KeepsSoundInStep) {
         const Film film = probed(folder.file(name));
         const Conversion conversion = conversionOf(film, row.standard, false);
         const Film result = encoded(folder, film, conversion);
-        std::vector<double> late = lateness(result.source.path, result.video.frameRate.perSecond());
+        std::vector<double> late = lateness(result.source.path);
         EXPECT_EQ(late.size(), 3U);
         EXPECT_EQ(film.lost > 0.1, row.cutAt > 0) << film.lost;
         // A copied track begins with its first whole frame.

@@ -411,7 +411,7 @@ TEST(Plan, GivesSoundWhatPicturesLeave) {
 
 /// The seconds of the chapters of a film of 100 s with keyframes every half second.
 std::vector<double> chapterTimes(const std::vector<double>& marks, bool isCopied = false,
-                                 double speed = 1) {
+                                 double speed = 1, bool isPulledDown = false) {
     Film film = filmOf(100);
     for (const double mark : marks)
         film.marks.push_back({mark, ""});
@@ -420,6 +420,8 @@ std::vector<double> chapterTimes(const std::vector<double>& marks, bool isCopied
     Conversion conversion;
     conversion.isCopied = isCopied;
     conversion.speed = speed;
+    if (isPulledDown) conversion.standard = Standard::ntsc;
+    conversion.isPulledDown = isPulledDown;
     conversion.seconds = film.seconds / speed;
     std::vector<double> times;
     for (const Chapter& chapter : chaptersOf({}, film, {}, conversion).chapters)
@@ -434,6 +436,10 @@ TEST(Plan, KeepsChaptersWhereADiscCanHaveThem) {
     EXPECT_EQ(chapterTimes({1.5, 50, 99}), (Times{0, 50}));
     EXPECT_EQ(chapterTimes({0, 10.03, 20.01}), (Times{0, 10.04, 20}));
     EXPECT_EQ(chapterTimes({0, 50}, false, 1.25), (Times{0, 40}));
+    const Times pulled = chapterTimes({0, 10, 20}, false, 1, true);
+    ASSERT_EQ(pulled.size(), 3U);
+    EXPECT_NEAR(pulled[1], 600 * 1001 / 60000.0, 1e-9) << "after 240 pictures";
+    EXPECT_NEAR(pulled[2], 1200 * 1001 / 60000.0, 1e-9) << "a half field before";
     const Times copied = chapterTimes({0, 10, 11}, true);
     ASSERT_EQ(copied.size(), 2U);
     EXPECT_NEAR(copied[1], 10.08, 1e-9);

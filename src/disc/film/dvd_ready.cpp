@@ -39,8 +39,7 @@ bool isAbout(double a, double b) {
 
 std::string reasonOf(const VideoTrack& video, const StandardFacts& facts) {
     if (video.codec != "mpeg2video") return fmt::format("its video is {}", nameOf(video.codec));
-    // 8 is the level of MPEG-2 that is called main.
-    if (video.profile != "Main" || video.level != 8)
+    if (video.profile != "Main" || video.level != kMainLevel)
         return "its video is not of MPEG-2's main profile and level";
     if (video.pixelFormat != "yuv420p") return fmt::format("its pixels are {}", video.pixelFormat);
 

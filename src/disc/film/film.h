@@ -30,6 +30,9 @@ struct AudioTrack {
     double late = 0;              ///< seconds after the film's first frame; below 0: before it
 };
 
+/// The level of MPEG-2 that is called main, that of discs.
+inline constexpr int kMainLevel = 8;
+
 struct VideoTrack {
     int index = 0;                            ///< among all streams of the sources
     std::string codec, profile, pixelFormat;  ///< as ffmpeg calls it

@@ -104,6 +104,11 @@ void readMotion(const Json& stream, VideoTrack& video) {
     const auto average = usable("avg_frame_rate");
     const auto ticks = usable("r_frame_rate");
     video.frameRate = average.value_or(ticks.value_or(FrameRate{25, 1}));
+    // No picture of the main level lasts so short: these are fields, of which flags repeat some.
+    // The average is that of the first pictures only.
+    if (ticks && ticks->perSecond() >= 47.5 && video.codec == "mpeg2video" &&
+        video.level == kMainLevel)
+        video.frameRate = {ticks->numerator, 2 * ticks->denominator};
     video.fields = fieldsOf(textOf(stream, "field_order"));
     // Some containers count fields.
     if (video.fields != Fields::progressive && video.frameRate.perSecond() >= 47.5)

@@ -136,12 +136,12 @@ std::string motionFilters(const Conversion& conversion) {
     return {};
 }
 
-// Makes the frames that players show of those that are stored: what the next filter gets is evenly
-// spaced. Each fourth picture of cinema comes twice.
+// Makes the frames that players show of those that are stored: of four pictures of cinema one comes
+// twice. Theirs is no time in the middle between two frames', which might be rounded up or down.
 std::string shownFrames(const Conversion& conversion) {
     if (!conversion.isPulledDown) return {};
     const FrameRate stored = conversion.frameRate(), shown = factsOf(conversion.standard).frameRate;
-    return fmt::format("settb=1/90000,setpts=N*{}/({}*TB),fps={}/{},", stored.denominator,
+    return fmt::format("settb=1/90000,setpts=(N+0.1)*{}/({}*TB),fps={}/{},", stored.denominator,
                        stored.numerator, shown.numerator, shown.denominator);
 }
 
