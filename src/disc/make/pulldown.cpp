@@ -5,7 +5,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
 #include <cstdint>
 #include <optional>
@@ -64,12 +63,13 @@ class FilmBytes {
         finish();
         start_ += static_cast<off_t>(part_.size());
         part_.resize(kPackBytes * kPacksAtOnce);
-        errno = 0;
+        ssize_t count = 0;
         part_.resize(transferAll(part_.size(), [&](std::size_t done) {
-            return pread(file_.number(), part_.data() + done, part_.size() - done,
-                         start_ + static_cast<off_t>(done));
+            count = pread(file_.number(), part_.data() + done, part_.size() - done,
+                          start_ + static_cast<off_t>(done));
+            return count;
         }));
-        if (errno != 0) failOn(path_, "read");
+        if (count < 0) failOn(path_, "read");
         return part_;
     }
 
