@@ -260,15 +260,17 @@ Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conver
 
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern) {
-    const FrameRate rate = conversion.frameRate();
-    const double shown = range.first / factsOf(conversion.standard).frameRate.perSecond();
-    const double seconds = conversion.startOf(conversion.frameAt(shown));
-    const double start = entryBefore(seconds);
+    const FrameRate rate = factsOf(conversion.standard).frameRate;
+    const int frame = conversion.frameAt(range.first / rate.perSecond());
+    const double seconds = conversion.startOf(frame), start = entryBefore(seconds);
     Arguments arguments = ffmpegStart();
+    // Times that count from the place of entry may be those of the next frame or field. Those of a
+    // copied film need not count from its start.
+    if (!conversion.isCopied) append(arguments, {"-copyts", "-start_at_zero"});
+    const double from = conversion.isCopied ? seconds - start : seconds;
     append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
     append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
-    append(arguments,
-           {"-vf", framesFrom(seconds - start, rate) + excerptFiltersOf(size, conversion)});
+    append(arguments, {"-vf", framesFrom(from, rate) + excerptFiltersOf(size, conversion)});
     append(arguments, {"-frames:v", fmt::format("{}", range.count)});
     append(arguments, jpegArguments(pattern));
     return arguments;

@@ -99,7 +99,7 @@ struct Conversion {
     int keyframeInterval() const;
     /// The frames that players show, in the standard's rate.
     int shownFrames() const;
-    /// The frame, as they are stored, that is shown at a time in seconds, or begins next to it.
+    /// The frame, as they are stored, that begins next to a time in seconds.
     int frameAt(double time) const;
     /// When a frame begins to be shown.
     double startOf(int frame) const;
