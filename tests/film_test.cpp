@@ -324,11 +324,13 @@ TEST(FilmEncoding, PullsCinemaDown) {
                         words, output));
     };
     std::string flags;
-    std::vector<double> times{-2 * 1501.5};  // of fields
+    std::vector<double> times{-2 * 1501.5};
+    int fields = 0;
     for (int i = 0; i < conversion.frames; ++i) {
         const bool isFirst = i % 2 == 0;
         flags += fmt::format("0 {} {}\n", i % 4 % 3 == 0 ? 1 : 0, isFirst ? 1 : 0);
-        times.push_back((i / 2 * 5 + (isFirst ? 0 : 3)) * 1501.5);
+        times.push_back(fields * 1501.5);
+        fields += isFirst ? 3 : 2;
     }
     EXPECT_EQ(probe("frame=interlaced_frame,top_field_first,repeat_pict"), flags);
     EXPECT_TRUE(probe("frame_side_data=timecode").ends_with("00:00:01:19\n")) << "39 pictures";
