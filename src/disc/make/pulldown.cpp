@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <optional>
 #include <span>
 #include <utility>
 #include <vector>
@@ -245,13 +244,13 @@ class Packs {
         const std::int64_t old =
             std::int64_t{bytes[0] & 0x0EU} << 29U | std::int64_t{bytes[1]} << 22U |
             std::int64_t{bytes[2] & 0xFEU} << 14U | std::int64_t{bytes[3]} << 7U | bytes[4] >> 1U;
-        if (!first_) first_ = old;
+        if (first_ < 0) first_ = old;
         // Pictures are decoded one after another as they are shown, each while the one before is
         // shown; so all times are among those at which pictures are shown.
-        const auto ticks = static_cast<double>(old - *first_);
+        const auto ticks = static_cast<double>(old - first_);
         const auto picture = static_cast<int>(std::lround(ticks / kPictureTicks));
         const auto time =
-            static_cast<std::uint64_t>(*first_ + std::llround(fieldsBefore(picture) * kFieldTicks));
+            static_cast<std::uint64_t>(first_ + std::llround(fieldsBefore(picture) * kFieldTicks));
         const std::uint64_t made[] = {(bytes[0] & 0xF1U) | (time >> 29U & 0x0EU), time >> 22U,
                                       time >> 14U | 1U, time >> 7U, time << 1U | 1U};
         for (const std::uint64_t byte : made)
@@ -260,7 +259,7 @@ class Packs {
 
     FilmBytes& film_;
     VideoHeaders headers_;
-    std::optional<std::int64_t> first_;  // when the film begins
+    std::int64_t first_ = -1;  // when the film begins, once that is known
 };
 
 }  // namespace
