@@ -19,6 +19,7 @@
 #include "disc/film/probe.h"
 #include "disc/film/suggestion.h"
 #include "disc/make/cover_pictures.h"
+#include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_maker.h"
 #include "disc/make/scenes.h"
@@ -125,6 +126,7 @@ class DiscMaker {
         findFilms();
         plan(films_.project());
         lookAtFilms();
+        if (!options_.isPreview && isSharedOut(plan_)) shareByHardness();
         for (const std::string& line : planLines(plan_))
             progress_.say(line);
         if (options_.isPreview) {
@@ -201,9 +203,24 @@ class DiscMaker {
         std::size_t number = 0;
         for (const DiscFilm& film : earlier.films) {
             if (faults[film.number]) continue;
-            Conversion& conversion = plan_.films[number++].conversion;
-            if (!conversion.isCopied) conversion.videoRate = film.conversion.videoRate;
+            DiscFilm& same = plan_.films[number++];
+            same.hardness = film.hardness;
+            if (same.conversion.isCopied) continue;
+            same.conversion.videoRate = film.conversion.videoRate;
+            same.conversion.isExact = film.conversion.isExact;
         }
+    }
+
+    void shareByHardness() {
+        sideBySide(plan_.films.size(), stop_, [&](std::size_t number) {
+            DiscFilm& film = plan_.films[number];
+            if (film.conversion.isCopied) return;
+            const Progress::Task task(
+                progress_, fmt::format("Looking at {}", lastComponent(film.request.path)), 0);
+            const Workshop::Lock lock(workshop_, film.film.source.stamp);
+            film.hardness = hardnessOf(film, workshop_);
+        });
+        shareOut(plan_);
     }
 
     void makePreviews() {

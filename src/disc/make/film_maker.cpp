@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "disc/make/film_damage.h"
 #include "disc/make/film_loudness.h"
+#include "disc/make/film_passes.h"
 #include "disc/make/pulldown.h"
 #include "disc/make/scenes.h"
 #include "disc/project/names.h"
@@ -26,16 +26,18 @@ constexpr double kEncodingWeight = 0.15;
 constexpr double kCopyingWeight = 0.01;
 constexpr double kCuttingWeight = 1;
 
-// A film that comes out larger than planned by more is encoded once more, if there is no room.
+// As much time as one pass do two take.
+constexpr double kTwoPasses = 1.7;
+
+// A film that comes out larger than planned by more takes what others need.
 constexpr double kTolerance = 1.03;
 
-double weightOf(const Conversion& conversion) {
-    return conversion.seconds * (conversion.isCopied ? kCopyingWeight : kEncodingWeight);
-}
+// What a film is encoded with at least where the disc would be too large otherwise, in kb/s.
+constexpr int kLowestRate = kLeastVideoRate * 2 / 3;
 
-// What is said where something could not be done with a film: "… could not be encoded".
-Failure failing(const DiscFilm& film, std::string_view what) {
-    return {film.request.path, fmt::format("{} could not be {}", film.request.path, what), ""};
+double weightOf(const Conversion& conversion) {
+    if (conversion.isCopied) return conversion.seconds * kCopyingWeight;
+    return conversion.seconds * kEncodingWeight * (conversion.isExact ? kTwoPasses : 1);
 }
 
 Progress::Task taskFor(Progress& progress, std::string_view doing, const DiscFilm& film,
@@ -46,15 +48,6 @@ Progress::Task taskFor(Progress& progress, std::string_view doing, const DiscFil
 // What is to be told of a film whenever it goes onto a disc.
 std::string damageName(const std::string& film) {
     return Workshop::nameOf("damage", ".txt", {film});
-}
-
-void expectFrames(const DiscFilm& film, int written) {
-    const Conversion& conversion = film.conversion;
-    const double seconds = written / conversion.frameRate().perSecond();
-    if (seconds >= conversion.seconds * 0.99 - 0.5) return;
-    throw DiscError(fmt::format("Only {} of the {} of {} could be read. Is the file damaged?",
-                                timeText(seconds), timeText(conversion.seconds), film.request.path),
-                    film.request.path);
 }
 
 }  // namespace
@@ -71,6 +64,7 @@ std::string filmName(const DiscFilm& film) {
     Arguments inputs = encodingCommand(film.film, conversion, run, "");
     inputs.push_back(source.stamp);
     if (conversion.evensLoudness) inputs.emplace_back("even volume");
+    if (conversion.isExact) inputs.emplace_back("two passes");
     return Workshop::nameOf("film", ".mpg", inputs);
 }
 
@@ -132,22 +126,23 @@ void FilmMaker::encode(const DiscFilm& film, const std::string& name,
                   [&](const WantedExcerpt& excerpt) { return workshop_.has(excerpt.name); });
     ExcerptBatch excerpts(std::move(wanted), name, workshop_);
     run.excerpts = excerpts.outputs();
-    FilmDamage damage(film.film.lost > 0);
     const std::string made = Workshop::unfinished(name);
-    const int frames = workshop_.tools().encode(
-        encodingCommand(film.film, conversion, run, made), failing(film, "encoded"),
-        [&](double seconds) {
-            task.reach(seconds / conversion.seconds);
-            damage.reach(seconds);
-        },
-        Descriptor(-1), [&](std::string_view line) { damage.take(line); });
-    expectFrames(film, frames);
-    if (const std::string sentence = damage.sentence(film.request.path); !sentence.empty()) {
+    FilmPasses passes(film, made + "-pass", workshop_, task);
+    const bool isExact = conversion.isExact || run.videoRate < conversion.bestVideoRate();
+    const bool isTwice = isExact && passes.encodeTwice(run, made);
+    if (!isTwice) passes.encodeOnce(run, made);
+    if (const std::string& sentence = passes.damage(); !sentence.empty()) {
         const std::string damaged = damageName(name);
         writeText(workshop_.path(Workshop::unfinished(damaged)), sentence);
         workshop_.finish(damaged);
     }
-    encodeAgain(film, std::move(run), made);
+    const int rate = fittingRate(film, run.videoRate, bytesOf(made));
+    if (rate < run.videoRate && isTwice == isExact) {
+        run.videoRate = rate;
+        run.excerpts.clear();
+        const std::string again = made + "-again.mpg";
+        if (passes.encodeTwice(run, again)) fs::rename(workshop_.path(again), workshop_.path(made));
+    }
     interleave(film, made);
     // Whatever multiplexes it anew would give it other times.
     if (conversion.isPulledDown) pullDown(workshop_.path(made), workshop_.tools().stop());
@@ -170,32 +165,6 @@ void FilmMaker::interleave(const DiscFilm& film, const std::string& output) cons
     workshop_.tools().encode(interleaveCommand(encoded, film.conversion, output),
                              failing(film, "put together"));
     fs::remove(workshop_.path(encoded));
-}
-
-// In two passes the encoder keeps to the rate, which hard material makes it miss in one.
-void FilmMaker::encodeAgain(const DiscFilm& film, EncoderRun run, const std::string& output) {
-    const Conversion& conversion = film.conversion;
-    const auto planned = filmBytes(conversion.seconds, run.videoRate + conversion.soundRate);
-    const bool isAtBest = run.videoRate >= std::min(kBestVideoRate, conversion.topVideoRate);
-    const auto bytes = static_cast<double>(fs::file_size(workshop_.path(output)));
-    if (isAtBest || bytes <= kTolerance * static_cast<double>(planned)) return;
-    run.excerpts.clear();
-    run.passLog = output + "-pass";
-    const std::string again = output + "-again.mpg";
-    try {
-        int frames = 0;
-        for (const Pass pass : {Pass::first, Pass::second}) {
-            run.pass = pass;
-            frames = workshop_.tools().encode(encodingCommand(film.film, conversion, run, again),
-                                              failing(film, "encoded"));
-        }
-        expectFrames(film, frames);
-    } catch (const DiscError&) {
-        // ffmpeg gives a second pass up when the rate is too low for what is next to noise. The
-        // first result is whole.
-        return;
-    }
-    fs::rename(workshop_.path(again), workshop_.path(output));
 }
 
 void FilmMaker::cut(const DiscFilm& film, const std::string& name, const WantedExcerpt& wanted) {
@@ -229,9 +198,28 @@ int FilmMaker::rateNow(const DiscFilm& film) {
     return rate;
 }
 
+// The rate for a film that came out `bytes` large at `rate`: a lower one if others lack the room.
+int FilmMaker::fittingRate(const DiscFilm& film, int rate, std::int64_t bytes) {
+    const std::lock_guard lock(mutex_);
+    DiscLoad::Film& load = load_.films[film.number];
+    const auto planned = static_cast<double>(std::exchange(load.bytes, bytes));
+    const auto made = static_cast<double>(bytes);
+    double room = made - static_cast<double>(shareRates(load_, plan_.size).missing);
+    if (rate < film.conversion.bestVideoRate() && made > kTolerance * planned)
+        room = std::min(room, planned);
+    if (room >= made) return rate;
+    const int whole = rate + load.soundRate;
+    const auto fitting = static_cast<int>(whole * room / made) - load.soundRate;
+    return std::clamp(fitting, kLowestRate, rate);
+}
+
 void FilmMaker::noteMade(const DiscFilm& film, const std::string& name) {
     const std::lock_guard lock(mutex_);
-    load_.films[film.number].bytes = static_cast<std::int64_t>(fs::file_size(workshop_.path(name)));
+    load_.films[film.number].bytes = bytesOf(name);
+}
+
+std::int64_t FilmMaker::bytesOf(const std::string& name) const {
+    return static_cast<std::int64_t>(fs::file_size(workshop_.path(name)));
 }
 
 }  // namespace tkv::disc

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -29,11 +30,12 @@ class FilmMaker {
   private:
     void copy(const DiscFilm& film, const std::string& name);
     void encode(const DiscFilm& film, const std::string& name, std::vector<WantedExcerpt> wanted);
-    void encodeAgain(const DiscFilm& film, EncoderRun run, const std::string& output);
     double gainOf(const DiscFilm& film) const;
     void interleave(const DiscFilm& film, const std::string& output) const;
     void cut(const DiscFilm& film, const std::string& name, const WantedExcerpt& wanted);
     int rateNow(const DiscFilm& film);
+    int fittingRate(const DiscFilm& film, int rate, std::int64_t bytes);
+    std::int64_t bytesOf(const std::string& name) const;
     void noteMade(const DiscFilm& film, const std::string& name);
 
     const DiscPlan& plan_;

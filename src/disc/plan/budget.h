@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -28,12 +29,21 @@ constexpr std::int64_t capacityOf(DiscSize size) {
     return size == DiscSize::dvd5 ? 4'700'372'992 : 8'547'991'552;
 }
 
+/// The quantisers with which a look at a film tells how hard it is: their steps are a third of, as
+/// wide as, and twice as wide as those of films on a disc that is full.
+inline constexpr std::array kLookQuantisers{3, 6, 12};
+
+/// How hard a film is: what its picture takes with each of these quantisers, in kb/s, above 0 and
+/// falling. All 0 when nobody has looked.
+using Hardness = std::array<double, kLookQuantisers.size()>;
+
 /// What a disc is to hold.
 struct DiscLoad {
     struct Film {
         double seconds = 0;
         int soundRate = 0;       ///< all tracks together
         std::int64_t bytes = 0;  ///< when they are known already; else 0
+        Hardness hardness{};
     };
     std::vector<Film> films;
     double menuSeconds = 0;  ///< of all pages together
@@ -47,8 +57,10 @@ struct Rates {
     std::int64_t missing = 0;
 };
 
-/// Shares out a disc: all films of unknown size get the same video rate, as far as their sound and
-/// the best rate allow; menus give way before films do.
+/// Shares out a disc: all films of unknown size get the rates at which they have the same
+/// quantiser, and so look equally good, within the least and best rates and what their sound
+/// allows. One at which nobody has looked counts for as hard as the others are on average; are all
+/// of that kind, they get the same rate. Menus give way before films do.
 Rates shareRates(const DiscLoad& load, DiscSize size);
 
 /// The bytes of `seconds` of film at a rate of picture and sound, with all that goes around them.

@@ -8,8 +8,6 @@
 #include <string_view>
 #include <utility>
 
-#include "disc/plan/budget.h"
-
 namespace tkv::disc {
 
 namespace {

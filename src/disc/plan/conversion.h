@@ -1,9 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include "disc/film/film.h"
+#include "disc/plan/budget.h"
 #include "disc/project/standard.h"
 
 // What happens to a film's picture and sound on its way to the disc.
@@ -88,6 +90,7 @@ struct Conversion {
     bool evensLoudness = false;     ///< is it made as loud as the other films?
     int videoRate = 0;              ///< kb/s of the picture; 0 when it is copied
     int topVideoRate = 0;           ///< kb/s, of the hardest second
+    bool isExact = false;           ///< must its rate be kept, since others need the rest?
     std::vector<Chapter> chapters;  ///< in seconds of the disc's film: the first at 0, rising
     std::string note;  ///< what is worth telling about its motion, in some words; mostly empty
 
@@ -103,6 +106,8 @@ struct Conversion {
     int frameAt(double time) const;
     /// When a frame begins to be shown.
     double startOf(int frame) const;
+    /// What its picture gets where there is room for everything, in kb/s.
+    int bestVideoRate() const { return std::min(kBestVideoRate, topVideoRate); }
 };
 
 /// The conversion of a film, whose frames have been counted, but for its chapters, rates of the

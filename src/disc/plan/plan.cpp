@@ -136,12 +136,20 @@ Rates shareWithSound(DiscPlan& plan) {
     return rates;
 }
 
+bool isBelowBest(const DiscFilm& film) {
+    const Conversion& conversion = film.conversion;
+    return !conversion.isCopied && conversion.videoRate < conversion.bestVideoRate();
+}
+
 void setRates(DiscPlan& plan, const Rates& rates) {
     plan.menuRate = rates.menu;
     plan.bytes = rates.bytes;
     plan.missing = rates.missing;
     for (DiscFilm& film : plan.films)
         film.conversion.videoRate = rates.video[film.number];
+    const bool isFull = std::ranges::any_of(plan.films, isBelowBest);
+    for (DiscFilm& film : plan.films)
+        film.conversion.isExact = isFull && !film.conversion.isCopied;
 }
 
 }  // namespace
@@ -151,7 +159,7 @@ DiscLoad loadOf(const DiscPlan& plan) {
     for (const DiscFilm& film : plan.films) {
         const Conversion& conversion = film.conversion;
         load.films.push_back({conversion.seconds, conversion.soundRate,
-                              conversion.isCopied ? film.film.source.bytes : 0});
+                              conversion.isCopied ? film.film.source.bytes : 0, film.hardness});
     }
     load.menuSeconds =
         static_cast<double>(plan.pages.size()) * factsOf(plan.standard).menuSeconds();
@@ -181,6 +189,16 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
         }
         convert(*largest, project, plan.standard, false);
     }
+}
+
+bool isSharedOut(const DiscPlan& plan) {
+    const auto isEncoded = [](const DiscFilm& film) { return !film.conversion.isCopied; };
+    return std::ranges::count_if(plan.films, isEncoded) > 1 &&
+           std::ranges::any_of(plan.films, isBelowBest);
+}
+
+void shareOut(DiscPlan& plan) {
+    setRates(plan, shareRates(loadOf(plan), plan.size));
 }
 
 }  // namespace tkv::disc

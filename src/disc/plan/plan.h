@@ -87,6 +87,7 @@ struct DiscFilm {
     Film film;
     std::string caption;
     Conversion conversion;
+    Hardness hardness{};            ///< counts where the disc cannot hold all films at their best
     Span span;                      ///< where something of the whole film is to be seen
     std::vector<Excerpt> excerpts;  ///< all that pages show of it
     PageRange chapterPages;         ///< its chapter menu; none without one
@@ -113,6 +114,13 @@ struct DiscPlan {
 /// The plan of a disc, also of one that nobody can make: without a film, or too full. `films`:
 /// those of the project, in its order, their frames counted.
 DiscPlan planDisc(const Project& project, std::vector<Film> films);
+
+/// Whether it matters which of the plan's films are hard: when several are encoded, and not all at
+/// their best rate.
+bool isSharedOut(const DiscPlan& plan);
+
+/// Sets all rates of a plan anew, by the hardness of its films.
+void shareOut(DiscPlan& plan);
 
 /// What the plan's films and menus put on the disc.
 DiscLoad loadOf(const DiscPlan& plan);
