@@ -6,6 +6,7 @@
 #include "disc/film/dvd_ready.h"
 #include "disc/film/probe.h"
 #include "disc/make/film_encoding.h"
+#include "disc/make/film_hardness.h"
 #include "disc/make/film_loudness.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_setting.h"
@@ -350,41 +351,100 @@ TEST(FilmEncoding, PullsCinemaDown) {
     EXPECT_GE(timed, coded / 2);
 }
 
+/// A workshop in which ffmpeg is a script that tells its passes in the file "passes".
+struct WatchedWorkshop {
+    const TempFolder& folder;
+    ProgramStop stop;
+    Workshop workshop;
+    TerminalProgress quiet{TerminalProgress::Style::quiet};
+    Progress progress{quiet};
+
+    /// `script`: for the shell, before the real program.
+    WatchedWorkshop(const TempFolder& place, const std::string& name, const std::string& script)
+        : folder(place), workshop(place.file(name), stop) {
+        static const std::string real = run("command -v ffmpeg");
+        folder.write("passes", "");
+        folder.write("bin/ffmpeg",
+                     fmt::format("#!/bin/sh\ncd {2}; for w; do [ \"$l\" = -pass ] && printf $w "
+                                 ">>passes; l=$w; done; cd - >/dev/null; {0}\nexec {1} \"$@\"\n",
+                                 script, real.substr(0, real.find('\n')), folder.path()));
+        fs::permissions(folder.file("bin/ffmpeg"), fs::perms::owner_all);
+    }
+
+    std::string passes() const { return test::readText(folder.file("passes")); }
+};
+
 /// One film is hard to encode, and the other leaves little room. Whatever is made of cinema is
 /// pulled down in the end.
-TEST(FilmMaker, EncodesAgainWhatTurnsOutTooLarge) {
+TEST(FilmMaker, KeepsToTheRateOfAFullDisc) {
     const TempFolder folder;
-    const Film film =
-        made(folder, "noise.avi",
-             "-f lavfi -i color=gray:s=720x480:r=24000/1001:d=1,noise=alls=10:allf=t -c:v mjpeg "
-             "-q:v 2");
+    const Film film = made(folder, "hard.avi",
+                           "-f lavfi -i mandelbrot=s=720x480:r=24000/1001 -t 2 -c:v mjpeg -q:v 2");
     Film hours = film;
-    hours.seconds = 17'500;
+    hours.seconds = 13'500;
     Project project;
     project.standard = kNtsc;
     project.films.resize(2);
+    project.standard = kNtsc;
     const DiscPlan plan = planDisc(project, {film, hours});
-    const std::string name = filmName(plan.films[0]), ffmpeg = run("command -v ffmpeg");
-    std::uintmax_t once = 0;
-    for (const bool isTwice : {false, true}) {
-        folder.write("bin/ffmpeg",
-                     fmt::format("#!/bin/sh\ncase \"$*\" in *\"-pass 2\"*) {};; esac\nreal={}"
-                                 "exec $real \"$@\"\n",
-                                 isTwice ? ":" : "exit 9", ffmpeg));
-        fs::permissions(folder.file("bin/ffmpeg"), fs::perms::owner_all);
+    const DiscFilm& hard = plan.films[0];
+    const auto planned = static_cast<double>(
+        filmBytes(hard.conversion.seconds, hard.conversion.videoRate + kStereoRate));
+    const std::string larger =
+        "case \"$*\" in *\"-pass 2\"*-again*) ;; *\"-pass 2\"*) a=$*; set -- $(echo \"$a\" | "
+        "sed 's/-b:v [0-9]*k/-b:v 3300k/');; esac";
+    const struct {
+        const char* script;
+        const char* passes;
+        double least, most;  // of the bytes that are planned
+    } rows[] = {
+        {"", "12", 0.85, 1.03},
+        {"case \"$*\" in *\"-pass 2\"*) exit 9;; esac", "12", 1.1, 3},
+        {larger.c_str(), "122", 0.6, 1.03},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.script);
+        WatchedWorkshop watched(folder, fmt::format("work{}", &row - rows), row.script);
         const test::ScopedVariable path("PATH", folder.file("bin:") + std::getenv("PATH"));
-        ProgramStop stop;
-        Workshop workshop(folder.file(isTwice ? "twice" : "once"), stop);
-        TerminalProgress quiet(TerminalProgress::Style::quiet);
-        Progress progress(quiet);
-        FilmMaker(plan, workshop, progress).make(plan.films[0]);
-        const Film made = probed(workshop.path(name));
-        EXPECT_EQ(made.frames, 24);
-        EXPECT_NEAR(made.video.frameRate.perSecond(), 29.97, 0.001);
-        const std::uintmax_t bytes = fs::file_size(workshop.path(name));
-        EXPECT_TRUE(!isTwice || bytes < once) << bytes << " instead of " << once;
-        once = bytes;
+        Workshop& workshop = watched.workshop;
+        const Strings excerpts = FilmMaker(plan, workshop, watched.progress).make(hard);
+        const std::string name = filmName(hard);
+        const Film result = probed(workshop.path(name));
+        EXPECT_EQ(result.frames, 48);
+        EXPECT_NEAR(result.video.frameRate.perSecond(), 29.97, 0.001);
+        ASSERT_FALSE(excerpts.empty());
+        EXPECT_TRUE(workshop.has(excerpts[0]));
+        EXPECT_EQ(watched.passes(), row.passes);
+        const double part = static_cast<double>(fs::file_size(workshop.path(name))) / planned;
+        EXPECT_GT(part, row.least);
+        EXPECT_LT(part, row.most);
     }
+}
+
+TEST(FilmMaker, LooksAtFilmsOnce) {
+    const TempFolder folder;
+    const Film film =
+        made(folder, "film.mkv",
+             "-f lavfi -i testsrc2=s=720x576:r=25:d=2,noise=alls=10:allf=t -c:v mpeg4 "
+             "-q:v 2 -g 25");
+    Project project;
+    project.films.resize(1);
+    const DiscPlan plan = planDisc(project, {film});
+    run(
+        fmt::format("cd {}; ffmpeg -nostdin -v error -i film.mkv -c:v mpeg2video -trellis 1 -bf 2 "
+                    "-g 13 -flags +cgop -sc_threshold 1000000000 -q:v 6 whole.m2v",
+                    folder.path()));
+    const double rate = static_cast<double>(fs::file_size(folder.file("whole.m2v"))) * 8 / 2000;
+    for (const char* script : {"", "exit 9"}) {
+        WatchedWorkshop watched(folder, "work", script);
+        const test::ScopedVariable path("PATH", folder.file("bin:") + std::getenv("PATH"));
+        const Hardness hardness = hardnessOf(plan.films[0], watched.workshop);
+        EXPECT_NEAR(hardness[1], rate, rate / 5);
+        EXPECT_TRUE(hardness[0] > hardness[1] * 1.5 && hardness[1] > hardness[2] * 1.5);
+    }
+    WatchedWorkshop broken(folder, "broken", "exit 9");
+    const test::ScopedVariable path("PATH", folder.file("bin:") + std::getenv("PATH"));
+    EXPECT_EQ(hardnessOf(plan.films[0], broken.workshop), Hardness{}) << "somebody else says why";
 }
 
 /// Where something begins, in seconds, in values at this rate: above half of the highest, after a

@@ -9,6 +9,7 @@
 #include "composer/page_texts.h"
 #include "disc/author/author_file.h"
 #include "disc/make/excerpts.h"
+#include "disc/make/film_maker.h"
 #include "disc/make/readability.h"
 #include "disc/make/text_fit.h"
 #include "disc/plan/chapters.h"
@@ -406,6 +407,65 @@ TEST(Plan, GivesSoundWhatPicturesLeave) {
         Film other = film;
         row.change(other);
         EXPECT_EQ(ratesOf(other), row.rates) << &row - rows;
+    }
+}
+
+/// Films of an hour with stereo sound, their rates on a single-layer disc.
+TEST(Budget, GivesMoreToHardFilms) {
+    const Hardness easy{900, 480, 330}, middle{9000, 4500, 2150}, noise{29000, 8300, 1350};
+    const Hardness unknown{}, flat{100, 100, 100};
+    const struct {
+        std::vector<Hardness> films;
+        std::vector<int> rates;
+    } rows[] = {
+        {{unknown}, {8000}},
+        {{unknown, unknown, unknown}, {3187, 3187, 3187}},
+        {{middle, middle, middle}, {3187, 3187, 3187}},
+        {{unknown, easy, noise}, {1710, 1429, 6423}},
+        {{easy, noise}, {1803, 8000}},
+        {{middle, noise, easy}, {3538, 4595, 1429}},
+        {{flat, flat, noise, flat}, {1000, 1000, 6321, 1000}},
+        {{noise, easy, middle, middle, noise, easy}, {1500, 1429, 1500, 1500, 1500, 1429}},
+    };
+    for (const auto& row : rows) {
+        DiscLoad load;
+        for (const Hardness& hardness : row.films)
+            load.films.push_back({3600, kStereoRate, 0, hardness});
+        const Rates rates = shareRates(load, DiscSize::dvd5);
+        EXPECT_EQ(rates.video, row.rates);
+        EXPECT_EQ(rates.missing > 0, row.films.size() > 5);
+        if (rates.missing > 0 || row.films.size() == 1) continue;
+        EXPECT_LE(rates.bytes, capacityOf(DiscSize::dvd5));
+        EXPECT_GT(rates.bytes, capacityOf(DiscSize::dvd5) - 4'000'000) << row.films.size();
+        // What the first leaves, or takes, is the others'.
+        load.films[0].bytes = 1'500'000'000;
+        const Rates later = shareRates(load, DiscSize::dvd5);
+        EXPECT_EQ(later.video[0], 0);
+        EXPECT_LE(later.bytes, capacityOf(DiscSize::dvd5));
+    }
+}
+
+/// Only where several films share what does not do for all of them is it worth to look at them.
+TEST(Budget, IsSharedOutWhereItBinds) {
+    const struct {
+        std::vector<double> hours;
+        bool isExact, isSharedOut;
+    } rows[] = {{{0.5, 0.5}, false, false}, {{3}, true, false}, {{2, 1}, true, true}};
+    for (const auto& [hours, isExact, isShared] : rows) {
+        std::vector<Film> films;
+        for (const double length : hours)
+            films.push_back(filmOf(3600 * length));
+        DiscPlan plan = planDisc(projectOf(films), films);
+        EXPECT_EQ(plan.films[0].conversion.isExact, isExact);
+        ASSERT_EQ(isSharedOut(plan), isShared);
+        if (!isShared) continue;
+        EXPECT_EQ(plan.films[0].conversion.videoRate, plan.films[1].conversion.videoRate);
+        const std::string name = filmName(plan.films[1]);
+        plan.films[0].hardness = {900, 480, 330};
+        plan.films[1].hardness = {9000, 4500, 2150};
+        shareOut(plan);
+        EXPECT_LT(plan.films[0].conversion.videoRate * 2, plan.films[1].conversion.videoRate);
+        EXPECT_NE(filmName(plan.films[1]), name) << "another rate makes another film";
     }
 }
 

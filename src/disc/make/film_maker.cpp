@@ -32,9 +32,6 @@ constexpr double kTwoPasses = 1.7;
 // A film that comes out larger than planned by more takes what others need.
 constexpr double kTolerance = 1.03;
 
-// What a film is encoded with at least where the disc would be too large otherwise, in kb/s.
-constexpr int kLowestRate = kLeastVideoRate * 2 / 3;
-
 double weightOf(const Conversion& conversion) {
     if (conversion.isCopied) return conversion.seconds * kCopyingWeight;
     return conversion.seconds * kEncodingWeight * (conversion.isExact ? kTwoPasses : 1);
@@ -210,7 +207,7 @@ int FilmMaker::fittingRate(const DiscFilm& film, int rate, std::int64_t bytes) {
     if (room >= made) return rate;
     const int whole = rate + load.soundRate;
     const auto fitting = static_cast<int>(whole * room / made) - load.soundRate;
-    return std::clamp(fitting, kLowestRate, rate);
+    return std::clamp(fitting, kLowestVideoRate, rate);
 }
 
 void FilmMaker::noteMade(const DiscFilm& film, const std::string& name) {

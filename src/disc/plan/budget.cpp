@@ -37,6 +37,15 @@ double rateWith(double quantiser, const Hardness& hardness) {
     return hardness[1] * std::pow(quantiser / kLookQuantisers[1], -fall);
 }
 
+// What a film must not fall below. With its finest quantiser the encoder has no use for more, and
+// others do; a tenth is for what the look has missed.
+int leastRate(const DiscLoad::Film& film) {
+    constexpr double kFinestQuantiser = 2;
+    if (!isLookedAt(film)) return kLeastVideoRate;
+    const double useful = 1.1 * rateWith(kFinestQuantiser, film.hardness);
+    return static_cast<int>(std::clamp<double>(useful, kLowestVideoRate, kLeastVideoRate));
+}
+
 // The hardness of films at which nobody has looked: the mean, by their logarithms, of the others.
 Hardness middleHardness(const DiscLoad& load) {
     Hardness logarithms{};
@@ -61,7 +70,7 @@ std::vector<int> videoRates(const DiscLoad& load, const Hardness& middle, double
     for (const DiscLoad::Film& film : load.films) {
         const double wanted = rateWith(quantiser, isLookedAt(film) ? film.hardness : middle);
         const int best = bestRate(film);
-        const int rate = wanted < best ? std::max(static_cast<int>(wanted), kLeastVideoRate) : best;
+        const int rate = wanted < best ? std::max(static_cast<int>(wanted), leastRate(film)) : best;
         rates.push_back(film.bytes > 0 ? 0 : std::min(rate, best));
     }
     return rates;

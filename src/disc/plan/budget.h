@@ -17,6 +17,9 @@ inline constexpr int kTopRate = 9800;
 inline constexpr int kBestVideoRate = 8000;
 inline constexpr int kLeastVideoRate = 1500;
 
+/// What it gets at least where it has no use for more, or where the disc would be too large.
+inline constexpr int kLowestVideoRate = 1000;
+
 /// The same of the menus' pictures.
 inline constexpr int kBestMenuRate = 6000;
 inline constexpr int kLeastMenuRate = 2500;
