@@ -54,26 +54,12 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
                                                       film.video.index, discFrames(conversion),
                                                       frames, kLookQuantisers.size(), outputs)});
     for (const int quantiser : kLookQuantisers) {
-        append(arguments, {"-map",
-                           fmt::format("[with{}]", quantiser),
-                           "-c:v",
-                           "mpeg2video",
-                           "-trellis",
-                           "1",
-                           "-bf",
-                           fmt::format("{}", kBetween),
-                           "-g",
-                           fmt::format("{}", frames),
-                           "-r",
-                           fmt::format("{}/{}", rate.numerator, rate.denominator),
-                           "-flags",
-                           conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop",
-                           "-sc_threshold",
-                           "1000000000",
-                           "-q:v",
-                           fmt::format("{}", quantiser),
-                           "-f",
-                           "mpeg2video",
+        append(arguments, {"-map", fmt::format("[with{}]", quantiser), "-c:v", "mpeg2video"});
+        append(arguments, {"-trellis", "1", "-bf", fmt::format("{}", kBetween)});
+        append(arguments, {"-g", fmt::format("{}", frames), "-sc_threshold", "1000000000"});
+        append(arguments, {"-r", fmt::format("{}/{}", rate.numerator, rate.denominator)});
+        append(arguments, {"-flags", conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop"});
+        append(arguments, {"-q:v", fmt::format("{}", quantiser), "-f", "mpeg2video",
                            "file:" + outputOf(output, quantiser)});
     }
     return arguments;
@@ -87,14 +73,14 @@ struct Look {
 
 void addSample(Look& look, const DiscFilm& film, double seconds, const std::string& output,
                const Workshop& workshop) {
-    look.frames += workshop.tools().encode(
+    const int frames = workshop.tools().encode(
         lookCommand(film.film, film.conversion, seconds, output),
         {film.request.path, fmt::format("{} could not be looked at", film.request.path), ""});
-    for (std::size_t i = 0; i < kLookQuantisers.size(); ++i) {
-        const std::string path = workshop.path(outputOf(output, kLookQuantisers[i]));
-        look.bytes[i] += fs::file_size(path);
-        fs::remove(path);
-    }
+    // Where nothing is left of the film, nothing is written.
+    if (frames == 0) return;
+    look.frames += frames;
+    for (std::size_t i = 0; i < kLookQuantisers.size(); ++i)
+        look.bytes[i] += fs::file_size(workshop.path(outputOf(output, kLookQuantisers[i])));
 }
 
 Look sampled(const DiscFilm& film, const std::string& output, const Workshop& workshop) {
