@@ -385,7 +385,6 @@ TEST(FilmMaker, KeepsToTheRateOfAFullDisc) {
     Project project;
     project.standard = kNtsc;
     project.films.resize(2);
-    project.standard = kNtsc;
     const DiscPlan plan = planDisc(project, {film, hours});
     const DiscFilm& hard = plan.films[0];
     const auto planned = static_cast<double>(
