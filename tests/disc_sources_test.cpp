@@ -120,8 +120,8 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
                     ">tomorrow.mp4",
                     folder_.path()));
     const std::string words =
-        "--no-image -o out hopeless.mkv bought.vob film.mp4 paid.ts rented.mp4 tomorrow.mp4 "
-        "clear.ts";
+        "--no-image --chapters every=3s -o out hopeless.mkv bought.vob film.mp4 paid.ts "
+        "rented.mp4 tomorrow.mp4 clear.ts clear.ts";
     const std::string lines = fmt::format(
         "tkvDvdDisc: {0}/bought.vob is encrypted. Leave it out, or decrypt it first.\n"
         "tkvDvdDisc: {0}/paid.ts is encrypted. Leave it out, or decrypt it first.\n"
@@ -142,9 +142,10 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
     // The others are not made twice.
     EXPECT_EQ(said.find("Encoding film.mp4"), said.rfind("Encoding film.mp4")) << said;
     Player player(file("out/disc"));
-    EXPECT_EQ(player.press(2), "film 2");
-    EXPECT_EQ(player.leave(), "films-1");
-    EXPECT_FALSE(fs::exists(file("out/disc/VIDEO_TS/VTS_03_1.VOB")));
+    EXPECT_EQ(player.press(2), "film-2-chapters-1");
+    EXPECT_EQ(player.press(DVD_MENU_Title), "films-1");
+    EXPECT_EQ(player.press(3), "film-3-chapters-1") << "made of the same file";
+    EXPECT_FALSE(fs::exists(file("out/disc/VIDEO_TS/VTS_04_1.VOB")));
 }
 
 TEST_F(Films, KeepTheirTime) {

@@ -79,6 +79,8 @@ std::string MenuMaker::nameOf(const MenuPage& page,
 
 std::string MenuMaker::make(const MenuPage& page, const std::vector<std::string>& excerpts) {
     std::string name = nameOf(page, excerpts);
+    // A film may be there twice, and its chapter menu with it.
+    if (name == finishingName_) finish();
     if (workshop_.has(name)) {
         progress_.expect(-kMenuWeight);
         return name;
@@ -99,6 +101,7 @@ std::string MenuMaker::make(const MenuPage& page, const std::vector<std::string>
             fs::remove(workshop_.path(clip));
             workshop_.finish(name);
         }));
+    finishingName_ = name;
     drawFrames(page, excerpts, std::move(frames->writeEnd));
     if (before.valid()) before.get();
     return name;

@@ -70,6 +70,7 @@ class MenuMaker {
     Progress& progress_;
     ComposerLog log_;
     std::future<void> finishing_;  // the last menu that was drawn
+    std::string finishingName_;    // of that
 };
 
 }  // namespace tkv::disc

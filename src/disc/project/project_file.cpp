@@ -45,6 +45,7 @@ class Reader {
 
     void read(const toml::table& table, Project& project) const {
         std::vector<std::string> known{"labels", "film"};
+        known.reserve(known.size() + kFlagSettings.size() + textSettings().size());
         for (const FlagSetting& flag : kFlagSettings)
             known.emplace_back(flag.name);
         for (const TextSetting& setting : textSettings())
@@ -103,6 +104,7 @@ class Reader {
         const toml::table* table = node.as_table();
         if (table == nullptr) refuse(node, "labels", "a [labels] line above them");
         std::vector<std::string> known;
+        known.reserve(kLabelNames.size());
         for (const LabelName& label : kLabelNames)
             known.emplace_back(label.name);
         refuseOthers(*table, known);

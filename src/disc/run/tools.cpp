@@ -87,7 +87,7 @@ std::string Tools::run(Program program, const Failure& failure) const {
     program.folder = folder_;
     program.hiddenVariables.assign(kHiddenVariables.begin(), kHiddenVariables.end());
     const std::vector<std::string> command = program.command;
-    const std::string name = command.front();
+    const std::string& name = command.front();
     program.command = guardedCommand(command);
     program.command.front() = programPath(name);
     if (program.command.front().empty()) complainMissing(name);
