@@ -218,7 +218,7 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
         append(arguments,
                {"-pass", run.pass == Pass::first ? "1" : "2", "-passlogfile", run.passLog});
     if (run.pass == Pass::first) {
-        // Trellis quantisation takes a third of its time, and gains nothing in a log.
+        // Trellis quantisation takes up to two fifths of its time, and gains nothing in a log.
         append(arguments, {"-trellis", "0", "-f", "null", "/dev/null"});
         return arguments;
     }
