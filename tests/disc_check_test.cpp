@@ -95,7 +95,7 @@ TEST(Stream, IsAsAPlayerCanTakeIt) {
         {{.sound = -0.06}, "the sound begins 60 ms before the picture", ""},
         {{.picture = -0.29, .sound = -0.29, .packs = 20}, "", ""},
         {{.picture = -0.32, .sound = -0.32, .packs = 20}, "a picture comes 5", ""},
-        {{.sound = -0.4}, "the sound comes 7", ""},
+        {{.picture = -0.32, .sound = -0.37}, "the sound comes 4", ""},
         {{.picture = 1, .sound = 1}, "pictures come too early to be kept", ""},
         {{.picture = 1, .sound = 1, .packs = 2}, "", ""},
         {{.damaged = 7}, "sector 7 is damaged", "sector 7 is damaged"},
@@ -108,7 +108,7 @@ TEST(Stream, IsAsAPlayerCanTakeIt) {
         for (const bool isTimed : {true, false}) {
             std::string told;
             try {
-                check::checkStream({path}, isTimed);
+                told = check::checkStream({path}, isTimed);
             } catch (const std::runtime_error& error) {
                 told = error.what();
             }

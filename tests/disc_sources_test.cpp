@@ -90,6 +90,8 @@ TEST_F(Films, TellWhatCannotBeDecoded) {
     }
     tkv::disc::FilmDamage damage(false);
     damage.take("[dvd @ 0x55db306cefc0] buffer underflow st=1 bufi=385 size=418");
+    damage.take("    Last message repeated 30 times");
+    damage.take("[mpeg2video @ 0x562bca63fec0] rc buffer underflow");
     EXPECT_EQ(damage.sentence("film"), "") << "it is decoded";
     EXPECT_EQ(tkv::disc::warningIn("INFO: a\nWARN:  Odd\nSTAT: b\n"),
               "dvdauthor warns: Odd. See work/programs.log.");

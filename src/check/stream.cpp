@@ -142,18 +142,17 @@ class Timing {
         }
     }
 
-    // At the VOB's end.
-    void finish() const {
-        if (late_ > kMostLate) {
-            throw std::runtime_error(fmt::format("{:.1f} s after its begin, {} comes {} too late",
-                                                 lateAt_, lateWhat_, milliseconds(late_)));
-        }
+    // At the VOB's end: what comes too late or too early.
+    std::string finish() const {
         for (const auto& [stream, shown] : firstSounds_) {
             if (!firstPicture_ || std::abs(shown - *firstPicture_) <= kMostApart) continue;
             throw std::runtime_error(fmt::format("the sound begins {} {} the picture",
                                                  milliseconds(std::abs(shown - *firstPicture_)),
                                                  shown < *firstPicture_ ? "before" : "after"));
         }
+        if (late_ <= kMostLate) return early_;
+        return fmt::format("{:.1f} s after its begin, {} comes {} too late", lateAt_, lateWhat_,
+                           milliseconds(late_));
     }
 
   private:
@@ -172,7 +171,9 @@ class Timing {
             decoded_ = pictures_.front().end;
             pictures_.pop_front();
         }
-        if (received_ - decoded_ > kMostKept) fail("pictures come too early to be kept");
+        if (received_ - decoded_ > kMostKept && early_.empty())
+            early_ = fmt::format("{:.1f} s after its begin, pictures come too early to be kept",
+                                 seconds());
     }
 
     double seconds() const { return static_cast<double>(*last_ - *begin_) / kSecond; }
@@ -207,6 +208,7 @@ class Timing {
     std::int64_t late_ = 0;  // the worst
     std::string_view lateWhat_;
     double lateAt_ = 0;
+    std::string early_;
 };
 
 class Stream {
@@ -228,9 +230,13 @@ class Stream {
     }
 
     void finish() {
-        timing_.finish();
+        const std::string stutter = timing_.finish();
+        if (stutter_.empty()) stutter_ = stutter;
         timing_ = {};
     }
+
+    // The first place at which it may.
+    const std::string& stutter() const { return stutter_; }
 
   private:
     [[noreturn]] void fail(std::string_view what) const {
@@ -240,6 +246,7 @@ class Stream {
     bool isTimed_;
     std::int64_t sector_ = 0, vob_ = 0;
     Timing timing_;
+    std::string stutter_;
 };
 
 void takeFile(Stream& stream, const std::string& path, std::vector<std::uint8_t>& buffer) {
@@ -257,7 +264,7 @@ void takeFile(Stream& stream, const std::string& path, std::vector<std::uint8_t>
 
 }  // namespace
 
-void checkStream(const std::vector<std::string>& files, bool isTimed) {
+std::string checkStream(const std::vector<std::string>& files, bool isTimed) {
     Stream stream(isTimed);
     std::vector<std::uint8_t> buffer(kRead);
     std::string name;
@@ -267,6 +274,7 @@ void checkStream(const std::vector<std::string>& files, bool isTimed) {
             takeFile(stream, path, buffer);
         }
         stream.finish();
+        return stream.stutter().empty() ? "" : fmt::format("{}: {}", name, stream.stutter());
     } catch (const std::runtime_error& error) {
         throw std::runtime_error(fmt::format("{}: {}", name, error.what()));
     }

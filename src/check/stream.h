@@ -7,10 +7,11 @@
 namespace tkv::check {
 
 /// Reads a stream of packs, once and without decoding anything. Throws std::runtime_error for the
-/// first place that a player stumbles over: what is no pack, a navigation pack in the wrong place,
-/// and, where `isTimed`, data that come faster than a player reads, too late to be decoded or too
-/// early to be kept, and sound that does not begin with the picture.
+/// first fault: what is no pack, a navigation pack in the wrong place, and, where `isTimed`, data
+/// that come faster than a player reads, and sound that does not begin with the picture. Returns
+/// where a player may stutter, since data come too late to be decoded or too early to be kept: a
+/// film can be so hard that no encoder keeps to its rate. Empty for nowhere.
 /// `files`: one after another they are the stream; at least one.
-void checkStream(const std::vector<std::string>& files, bool isTimed);
+std::string checkStream(const std::vector<std::string>& files, bool isTimed);
 
 }  // namespace tkv::check

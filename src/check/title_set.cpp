@@ -46,7 +46,8 @@ std::uintmax_t sectorsAt(std::string_view tables, std::size_t at) {
 }
 
 // `sectors`: of all files together, which need not be there when it is 0.
-void checkFiles(const std::vector<std::string>& files, std::uintmax_t sectors, bool isTimed) {
+std::string checkFiles(const std::vector<std::string>& files, std::uintmax_t sectors,
+                       bool isTimed) {
     std::vector<std::string> found;
     std::uintmax_t bytes = 0;
     for (const std::string& file : files) {
@@ -60,12 +61,12 @@ void checkFiles(const std::vector<std::string>& files, std::uintmax_t sectors, b
                         fs::path(found.empty() ? files.front() : found.back()).filename().string(),
                         bytes, sectors * kSectorBytes));
     }
-    checkStream(found, isTimed);
+    return checkStream(found, isTimed);
 }
 
 }  // namespace
 
-void checkTitleSet(const std::string& folder, int number, bool isTimed) {
+std::string checkTitleSet(const std::string& folder, int number, bool isTimed) {
     const auto path = [&](std::string_view part, std::string_view extension) {
         const std::string name =
             number == 0 ? "VIDEO_TS" : fmt::format("VTS_{:02}_{}", number, part);
@@ -84,13 +85,14 @@ void checkTitleSet(const std::string& folder, int number, bool isTimed) {
     const std::uintmax_t menus = sectorsAt(tables, kMenus);
     const std::uintmax_t film = sectorsAt(tables, kFilm);
     // Without a stream, the manager's tables name some sectors that are not there.
+    std::string stutter;
     if (menus > 0 && (number > 0 || fs::exists(path("0", "VOB"))))
-        checkFiles({path("0", "VOB")}, (number > 0 ? film : end) - menus, true);
-    if (number == 0) return;
+        stutter = checkFiles({path("0", "VOB")}, (number > 0 ? film : end) - menus, true);
+    if (number == 0 || !stutter.empty()) return stutter;
     std::vector<std::string> parts;
     for (const char part : {'1', '2', '3', '4', '5', '6', '7', '8', '9'})
         parts.push_back(path({&part, 1}, "VOB"));
-    checkFiles(parts, end - film, isTimed);
+    return checkFiles(parts, end - film, isTimed);
 }
 
 }  // namespace tkv::check

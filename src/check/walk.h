@@ -38,8 +38,8 @@ struct Report {
 
 /// Who is told of what goes on.
 struct Listener {
-    std::function<void(const std::string& what)> begin;     ///< of each step
-    std::function<void(const std::string& fault)> onFault;  ///< a sentence
+    std::function<void(const std::string& what)> begin;   ///< of each step
+    std::function<void(const std::string& line)> onLine;  ///< of each fault and doubt
 };
 
 /// Goes every walk; at its first fault one ends.

@@ -50,7 +50,8 @@ std::vector<std::string> faultsOf(const std::string& disc, const std::string& wa
         case ProgramEnd::How::exited:
             if (end.status == 1 && !lines.empty()) return lines;
             if (end.status != 0 || lines.empty()) break;
-            progress.say(lines.back());
+            for (const std::string& line : lines)
+                progress.say(line);
             return {};
         default:
             break;

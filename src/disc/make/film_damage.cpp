@@ -14,8 +14,12 @@ constexpr double kOnePlace = 2;
 
 }  // namespace
 
-bool isMuxersLine(std::string_view line) {
-    return line.starts_with("[dvd @ ") && line.find("buffer underflow") != std::string_view::npos;
+bool isOfEncoding(std::string_view line) {
+    const auto says = [&](std::string_view words) {
+        return line.find(words) != std::string_view::npos;
+    };
+    return line.starts_with("[dvd @ ") || says("rc buffer underflow") ||
+           says("max bitrate possibly too small") || says("    Last message repeated ");
 }
 
 void FilmDamage::reach(double seconds) {
@@ -23,7 +27,7 @@ void FilmDamage::reach(double seconds) {
 }
 
 void FilmDamage::take(std::string_view line) {
-    if (line.empty() || isMuxersLine(line) || (lacksBeginning_ && seconds_ < kOnePlace)) return;
+    if (line.empty() || isOfEncoding(line) || (lacksBeginning_ && seconds_ < kOnePlace)) return;
     if (places_ == 0) first_ = seconds_;
     if (places_ == 0 || seconds_ > last_ + kOnePlace) ++places_;
     last_ = seconds_;

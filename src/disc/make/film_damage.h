@@ -5,9 +5,9 @@
 
 namespace tkv::disc {
 
-/// Whether a line of ffmpeg's is the complaint of its multiplexer that a player will get something
-/// too late.
-bool isMuxersLine(std::string_view line);
+/// Whether a line of ffmpeg's is none of a decoder's: its encoder and its multiplexer complain of a
+/// film that is too hard for its rate.
+bool isOfEncoding(std::string_view line);
 
 /// Counts the places of a film of which its decoders complain while it is encoded.
 class FilmDamage {
