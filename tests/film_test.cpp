@@ -317,6 +317,13 @@ TEST(FilmEncoding, PullsCinemaDown) {
     EXPECT_EQ(pictures(), before);
     EXPECT_EQ(fs::file_size(output), bytes);
     EXPECT_EQ(whyNotDvdReady(probed(output), kNtsc), "");
+    // Whoever has such a film puts it on a disc as it is.
+    const std::string copy = folder.file("copy.mpg");
+    const Film pulled = probed(output);
+    const Conversion copied = conversionOf(pulled, kNtsc, true);
+    runQuietly(remuxCommand(pulled, copied, copy));
+    EXPECT_EQ(probed(copy).frames, copied.frames);
+    EXPECT_EQ(copied.shownFrames(), conversion.shownFrames());
 
     const auto probe = [&](const std::string& words) {
         return run(

@@ -81,6 +81,11 @@ int framesIn(double seconds, const FrameRate& rate) {
     return static_cast<int>(std::lround(seconds * rate.perSecond()));
 }
 
+// Of a film that stays as it is, what is stored tells.
+bool storesCinema(const Film& film, Standard standard) {
+    return standard == Standard::ntsc && film.seconds > 0 && isCinema(film.frames / film.seconds);
+}
+
 void decideLength(const Film& film, Conversion& conversion) {
     conversion.seconds = film.seconds / conversion.speed;
     conversion.frames = std::max(1, framesIn(conversion.seconds, conversion.frameRate()));
@@ -166,7 +171,11 @@ Conversion conversionOf(const Film& film, Standard standard, bool isCopied) {
     Conversion conversion;
     conversion.standard = standard;
     conversion.isCopied = isCopied;
-    if (!isCopied) decideMotion(film.video, conversion);
+    if (isCopied) {
+        conversion.isPulledDown = storesCinema(film, standard);
+    } else {
+        decideMotion(film.video, conversion);
+    }
     decideLength(film, conversion);
     decideShape(film.video, conversion);
     conversion.colors = colorsOf(film.video);
