@@ -395,6 +395,7 @@ TEST(Plan, GivesSoundWhatPicturesLeave) {
         {[](Film& f) { f.audio[0].late = -0.4, f.container = "mpegts"; }, "224 taken "},
         {[](Film& f) { f.audio[0].late = 0.04; }, "384 "},
         {[](Film& f) { f.audio[0].isWhole = false; }, "384 "},
+        {[](Film& f) { f.audio[0].isUnbroken = false; }, "384 "},
         {[](Film& f) { f.audio[0].codec = "eac3"; }, "384 "},
         {[](Film& f) { f.audio[0].sampleRate = 44'100; }, "384 "},
         {[](Film& f) { f.audio[0].bitRate = 640'000; }, "384 "},

@@ -73,9 +73,10 @@ TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
     film.audio[1].index = 2;  // of which nothing comes
     FrameCounter counter(film);
     for (const char* line :
-         {"audio,1,0.5,0.032,K_", "video,0,9.50,0.04,KD", "video,0,10.00,0.04,K_",
-          "video,0,10.12,0.04,__", "video,0,10.04,0.04,__", "video,0,N/A,0.04,__",
-          "video,0,10.16,0.04,K_", "video,0,0.50,0.04,K_", "video,0,0.54,0.04,__", "", "data"})
+         {"audio,1,0.5,0.032,K_", "audio,1,0.533,0.032,K_", "audio,1,0.597,0.032,K_",
+          "video,0,9.50,0.04,KD", "video,0,10.00,0.04,K_", "video,0,10.12,0.04,__",
+          "video,0,10.04,0.04,__", "video,0,N/A,0.04,__", "video,0,10.16,0.04,K_",
+          "video,0,0.50,0.04,K_", "video,0,0.54,0.04,__", "", "data"})
         counter.take(line);
     counter.finish(film);
     EXPECT_EQ(film.frames, 7);
@@ -85,6 +86,7 @@ TEST(Probe, CountsFramesOverJoinsAndLostTimes) {
     EXPECT_NEAR(film.keyframes[2], 0.20, 1e-9);
     EXPECT_EQ(film.keyframeInterval, 4);
     EXPECT_EQ(film.audio.size(), 1U);
+    EXPECT_FALSE(film.audio[0].isUnbroken) << "a packet is missing";
 }
 
 TEST(Probe, CountsFromTheFirstFrameThatCanBeDecoded) {

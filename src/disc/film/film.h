@@ -27,6 +27,7 @@ struct AudioTrack {
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     int index = 0;                ///< among all streams of the sources
     bool isWhole = true;          ///< Is it there all the time? False only once frames are counted.
+    bool isUnbroken = true;       ///< Does each packet begin where the one before it ends?
     double late = 0;              ///< seconds after the film's first frame; below 0: before it
 };
 

@@ -19,6 +19,9 @@ constexpr std::size_t kReordered = 16;
 // The first keyframe is looked for among so many packets.
 constexpr std::size_t kMostBeginning = 1500;
 
+// Files tell times in milliseconds, and round them.
+constexpr double kLeastBreak = 0.005;
+
 // The longest pause within a sound track, and what may be missing at its end, in seconds.
 constexpr double kLongestPause = 1;
 
@@ -54,7 +57,7 @@ void FrameCounter::take(std::string_view line) {
     if (packet.stream < 0) return;
     const auto stream = static_cast<std::size_t>(packet.stream);
     if (streams_.size() <= stream) streams_.resize(stream + 1);
-    takeTime(streams_[stream], packet.time);
+    takeTime(streams_[stream], packet);
     // A packet of data may last as long as the film.
     if (packet.time && packet.kind != "data")
         lastEnd_ = std::max(lastEnd_, *packet.time + packet.duration.value_or(0));
@@ -83,9 +86,13 @@ double FrameCounter::firstKeyframe() const {
     return keyframe_ ? beginning_[*keyframe_] : 0;
 }
 
-void FrameCounter::takeTime(Stream& stream, std::optional<double> time) {
+void FrameCounter::takeTime(Stream& stream, const Packet& packet) {
+    const std::optional<double> time = packet.time;
     stream.isSeen = true;
     if (!time) return;
+    if (stream.end && std::abs(*time - *stream.end) > kLeastBreak) stream.isBroken = true;
+    stream.end.reset();
+    if (packet.duration) stream.end = *time + *packet.duration;
     const double step = *time - stream.time.value_or(*time);
     // A longer step is a pause or, as one back is, a join of recordings.
     if (step > 0 && step <= kLongestPause) stream.seconds += step;
@@ -166,6 +173,7 @@ void FrameCounter::finish(Film& film, std::optional<double> firstFrame) {
     for (AudioTrack& track : film.audio) {
         const Stream stream = streamOf(track);
         track.isWhole = stream.seconds > film.seconds - kLongestPause;
+        track.isUnbroken = !stream.isBroken;
         track.late = stream.first.value_or(firstTime) - firstTime;
     }
 }

@@ -51,10 +51,12 @@ class FrameCounter {
     struct Stream {
         bool isSeen = false;
         std::optional<double> first, time;  // of its first and last packet
+        std::optional<double> end;          // of its last packet, where that is told
+        bool isBroken = false;              // Does a packet begin somewhere else?
         double seconds = 0;                 // in which packet followed packet
     };
 
-    static void takeTime(Stream& stream, std::optional<double> time);
+    static void takeTime(Stream& stream, const Packet& packet);
     void takeFrame(const Packet& packet);
     void noteBeginning(const Packet& packet);
     void closeRun();

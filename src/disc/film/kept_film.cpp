@@ -15,7 +15,8 @@ using Json = nlohmann::json;
 Json countsOf(const Film& film) {
     Json tracks = Json::object();
     for (const AudioTrack& track : film.audio)
-        tracks[std::to_string(track.index)] = {{"isWhole", track.isWhole}, {"late", track.late}};
+        tracks[std::to_string(track.index)] = {
+            {"isWhole", track.isWhole}, {"isUnbroken", track.isUnbroken}, {"late", track.late}};
     return {{"seconds", film.seconds},
             {"lost", film.lost},
             {"start", film.video.start},
@@ -39,6 +40,7 @@ void setCounts(Film& film, const Json& counts) {
     for (AudioTrack& track : film.audio) {
         const Json& counted = tracks.at(std::to_string(track.index));
         counted.at("isWhole").get_to(track.isWhole);
+        counted.at("isUnbroken").get_to(track.isUnbroken);
         counted.at("late").get_to(track.late);
     }
 }

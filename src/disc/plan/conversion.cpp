@@ -161,7 +161,7 @@ bool beginsRight(const AudioTrack& track, const Film& film) {
 // Whether a track can be taken as it is: AC-3 as discs have it, of which nothing changes.
 bool isTaken(const AudioTrack& track, const Film& film, const Conversion& conversion) {
     return track.codec == "ac3" && track.sampleRate == 48000 && track.bitRate > 0 &&
-           track.bitRate <= kTopAc3Rate * std::int64_t{1000} && track.isWhole &&
+           track.bitRate <= kTopAc3Rate * std::int64_t{1000} && track.isWhole && track.isUnbroken &&
            beginsRight(track, film) && conversion.speed == 1 && !conversion.evensLoudness;
 }
 

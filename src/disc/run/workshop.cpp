@@ -35,7 +35,7 @@ constexpr std::array<std::string_view, 4> kOthers{kUnfinished, kRecords, Worksho
 constexpr std::uint64_t kMostCheap = 32 << 20;
 
 // To be changed when the program makes something else of the same inputs.
-constexpr const char* kRecipe = "3";
+constexpr const char* kRecipe = "4";
 
 // FNV-1a with 64 bits, as its authors give it. Each word ends with a byte that no word holds.
 std::uint64_t hashOf(const std::vector<std::string>& words) {
