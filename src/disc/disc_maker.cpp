@@ -4,8 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <functional>
-#include <new>
 #include <numeric>
 #include <utility>
 
@@ -16,8 +14,6 @@
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_list.h"
 #include "disc/film/kept_film.h"
-#include "disc/film/probe.h"
-#include "disc/film/suggestion.h"
 #include "disc/make/cover_pictures.h"
 #include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
@@ -25,7 +21,6 @@
 #include "disc/make/scenes.h"
 #include "disc/plan/report.h"
 #include "disc/project/names.h"
-#include "disc/project/project_text.h"
 #include "disc/run/parallel_tasks.h"
 #include "disc/run/text_file.h"
 #include "disc/run/workshop.h"
@@ -134,6 +129,9 @@ class DiscMaker {
             tell(previewLines(options_, plan_));
             return;
         }
+        progress_.expect(kMenuWeight * static_cast<double>(plan_.pages.size()) +
+                         writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1) +
+                         checkingWeight(plan_.bytes));
         while (!makePieces()) {
         }
         author();
@@ -247,9 +245,6 @@ class DiscMaker {
         for (const DiscFilm& film : plan_.films)
             pieces_.films.push_back(filmName(film));
         folder_.requireSpace(bytesNeeded());
-        progress_.expect(kMenuWeight * static_cast<double>(plan_.pages.size()) +
-                         writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1) +
-                         checkingWeight(plan_.bytes));
         FilmMaker maker(plan_, workshop_, progress_);
         MenuMaker menus = menuMaker();
         Excerpts excerpts(plan_.films.size());
@@ -388,52 +383,7 @@ class DiscMaker {
     MadeDisc made_;
 };
 
-// `run`: returns what is wrong with the films that it went on without.
-Outcome outcomeOf(const std::function<std::vector<Fault>()>& run) {
-    try {
-        const std::vector<Fault> leftOut = run();
-        return {leftOut.empty() ? Outcome::How::made : Outcome::How::lacking, leftOut};
-    } catch (const Interrupted&) {
-        return {Outcome::How::interrupted, {}};
-    } catch (const DiscError& error) {
-        return {Outcome::How::failed, error.faults()};
-    } catch (const fs::filesystem_error& error) {
-        const std::string path = error.path1().string();
-        const std::string words = fmt::format("{}: {}.", path, error.code().message());
-        return {Outcome::How::failed, {{path, words}}};
-    } catch (const std::bad_alloc&) {
-        throw;  // There may be no memory for words, either.
-    } catch (const std::exception& error) {
-        return {Outcome::How::failed, {{"", error.what()}}};
-    }
-}
-
 }  // namespace
-
-Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, ProgramStop& stop) {
-    return outcomeOf([&] {
-        requirePrograms({"ffprobe"});
-        const Tools tools("", stop);
-        FilmList films(options.project, options.keepsGoing);
-        const auto passedOver = films.probe(stop, [&](const FilmSource& source) {
-            return probedFilm(source, probeAnswer(source, tools), tools);
-        });
-        if (!passedOver.empty()) receiver.say(passedOverLine(passedOver));
-        // All that a person may want to change of what the films say.
-        Project project = films.project();
-        addSuggestions(project, films.films());
-        const std::string text = projectFileText(project, parentFolder(options.projectFile));
-        if (fs::exists(options.projectFile)) {
-            throw DiscError(fmt::format("{} is there already. Name another file with --write.",
-                                        options.projectFile),
-                            options.projectFile);
-        }
-        writeText(options.projectFile, text);
-        for (const std::string& line : writtenLines(options))
-            receiver.tellResult(line);
-        return films.leftOut();
-    });
-}
 
 Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop& stop) {
     return outcomeOf([&] {

@@ -9,6 +9,7 @@
 
 #include "disc/disc_maker.h"
 #include "disc/project/command_line.h"
+#include "disc/project_writer.h"
 #include "disc/run/environment.h"
 #include "disc/run/fault.h"
 #include "disc/run/terminal_progress.h"
