@@ -13,7 +13,7 @@ for run in jpeg jpeg2000 png gif tiff bmp webp others exif profile encoders text
     heif_items_made profile_made; do
     mkdir "$run"
 done
-convert=convert-im6.q16
+convert=$(command -v magick || command -v convert)
 
 # ---- Pictures, each program started once or twice, since starting takes most of the time.
 {

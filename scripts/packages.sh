@@ -19,6 +19,11 @@ test_packages=(
     lomiri-wallpapers-16.04
 )
 
+# Since Debian 13 the encoders of HEIC and AVIF, which the tests' pictures are made with, are packages
+# of their own.
+debian=$(dpkg-query -W -f='${Version}' base-files 2>/dev/null || true)
+[[ ${debian%%[!0-9]*} -lt 13 ]] || test_packages+=(libheif-plugin-aomenc libheif-plugin-x265)
+
 # What the checks need besides, to read the benchmarks too.
 lint_packages=(clang-format clang-tidy cppcheck libbenchmark-dev)
 
@@ -27,7 +32,7 @@ bench_packages=(ffmpeg fontconfig imagemagick libbenchmark-dev time)
 
 # What fuzzing needs besides: the compiler that has a fuzzer, and the makers of its first inputs.
 fuzz_packages=(
-    clang-14 libclang-rt-14-dev llvm-14
+    clang libclang-rt-dev llvm
     imagemagick libimage-exiftool-perl libopenjp2-tools
     heif-gdk-pixbuf libavif-gdk-pixbuf librsvg2-common webp-pixbuf-loader
 )

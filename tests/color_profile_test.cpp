@@ -1,3 +1,4 @@
+#include <fmt/ranges.h>
 #include <lcms2.h>
 
 #include "pictures.h"

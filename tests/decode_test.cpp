@@ -3,6 +3,10 @@
 #include "graphics/codecs/heif_items.h"
 #include "pictures.h"
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace tkv::test::decoding {
 
 constexpr Rgba kRed{255, 0, 0, 255};
@@ -170,12 +174,17 @@ TEST(DecodePicture, ReadsOnlyTheCompressionsOfPictures) {
                                                  {"Zstd", false}, {"WebP", false}};
     // Its bytes look like the tag of a compression, where no directory is.
     const Bytes png = encodePng(painted({64, 32}, {3, 1, 3, 255})).value();
+    const TempFolder folder;
     for (const auto& [compression, isRead] : rows) {
         for (const char* const order : {"MSB", "LSB"}) {
-            const Bytes file = converted(
-                png,
-                fmt::format("-type TrueColor -endian {} -compress {} tiff", order, compression));
-            EXPECT_EQ(decodeWithPixbuf(file, everyPixel).has_value(), isRead) << compression;
+            const std::string arguments =
+                fmt::format("-type TrueColor -endian {} -compress {} tiff", order, compression);
+            const std::string path = folder.write("a.tiff", text(converted(png, arguments)));
+            // Not every ImageMagick writes this one; what the file says decides.
+            if (compression == std::string_view("WebP"))
+                run("exiftool -q -overwrite_original -IFD0:Compression#=50001 " + path);
+            EXPECT_EQ(decodeWithPixbuf(bytesOf(path), everyPixel).has_value(), isRead)
+                << compression;
         }
     }
 }
@@ -257,18 +266,21 @@ struct CutCase {
     int redRow = 4;
 };
 
-/// Older versions of the library read behind what is left of a cut file.
-bool showsPartOfJpeg2000() {
-    return run("pkg-config --atleast-version=2.5.3 libopenjp2 && echo yes || true") == "yes\n";
+/// Whether a package is of that version or newer.
+bool isAtLeast(const char* package, const char* version) {
+    return run(fmt::format("dpkg --compare-versions $(dpkg-query -W -f='${{Version}}' {}) ge {} "
+                           "&& echo yes || true",
+                           package, version)) == "yes\n";
 }
 
 std::vector<CutCase> cutCases(const Bitmap& bitmap) {
     const Bytes jpeg = encodeJpeg(bitmap, 0.9F).value(), png = encodePng(bitmap).value();
     return {{jpeg, decodeJpeg},
             {progressive(jpeg), decodeJpeg},
-            {encodeJpeg2000(bitmap).value(), decodeJpeg2000, showsPartOfJpeg2000()},
+            // Older versions of OpenJPEG read behind what is left of a cut file.
+            {encodeJpeg2000(bitmap).value(), decodeJpeg2000, isAtLeast("libopenjp2-7", "2.5.3")},
             {png, decodeWithPixbuf},
-            {converted(png, "webp"), decodeWithPixbuf},
+            {converted(png, "webp"), decodeWithPixbuf, !isAtLeast("webp-pixbuf-loader", "0.2.7")},
             {encodeGif(bitmap).value(), decodeWithPixbuf},
             {encodeBmp(bitmap).value(), decodeWithPixbuf, true, 75},  // It starts at the bottom.
             {encodeTiff(bitmap).value(), decodeWithPixbuf, false}};
@@ -289,12 +301,23 @@ TEST(Decoders, ShowWhatThereIsOfACutPicture) {
     }
 }
 
+#ifdef __SANITIZE_ADDRESS__
+using UnreportedLeaks = __lsan::ScopedDisabler;
+#else
+struct UnreportedLeaks {
+    UnreportedLeaks() {}
+};
+#endif
+
 TEST(Decoders, BearAnyCutAndAnyWrongByteInSilence) {
     const auto bear = [] {
         std::vector<CutCase> cases = cutCases(quarters({96, 80}));
         cases.push_back(
             {converted(cases[0].file, "'(' +clone -negate ')' webp"), decodeWithPixbuf});
         for (auto& [file, decode, showsPart, redRow] : cases) {
+            // The loader of version 0.2.7 leaks the frames of an animation that is damaged.
+            std::optional<UnreportedLeaks> leaks;
+            if (&file == &cases.back().file) leaks.emplace();
             for (std::size_t i = 0; i < 200; ++i) {
                 const std::size_t cut = file.size() * i / 200;
                 // A vector of its own, behind whose end nobody may read.

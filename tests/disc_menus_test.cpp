@@ -12,14 +12,13 @@ namespace tkv::test::disc {
 TEST_F(Films, AreShownFromTheRightMomentsOn) {
     // A film's brightness is its second, and its tone climbs by 400 Hz a second.
     make("grey.mkv",
-         "-f lavfi -i 'color=s=64x36:r=25:d=4,format=gray,geq=lum=40+40*T,scale=320:180:in_range="
-         "tv:out_range=tv,format=yuv420p' "
+         "-f lavfi -i 'color=s=64x36:r=25:d=4,format=yuv420p,geq=cb=128:lum=40+40*T,scale=320:180' "
          "-f lavfi -i 'aevalsrc=sin(2*PI*t*(400+200*t))/4:s=48000:d=4' -c:v ffv1 -g 1 -c:a flac");
     // The first scene is black; what comes then is white on the left.
     make("black.mkv",
-         "-f lavfi -i 'color=s=64x36:r=25:d=5,format=gray,geq=lum=if(lt(T\\,1.1)\\,16\\,if(lt(X\\,"
-         "W/2)\\,235\\,40+40*T)),scale=320:180:in_range=tv:out_range=tv:flags=neighbor,"
-         "format=yuv420p' -c:v ffv1 -g 1");
+         "-f lavfi -i "
+         "'color=s=64x36:r=25:d=5,format=yuv420p,geq=cb=128:lum=if(lt(T\\,1.1)\\,16\\,if(lt(X\\,"
+         "W/2)\\,235\\,40+40*T)),scale=320:180:flags=neighbor' -c:v ffv1 -g 1");
     make("red.mkv",
          "-f lavfi -i color=red:s=320x180:r=25:d=1,scale=out_color_matrix=bt709,format=yuv420p "
          "-colorspace bt709 -c:v ffv1 -g 1");
@@ -38,7 +37,7 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
     const std::string menus = file("out/disc/VIDEO_TS/VIDEO_TS.VOB");
     const std::string shown =  // a tenth as large
         raw(menus,
-            "-vf \"select='lt(n,749)',scale=72:54:flags=area,format=gray\" "
+            "-vf \"select='lt(n,749)',scale=72:54:flags=area,format=yuv420p,extractplanes=y\" "
             "-fps_mode passthrough -f rawvideo");
     ASSERT_EQ(shown.size(), 749U * 72 * 54);
     const struct {
@@ -54,7 +53,7 @@ TEST_F(Films, AreShownFromTheRightMomentsOn) {
         };
         for (std::size_t i = 0; i < seconds; ++i) {
             const double moment = first + static_cast<double>(i % period);
-            EXPECT_NEAR(level(i * 25), (24 + 40 * moment) * 255 / 219, 4) << x << " at " << i;
+            EXPECT_NEAR(level(i * 25), 40 + 40 * moment, 4) << x << " at " << i;
         }
         int hop = std::abs(level(748) - level(0));
         for (std::size_t i = 1; i < 749; ++i)
@@ -107,7 +106,8 @@ PixelSize brightAround(const Bitmap& picture, int x, int y, double most) {
 TEST_F(Films, KeepCirclesRound) {
     const auto circle = [](const char* size, const char* center = "W/2", int part = 6) {
         return fmt::format(
-            "-f lavfi -i 'color=s={}:r=2:d=4,format=gray,geq=lum=if(lt(hypot(X-{}\\,Y-H/2)\\,H/{})"
+            "-f lavfi -i "
+            "'color=s={}:r=2:d=4,format=yuv420p,geq=cb=128:lum=if(lt(hypot(X-{}\\,Y-H/2)\\,H/{})"
             "\\,235\\,40)' ",
             size, center, part);
     };

@@ -16,9 +16,8 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     const auto deep = [](const char* tint, const char* range, const char* transfer) {
         return fmt::format(
             "-f lavfi -i 'color={0}:s=320x180:r=25:d=0.4,format=gbrp,scale="
-            "out_color_matrix=bt2020:out_range={1},format=yuv420p10le' -c:v ffv1 "
-            "-colorspace bt2020nc -color_primaries bt2020 -color_range {1} "
-            "-color_trc {2}",
+            "out_color_matrix=bt2020:out_range={1},format=yuv420p10le,setparams=range={1}:"
+            "color_primaries=bt2020:color_trc={2}:colorspace=bt2020nc' -c:v ffv1",
             tint, range, transfer);
     };
     const std::string surround = " -f lavfi -i anullsrc=cl=5.1:d=0.4 -map 0 -map 1 -map 1";
@@ -118,7 +117,7 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
     mark("ready.vob", "bought.vob", 2048, 20, 0x10);
     mark("clear.ts", "paid.ts", 192, 7, 0x80);
     run(
-        fmt::format("cd {}; sed s/avc1/encv/ film.mp4 >rented.mp4; sed s/avc1/vvc1/ film.mp4 "
+        fmt::format("cd {}; sed s/avc1/encv/ film.mp4 >rented.mp4; sed s/avc1/zzz1/ film.mp4 "
                     ">tomorrow.mp4",
                     folder_.path()));
     const std::string words =
@@ -128,7 +127,7 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
         "tkvDvdDisc: {0}/bought.vob is encrypted. Leave it out, or decrypt it first.\n"
         "tkvDvdDisc: {0}/paid.ts is encrypted. Leave it out, or decrypt it first.\n"
         "tkvDvdDisc: {0}/rented.mp4 is encrypted. Leave it out, or decrypt it first.\n"
-        "tkvDvdDisc: {0}/tomorrow.mp4 is in a codec (vvc1) that nothing here knows. Leave it out, "
+        "tkvDvdDisc: {0}/tomorrow.mp4 is in a codec (zzz1) that nothing here knows. Leave it out, "
         "or convert it first.\n",
         folder_.path());
     EXPECT_EQ(makeDisc(words), lines + "status 1\n");
@@ -157,8 +156,9 @@ TEST_F(Films, KeepTheirTime) {
          "-f lavfi -i color=s=320x180:r=25:d=2 -c:a flac");
     // Each field is brighter than the one before, bottom first.
     make("fields.mkv",
-         "-f lavfi -i 'color=s=64x48:r=60000/1001:d=1,format=gray,geq=lum=40+150*T,scale=720:480:"
-         "in_range=tv:out_range=tv,format=yuv420p,interlace=scan=bff:lowpass=off' -c:v mpeg2video "
+         "-f lavfi -i "
+         "'color=s=64x48:r=60000/1001:d=1,format=yuv420p,geq=cb=128:lum=40+150*T,scale=720:480,"
+         "interlace=scan=bff:lowpass=off' -c:v mpeg2video "
          "-q:v 2 -flags +ilme+ildct -top 0");
     // A clock of 90,000 that is taken for a rate.
     const std::string said = makeDisc(
@@ -166,9 +166,10 @@ TEST_F(Films, KeepTheirTime) {
         faked("ffprobe", "$real \"$@\" | sed '/avg_frame_rate/s/\"25.1\"/\"90000\\/1\"/'"));
     EXPECT_NE(said.find("late.mkv, 320 x 180, 25 frames a second"), std::string::npos) << said;
     EXPECT_NEAR(hertzAt(file("out") + kFirstFilm, 0.5), 400 + 400 * 1.6, 20);
-    const std::string greys = raw(file("out/disc/VIDEO_TS/VTS_02_1.VOB"),
-                                  "-vf separatefields,scale=1:1:flags=area,format=gray "
-                                  "-fps_mode passthrough -f rawvideo");
+    const std::string greys =
+        raw(file("out/disc/VIDEO_TS/VTS_02_1.VOB"),
+            "-vf separatefields,scale=1:1:flags=area,format=yuv420p,extractplanes=y "
+            "-fps_mode passthrough -f rawvideo");
     EXPECT_EQ(greys.size(), 50U);
     EXPECT_TRUE(std::ranges::is_sorted(greys, {},
                                        [](char grey) { return static_cast<unsigned char>(grey); }));

@@ -245,8 +245,12 @@ TEST(FilmEncoding, SpeedsUpAndKeepsSoundAndMarks) {
 TEST(FilmEncoding, StandsUprightWithASilentTrack) {
     const TempFolder folder;
     made(folder, "lying.mp4", fmt::format(fmt::runtime(kBars), "192x324", "null", ""));
-    const Film film = made(folder, "phone.mp4",
-                           "-i " + folder.file("lying.mp4") + " -c copy -metadata:s:v rotate=90");
+    // The matrix of the track's header, which telephones write: x and y change places.
+    std::string bytes = test::readText(folder.file("lying.mp4"));
+    const std::string upright("\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\1\0\0", 20);
+    const std::string turned("\0\0\0\0\xFF\xFF\0\0\0\0\0\0\0\1\0\0\0\0\0\0", 20);
+    bytes.replace(bytes.find(upright, bytes.find("tkhd")), upright.size(), turned);
+    const Film film = probed(folder.write("phone.mp4", bytes));
     const Film result = encoded(folder, film, conversionOf(film, kNtsc, false));
     const Bitmap shown = firstPicture(folder, result.source.path);
     EXPECT_EQ(pixel(shown, 100, 240), kBlack);
@@ -262,13 +266,12 @@ TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
         const TempFolder folder;
         const bool isPal = rate == std::string("25");
         // A picture's grey is its number, among twenty.
-        const Film film = made(
-            folder, "film.mkv",
-            fmt::format(
-                "-f lavfi -i 'color=black:s=64x48:d=4:r={},format=gray,"
-                "geq=lum=16+10*mod(N\\,20),scale=768:576:in_range=tv:out_range=tv,format=yuv420p' "
-                "-c:v ffv1",
-                rate));
+        const Film film =
+            made(folder, "film.mkv",
+                 fmt::format("-f lavfi -i 'color=black:s=64x48:d=4:r={},format=yuv420p,"
+                             "geq=cb=128:lum=16+10*mod(N\\,20),scale=768:576' "
+                             "-c:v ffv1",
+                             rate));
         const Conversion conversion = conversionOf(film, isPal ? kPal : kNtsc, false);
         EncoderRun encoder;
         encoder.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
@@ -481,7 +484,7 @@ std::vector<double> lateness(const std::string& film) {
     std::vector<double> levels, samples;
     for (const char byte :
          run(fmt::format("ffmpeg -nostdin -v error -i {} -map 0:v -vf scale=1:1:flags=area,"
-                         "format=gray,fps={} -f rawvideo -",
+                         "format=yuv420p,extractplanes=y,fps={} -f rawvideo -",
                          film, kLevels)))
         levels.push_back(static_cast<unsigned char>(byte));
     for (const char byte :
@@ -509,8 +512,9 @@ TEST(FilmEncoding, KeepsSoundInStep) {
         const std::string name = fmt::format("film.{}", row.ending);
         made(folder, name,
              fmt::format(
-                 "-f lavfi -i 'color=s=64x36:r={0}:d=3.2,format=gray,geq=lum=if(gt(T\\,0.5)*lt("
-                 "mod(T\\,1)\\,2.5/{0})\\,235\\,16),format=yuv420p' "
+                 "-f lavfi -i "
+                 "'color=s=64x36:r={0}:d=3.2,format=yuv420p,geq=cb=128:lum=if(gt(T\\,0.5)*lt("
+                 "mod(T\\,1)\\,2.5/{0})\\,235\\,16)' "
                  "-f lavfi -i 'aevalsrc=if(gt(t\\,0.5)*lt(mod(t\\,1)\\,0.1)\\,sin(6283*t)\\,0)"
                  ":s=48000:d=3.2' -c:v libx264 -g 25 -c:a {1}",
                  row.rate, row.codec));

@@ -1,3 +1,5 @@
+#include <fmt/ranges.h>
+
 #include <filesystem>
 
 #include "disc/film/suggestion.h"

@@ -3,6 +3,7 @@
 #include <cairo-pdf.h>
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <memory>
 #include <new>

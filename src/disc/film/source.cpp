@@ -1,6 +1,7 @@
 #include "disc/film/source.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <filesystem>
 #include <map>

@@ -1,6 +1,7 @@
 #include "disc/make/cover_list.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,7 @@
 #include "disc/plan/report.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>

@@ -1,6 +1,7 @@
 #include "disc/project/project_text.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <toml++/toml.h>
 
 #include <sstream>

@@ -20,6 +20,8 @@ constexpr std::string_view kFormats =
     "mlp,flac,ape,wv,tta,tak,mpc,mpc8,amr,voc,xwma,dsf,iff,oma,spdif,loas";
 
 constexpr std::string_view kNotAllowed = "] Format not on whitelist";
+// What ffmpeg says since version 7 of a playlist under the name of a film.
+constexpr std::string_view kRenamedPlaylist = "Not detecting m3u8/hls";
 
 constexpr std::array<std::string_view, 6> kPlaylists{"hls", "dash", "concat",
                                                      "sdp", "imf",  "webm_dash_manifest"};
@@ -31,6 +33,10 @@ constexpr std::array<std::string_view, 22> kTexts{
 template <std::size_t count>
 bool isAmong(const std::array<std::string_view, count>& names, std::string_view name) {
     return std::ranges::find(names, name) != names.end();
+}
+
+ForeignFormat playlist() {
+    return {"it is a playlist, which only names other files", NoFilm::Kind::playlist};
 }
 
 }  // namespace
@@ -52,12 +58,11 @@ std::vector<std::string> guardedCommand(const std::vector<std::string>& command)
 }
 
 std::optional<ForeignFormat> foreignFormat(std::string_view line) {
+    if (line.starts_with(kRenamedPlaylist)) return playlist();
     // "[hls @ 0x55c14a53f500] Format not on whitelist …"
     if (!line.starts_with('[') || line.find(kNotAllowed) == std::string_view::npos) return {};
     const std::string_view name = line.substr(1, line.find(' ') - 1);
-    if (isAmong(kPlaylists, name))
-        return ForeignFormat{"it is a playlist, which only names other files",
-                             NoFilm::Kind::playlist};
+    if (isAmong(kPlaylists, name)) return playlist();
     if (isAmong(kTexts, name)) return ForeignFormat{"it is a text"};
     if (name.starts_with("image2") || name.ends_with("_pipe"))
         return ForeignFormat{"it is a picture"};

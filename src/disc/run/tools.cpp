@@ -1,6 +1,7 @@
 #include "disc/run/tools.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <array>
 #include <cerrno>
