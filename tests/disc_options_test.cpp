@@ -27,6 +27,14 @@ void expectChanged(const Bitmap& before, const Bitmap& after, const Box& there) 
         << testing::PrintToString(changed);
 }
 
+/// Writes a configuration that knows no font but DejaVu, whatever this machine has.
+void writeFonts(const TempFolder& folder) {
+    const fs::path font = run("fc-match -f %{file} 'DejaVu Sans'");
+    folder.write("fonts.conf",
+                 fmt::format("<fontconfig><dir>{}</dir><cachedir>{}</cachedir></fontconfig>",
+                             font.parent_path().string(), folder.file("fonts")));
+}
+
 /// A film that is ready for a PAL disc and longer than its excerpt.
 constexpr const char* kLong =
     "-f lavfi -i color=s=352x288:r=25:d=35 -target pal-dvd -aspect 4:3 -s 352x288";
@@ -127,6 +135,61 @@ TEST_F(Films, FollowTheOptions) {
     EXPECT_NE(silent.find("silent |.mp4 holds no sound"), std::string::npos) << silent;
 }
 
+TEST_F(Films, TellWhichLettersNoFontHas) {
+    make("film.mp4", "-f lavfi -i testsrc2=s=160x90:r=5:d=60");
+    writeFonts(folder_);
+    const std::string core = ": install fonts-noto-core", cjk = ": install fonts-noto-cjk";
+    const std::string none = ", and no package is known that has them";
+    // Of the texts that need no line, some are letters of DejaVu's, some show nothing.
+    const struct {
+        const char* chapter;
+        std::string line;
+    } rows[] = {
+        {"Été, Đặng, e\u0301\u0323, Ђ, Ω, שלום, مرحبا, ქართული", ""},
+        {"花火", "Japanese letters of \"花火\" and 2 other texts" + cjk},
+        {"花火の夜", ""},
+        {"ｱｲｳ、！", ""},
+        {"a\u200Db\u200C\u00AD\uFE0F\u2060\U000E0067\u3000c\td\uFFFD", ""},
+        {"서울의 봄", "Korean letters of \"서울의 봄\"" + cjk},
+        {"Film： Teil 2", "East Asian signs of \"Film： Teil 2\"" + cjk},
+        {"Ende 🎉 ☀️",
+         "emoji of \"Ende 🎉 ☀️\" and 1 other text: install fonts-noto-color-emoji"},
+        {"🇩🇪 👨\u200D👩\u200D👧 1️⃣", ""},
+        {"สวัสดี", "Thai letters of \"สวัสดี\"" + core},
+        {"नमस्ते", "Devanagari letters of \"नमस्ते\"" + core},
+        {"ꕙ ᐃᓄᒃ", "Vai letters of \"ꕙ ᐃᓄᒃ\"" + core},
+        {"𝄞", "symbols of \"𝄞\"" + core},
+        {"\uF8FF Musik",
+         "private or unknown characters of \"\uF8FF Musik\" and 1 other text" + none},
+        {"\u0378", ""},
+        {"𐕰", "Vithkuqi letters of \"𐕰\"" + none},
+    };
+    std::string project = "[[film]]\npath = 'film.mp4'\ncaption = 'One'\nchapters = [", lines;
+    int seconds = 0;
+    for (const auto& [chapter, line] : rows) {
+        project += fmt::format("\"0:{:02} {}\", ", seconds, chapter);
+        seconds += 3;
+        if (!line.empty()) lines += "No installed font has the " + line + "\n";
+    }
+    folder_.write("texts.toml", project + "]\n");
+    const struct {
+        const char* words;
+        std::string lines;
+    } runs[] = {
+        {"--no-menu texts.toml", lines},
+        {"--language ja film.mp4 film.mp4",
+         "No installed font has the Japanese letters of \"すべて再生\" and 1 other text" + cjk +
+             "\n"},
+        {"--title 花火 --language de film.mp4",
+         "No installed font has the Chinese characters of \"花火\"" + cjk + "\n"},
+    };
+    for (const auto& [words, said] : runs) {
+        EXPECT_EQ(makeDisc(fmt::format("--preview -o out {} 2>&1 | grep '^No '", words),
+                           "export FONTCONFIG_FILE=$PWD/fonts.conf; "),
+                  said + "status 0\n");
+    }
+}
+
 /// What a person changes between two runs, or a disk, and what is made again: the kinds of results
 /// in work/, and the menu, for which an encoder is asked in vain. Damage is told of.
 TEST_F(Films, AreMadeAgainWhereTheyChanged) {
@@ -148,9 +211,7 @@ TEST_F(Films, AreMadeAgainWhereTheyChanged) {
     EXPECT_EQ(player.place(), "film 1");
     EXPECT_EQ(player.leave(), "films-1");
 
-    folder_.write("fonts.conf",
-                  fmt::format("<fontconfig><dir>{}</dir></fontconfig>",
-                              fs::path(run("fc-match -f %{file} sans")).parent_path().string()));
+    writeFonts(folder_);
     const std::string noEncoder =
         faked("ffmpeg", "case \"$*\" in *pipe:0*) exit 1;; esac; exec $real \"$@\"");
     const struct {

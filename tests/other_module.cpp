@@ -4,4 +4,4 @@
 // what it takes them for.
 
 extern "C" __attribute__((visibility("default"))) const tkv::DesktopGraphics tkvDesktopGraphics{
-    {1, sizeof(tkv::DesktopGraphics)}, {}, {}, {}, {}, {}, {}, {}};
+    {1, sizeof(tkv::DesktopGraphics)}, {}, {}, {}, {}, {}, {}, {}, {}};

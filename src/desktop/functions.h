@@ -11,6 +11,7 @@ namespace tkv::desktop {
 
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
+std::u32string lettersWithoutFont(const std::string& text);
 std::string fallbackFaces();
 bool isReadByPixbuf(ByteView head);
 std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed);

@@ -9,6 +9,7 @@
 TKV_SEEN_OUTSIDE const tkv::DesktopGraphics tkvDesktopGraphics{
     {TKV_MODULE_VERSION, sizeof(tkv::DesktopGraphics)},
     tkv::desktop::rasterizeText,
+    tkv::desktop::lettersWithoutFont,
     tkv::desktop::fallbackFaces,
     tkv::desktop::isReadByPixbuf,
     tkv::desktop::decodeWithPixbuf,

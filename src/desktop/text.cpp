@@ -99,9 +99,9 @@ std::span<const std::string> shownLines(const std::vector<std::string>& lines, c
     return frame.growsUpwards ? all.last(count) : all.first(count);
 }
 
-/// Lines wider than the frame are ellipsized at their end.
+/// Lines wider than that, in pixels, are ellipsized at their end.
 PangoLayoutOwner layOut(std::span<const std::string> lines, const PangoFontDescription* font,
-                        const Frame& frame) {
+                        double width) {
     constexpr std::size_t kMostCharacters = 4000;
     std::string text;
     for (const std::string& line : lines) {
@@ -112,7 +112,7 @@ PangoLayoutOwner layOut(std::span<const std::string> lines, const PangoFontDescr
     PangoLayoutOwner layout(pango_layout_new(sharedContext()));
     pango_layout_set_font_description(layout.get(), font);
     pango_layout_set_text(layout.get(), text.c_str(), static_cast<int>(text.size()));
-    pango_layout_set_width(layout.get(), pango_units_from_double(frame.width));
+    pango_layout_set_width(layout.get(), pango_units_from_double(width));
     pango_layout_set_ellipsize(layout.get(), PANGO_ELLIPSIZE_END);
     return layout;
 }
@@ -179,6 +179,16 @@ bool drawLines(Bitmap& target, const Box& box, const std::vector<PlacedLine>& li
     return cairo_status(context.get()) == CAIRO_STATUS_SUCCESS;
 }
 
+/// The letters in whose place Pango draws boxes.
+void appendBoxes(const PangoGlyphString& string, std::u32string& letters) {
+    constexpr char32_t kReplacement = 0xFFFD;  // For it Pango has a sign of its own.
+    for (int i = 0; i < string.num_glyphs; ++i) {
+        const PangoGlyph glyph = string.glyphs[i].glyph;
+        const char32_t letter = glyph & ~PANGO_GLYPH_UNKNOWN_FLAG;
+        if (letter != glyph && letter != kReplacement) letters += letter;
+    }
+}
+
 /// Callback for each font of a fontset. `names` is a string; FALSE continues the iteration.
 gboolean appendName(PangoFontset*, PangoFont* face, gpointer names) {
     const FontDescription description(pango_font_describe(face));
@@ -199,7 +209,7 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     const Frame frame = frameOf(place, attributes.alignment, canvas);
     const std::span<const std::string> shown = shownLines(all, frame, lineBox);
     if (shown.empty()) return std::nullopt;
-    const PangoLayoutOwner layout = layOut(shown, font.get(), frame);
+    const PangoLayoutOwner layout = layOut(shown, font.get(), frame.width);
     const std::vector<PlacedLine> lines = placeLines(layout.get(), frame, lineBox);
     Box ink;
     for (const PlacedLine& line : lines)
@@ -216,6 +226,21 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     const bool isWhole = drawLines(*bitmap, box, lines, attributes.color);
     addShadow(*bitmap, attributes.shadow);
     return PlacedBitmap{*std::move(bitmap), box.left, box.top, isWhole};
+}
+
+std::u32string lettersWithoutFont(const std::string& text) {
+    constexpr double kNoEdge = 1e6;
+    const std::vector<std::string> lines = linesToDraw(text);
+    if (lines.empty()) return {};
+    const PangoLayoutOwner layout = layOut(lines, fontOf(16).get(), kNoEdge);
+    std::u32string letters;
+    for (const GSList* line = pango_layout_get_lines_readonly(layout.get()); line != nullptr;
+         line = line->next) {
+        const GSList* run = static_cast<const PangoLayoutLine*>(line->data)->runs;
+        for (; run != nullptr; run = run->next)
+            appendBoxes(*static_cast<const PangoGlyphItem*>(run->data)->glyphs, letters);
+    }
+    return letters;
 }
 
 std::string fallbackFaces() {

@@ -18,6 +18,7 @@
 #include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/menu_maker.h"
+#include "disc/make/missing_letters.h"
 #include "disc/make/scenes.h"
 #include "disc/plan/report.h"
 #include "disc/project/names.h"
@@ -123,6 +124,8 @@ class DiscMaker {
         lookAtFilms();
         if (!options_.isPreview && isSharedOut(plan_)) shareByHardness();
         for (const std::string& line : planLines(plan_))
+            progress_.say(line);
+        for (const std::string& line : missingLetterLines(plan_, labels()))
             progress_.say(line);
         if (options_.isPreview) {
             makePreviews();

@@ -22,6 +22,10 @@ std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAtt
     return fromModule(&DesktopGraphics::rasterizeText, text, attributes, place, canvas);
 }
 
+std::u32string lettersWithoutFont(const std::string& text) {
+    return fromModule(&DesktopGraphics::lettersWithoutFont, text);
+}
+
 std::string fallbackFaces() {
     return fromModule(&DesktopGraphics::fallbackFaces);
 }

@@ -13,6 +13,7 @@ struct DesktopGraphics {
     static constexpr const char* kSymbol = "tkvDesktopGraphics";
     TableStamp stamp;
     decltype(&tkv::rasterizeText) rasterizeText;
+    decltype(&tkv::lettersWithoutFont) lettersWithoutFont;
     decltype(&tkv::fallbackFaces) fallbackFaces;
     decltype(&tkv::isReadByPixbuf) isReadByPixbuf;
     decltype(&tkv::decodeWithPixbuf) decodeWithPixbuf;

@@ -35,6 +35,11 @@ using TextPlace = std::variant<Point, Rect>;
 std::optional<PlacedBitmap> rasterizeText(const std::string& text, const TextAttributes& attributes,
                                           const TextPlace& place, PixelSize canvas);
 
+/// The letters of a text that show as boxes, since no installed font has a glyph for them. Those
+/// that show nothing, such as joiners, are not among them. `text`: as for rasterizeText. Empty
+/// without the module.
+std::u32string lettersWithoutFont(const std::string& text);
+
 /// The fonts in which glyphs are looked up, one per line and in order: the primary font, then the
 /// fallback fonts as the user's language prefers them. Texts look the same where this is the same;
 /// empty without the module. Takes some hundredths of a second.

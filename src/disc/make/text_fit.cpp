@@ -14,9 +14,6 @@ namespace tkv::disc {
 
 namespace {
 
-// Of a text that is longer no page shows more.
-constexpr std::size_t kMostCharacters = 200;
-
 // Columns of the page: where a title ends at the latest, and its distance from a label.
 constexpr double kTitleEnd = 640;
 constexpr double kGap = 12;

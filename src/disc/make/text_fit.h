@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,9 @@
 #include "composer/page.h"
 
 namespace tkv::disc {
+
+/// Of a text that is longer no page shows more.
+inline constexpr std::size_t kMostCharacters = 200;
 
 /// Cuts the texts of a page at the ends of their places, with an ellipsis: captions at the edge of
 /// their thumbnail, so that none runs through its neighbour, the title before the label that plays
