@@ -1,6 +1,7 @@
 #include "disc/make/missing_letters.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 #include <unicode/uscript.h>
