@@ -24,6 +24,7 @@ void endBySignal(int signal) {
 
 int main(int argc, char** argv) {
     tkv::openStandardStreams();
+    tkv::reserveStandardError();
     // A host that has closed its end of the pipe still wants the page, so SIGPIPE is ignored.
     tkv::handleEndingSignals(endBySignal, static_cast<int>(SA_RESETHAND));
     try {

@@ -1,5 +1,6 @@
 #include "system/log.h"
 
+#include <fcntl.h>
 #include <fmt/chrono.h>
 #include <unistd.h>
 
@@ -21,6 +22,11 @@ LogSink& logSink() {
     return sink;
 }
 
+std::FILE*& errorStream() {
+    static std::FILE* stream = stderr;
+    return stream;
+}
+
 std::string logPrefix() {
     using namespace std::chrono;
     const auto now = system_clock::now();
@@ -37,9 +43,20 @@ void setLogSink(LogSink sink) {
     logSink() = std::move(sink);
 }
 
+void reserveStandardError() {
+    const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const int kept = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    std::FILE* const stream = nowhere < 0 || kept < 0 ? nullptr : fdopen(kept, "w");
+    if (stream != nullptr && dup2(nowhere, STDERR_FILENO) == STDERR_FILENO) {
+        std::setvbuf(stream, nullptr, _IONBF, 0);
+        errorStream() = stream;
+    }
+    if (nowhere >= 0) close(nowhere);
+}
+
 void writeStandardError(std::string_view text) {
     if (logSink()) return logSink()(text);
-    static_cast<void>(std::fwrite(text.data(), 1, text.size(), stderr));
+    static_cast<void>(std::fwrite(text.data(), 1, text.size(), errorStream()));
 }
 
 void writeLog(std::string_view text) {

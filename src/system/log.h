@@ -18,6 +18,11 @@ using LogSink = std::function<void(std::string_view text)>;
 /// functions below say. Not thread-safe: no other thread may write meanwhile.
 void setLogSink(LogSink sink);
 
+/// From now on only the functions of this header write to the standard error stream: what libraries
+/// print there, or what they start, goes nowhere. Where that cannot be had, all stays as it was. To
+/// be called once, before other threads run.
+void reserveStandardError();
+
 /// Writes `text` unchanged to the standard error stream.
 void writeStandardError(std::string_view text);
 
