@@ -1,12 +1,9 @@
 # Sourced by the scripts beside it: installs Debian packages that are missing.
 
-build_packages=(
-    cmake g++ ninja-build pkg-config
-    libcairo2-dev libexif-dev libfmt-dev libgdk-pixbuf-2.0-dev libgif-dev libglib2.0-dev
-    libicu-dev libjpeg62-turbo-dev liblcms2-dev libopenjp2-7-dev libpango1.0-dev libpng-dev
-    libcli11-dev libdvdnav-dev libpugixml-dev libtomlplusplus-dev nlohmann-json3-dev zlib1g-dev
-    dvdauthor ffmpeg fonts-dejavu-core genisoimage
-)
+# The libraries are named where CMake looks for them.
+mapfile -t build_packages < <(sed -n 's/^tkv_find(\([^ ]*\).*/\1/p' \
+    "$(dirname "${BASH_SOURCE[0]}")/../cmake/libraries.cmake")
+build_packages+=(cmake g++ ninja-build dvdauthor ffmpeg fonts-dejavu-core genisoimage)
 
 # What the tests need besides: their framework, other people's programs that open what the tool
 # wrote or make a disc of it, fonts for the scripts that DejaVu lacks, and photographs.
