@@ -86,7 +86,7 @@ profile() {
     cat "$body"
     rm "$body"
 }
-parts=$(mktemp -d)
+parts=$(mktemp -d -p .)
 trap 'rm -rf "$parts"' EXIT
 { printf 'XYZ \0\0\0\0'; d50; } >$parts/white
 { printf 'XYZ \0\0\0\0'; numbers 0x5000 0x6000 0x4000; } >$parts/color

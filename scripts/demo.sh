@@ -67,5 +67,5 @@ Made, in $out:
   main-overlay/        menu_169.txt and menu_43.txt, the button maps for wide and for 4:3 displays, and
   submenu-overlay/     the pictures a player shows over a button; menu.png marks where the buttons are
   jacket.jpg           the cover: title, today's date, icon, one line of text
-  dvd/                 a disc of four films with animated menus; to play it: vlc dvd://$out/dvd/disc.iso
+  dvd/                 a disc of four films with animated menus; to play it: vlc $(printf %q "dvd://$out/dvd/disc.iso")
 EOF

@@ -80,6 +80,6 @@ for input in "${found[@]}"; do
     run=$(basename "$input")
     program=$(awk -v run="${run%%-*}" '$1 == run { print $2 }' "$build/fuzz/targets")
     echo "Crash: $input"
-    echo "  run again: ASAN_OPTIONS=$ASAN_OPTIONS $build/bin/$program ${limits[*]} $input"
+    echo "  run again: ASAN_OPTIONS=$ASAN_OPTIONS ${build@Q}/bin/$program ${limits[*]} ${input@Q}"
 done
 ! awk '{ crashes += $NF } END { exit crashes == 0 }' "$build"/logs/*.row

@@ -11,7 +11,7 @@ std::string asIn(const std::string& shell, const std::string& option) {
 }
 
 TEST(Completion, KnowsEveryOptionLabelAndLanguage) {
-    const std::string help = run(discProgramPath() + " --help");
+    const std::string help = run(quoted(discProgramPath()) + " --help");
     const std::regex option("\n +(-[a-z],)?--([a-z-]+)");
     const auto first = std::sregex_iterator(help.begin(), help.end(), option);
     ASSERT_GT(std::distance(first, {}), 15) << help;

@@ -82,7 +82,7 @@ TEST(Export, GifKeepsFewColoursAndComesNearToMany) {
     // ImageMagick, which dithers too, comes to 32.4 and 35.0 dB.
     for (const auto& [name, decibels] : {std::pair{"harbour", 35.0}, {"city", 37.15}}) {
         const std::string photo = checkoutPath(fmt::format("examples/media/{}.jpg", name));
-        run(magick() + photo + " -resize '640x360!' " + png);
+        run(magick() + quoted(photo) + " -resize '640x360!' " + png);
         ASSERT_TRUE(imgExport(decodePicture(png), gif, 1));
         const std::string seen = run("compare -metric PSNR " + png + " " + gif + " null: || true");
         EXPECT_GT(std::stod(seen), decibels) << name;

@@ -123,7 +123,7 @@ TEST(Decoders, KeepDetailAlikeInEveryFormat) {
     run(
         fmt::format("ffmpeg -v error -i {} -vf scale=500:375,noise=alls=30,scale=1000:750,"
                     "noise=alls=14 {}",
-                    checkoutPath("examples/media/harbour.jpg"), photo));
+                    quoted(checkoutPath("examples/media/harbour.jpg")), photo));
     run(
         fmt::format("cd {} && {}p.png -quality 98 -sampling-factor 4:4:4 p.jpg && {}p.png p.tif && "
                     "{}p.png -define "
@@ -160,7 +160,7 @@ TEST(DecodeJpeg, SparesOnlyTheScansThatNobodySees) {
     run(
         fmt::format("ffmpeg -v error -i {} -vf scale=324:243,noise=alls=14,scale=647:485,"
                     "noise=alls=10 {}",
-                    checkoutPath("examples/media/harbour.jpg"), folder.file("p.png")));
+                    quoted(checkoutPath("examples/media/harbour.jpg")), folder.file("p.png")));
     const Bitmap photo = decodePicture(folder.file("p.png")).value();
     for (const float quality : {0.5F, 0.75F, 0.9F, 0.95F}) {  // The last one in full colour.
         const Bytes baseline = encodeJpeg(photo, quality).value();
