@@ -23,6 +23,20 @@ mkdir -p "$doc"
 license=$sources/LICENSE
 [ "$package" != tkvdvdcheck ] || license=$sources/src/check/LICENSE
 cp "$license" "$doc/copyright"
+# What people read, without pictures, which are larger than the programs. Links lead to what is there;
+# of the others only their words are left.
+case $package in
+    tkvdvdmenuimg)
+        for text in README.md docs/troubleshooting.md docs/embedding.md; do
+            awk -v RS= -v ORS='\n\n' '!/!\[/' "$sources/$text" |
+                sed -E 's#\(docs/(troubleshooting|embedding)\.md#(\1.md#g
+                    s#\(\.\./examples/embedding/#(examples/#g
+                    s#\[([^]]*)\]\((docs/|\.\./|[A-Z])[^)]*\)#\1#g' >"$doc/${text#docs/}"
+        done
+        cp -r "$sources/examples/embedding" "$doc/examples"
+        ;;
+    tkvdvddisc) ln -s ../tkvdvdmenuimg/README.md ../tkvdvdmenuimg/troubleshooting.md "$doc" ;;
+esac
 # What is new: the newest part of CHANGELOG.md, in Debian's form.
 {
     printf 'tkvdvdmenuimg (%s) unstable; urgency=medium\n\n' "$version"
