@@ -28,14 +28,17 @@ struct Packets {
     }
 };
 
-// A pack of a DVD's program stream holds one packet.
+// A pack of a DVD's program stream holds one packet. In MPEG-1 streams, which know no scrambling,
+// it begins earlier.
 constexpr std::size_t kPackBytes = 2048;
 constexpr std::string_view kPackStart("\0\0\1\xBA", 4);
+constexpr std::string_view kPacketStart("\0\0\1", 3);
 
 void countInPacks(std::string_view bytes, Packets& packets) {
     for (; bytes.size() >= kPackBytes; bytes.remove_prefix(kPackBytes)) {
         const auto stream = static_cast<unsigned char>(bytes[17]);
-        const bool isMedia = stream == 0xBD || (stream >= 0xC0 && stream <= 0xEF);
+        const bool isMedia = bytes.substr(14).starts_with(kPacketStart) &&
+                             (stream == 0xBD || (stream >= 0xC0 && stream <= 0xEF));
         if (bytes.starts_with(kPackStart) && isMedia) packets.add((bytes[20] & 0x30) != 0);
     }
 }
