@@ -57,6 +57,8 @@ step() {
 }
 
 debootstrap --variant=minbase --include=git "$suite" "$systems/builder" >"$logs/debootstrap.log"
+# A mirror's copy of sid may be older than its list of packages is valid.
+echo 'Acquire::Check-Valid-Until "false";' >"$systems/builder/etc/apt/apt.conf.d/90any-age"
 git clone -q --no-hardlinks . "$systems/builder/checkout"
 if [ $# -gt 1 ]; then
     in_system builder "${*:2}"

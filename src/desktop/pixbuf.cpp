@@ -206,11 +206,9 @@ int orientationOf(GdkPixbuf* pixbuf, ByteView file) {
 
 // ---- Encoding
 
-enum class Alpha { straight, overBlack };
-
-Pixbuf toPixbuf(const Bitmap& bitmap, Alpha kind) {
-    const bool alpha = kind == Alpha::straight;
-    Pixbuf pixbuf(gdk_pixbuf_new(GDK_COLORSPACE_RGB, alpha, 8, bitmap.width(), bitmap.height()));
+/// What shows over black.
+Pixbuf toOpaquePixbuf(const Bitmap& bitmap) {
+    Pixbuf pixbuf(gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, bitmap.width(), bitmap.height()));
     if (!pixbuf) return pixbuf;
     guint8* first = gdk_pixbuf_get_pixels(pixbuf.get());
     const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));
@@ -218,34 +216,12 @@ Pixbuf toPixbuf(const Bitmap& bitmap, Alpha kind) {
         const std::uint32_t* from = bitmap.row(y);
         guint8* to = first + static_cast<std::size_t>(y) * rowBytes;
         for (int x = 0; x < bitmap.width(); ++x) {
-            const std::uint32_t pixel = alpha ? straight(from[x]) : from[x];
-            *to++ = static_cast<guint8>(redOf(pixel));
-            *to++ = static_cast<guint8>(greenOf(pixel));
-            *to++ = static_cast<guint8>(blueOf(pixel));
-            if (alpha) *to++ = static_cast<guint8>(alphaOf(pixel));
+            *to++ = static_cast<guint8>(redOf(from[x]));
+            *to++ = static_cast<guint8>(greenOf(from[x]));
+            *to++ = static_cast<guint8>(blueOf(from[x]));
         }
     }
     return pixbuf;
-}
-
-using Option = std::pair<std::string, std::string>;
-
-std::optional<Bytes> save(const Pixbuf& pixbuf, const char* type, std::vector<Option> options) {
-    if (!pixbuf) return std::nullopt;
-    std::vector<char*> keys, values;
-    for (Option& option : options) {
-        keys.push_back(option.first.data());
-        values.push_back(option.second.data());
-    }
-    keys.push_back(nullptr);
-    values.push_back(nullptr);
-    gchar* data = nullptr;
-    gsize length = 0;
-    const bool saved = gdk_pixbuf_save_to_bufferv(pixbuf.get(), &data, &length, type, keys.data(),
-                                                  values.data(), nullptr);
-    const Buffer owner(reinterpret_cast<guint8*>(data));
-    if (!saved) return std::nullopt;
-    return Bytes(owner.get(), owner.get() + length);
 }
 
 /// Writes the pixels per metre into the header of a BMP file; the library leaves them out.
@@ -305,18 +281,18 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     return upright(std::move(*bitmap), orientation);
 }
 
-std::optional<Bytes> encodeTiff(const Bitmap& bitmap, std::optional<float> /*factor*/) {
-    const Resolution dots = dotsPerInch(bitmap);
-    // Uncompressed, which every program reads: photographs would hardly compress.
-    return save(toPixbuf(bitmap, Alpha::straight), "tiff",
-                {{"x-dpi", std::to_string(dots.across)},
-                 {"y-dpi", std::to_string(dots.down)},
-                 {"compression", "1"}});
-}
-
 std::optional<Bytes> encodeBmp(const Bitmap& bitmap, std::optional<float> /*factor*/) {
-    std::optional<Bytes> file = save(toPixbuf(bitmap, Alpha::overBlack), "bmp", {});
-    if (file) stateResolution(*file, dotsPerInch(bitmap));
+    const Pixbuf pixbuf = toOpaquePixbuf(bitmap);
+    if (!pixbuf) return std::nullopt;
+    std::array<char*, 1> noOptions{};
+    gchar* data = nullptr;
+    gsize length = 0;
+    const bool isSaved = gdk_pixbuf_save_to_bufferv(pixbuf.get(), &data, &length, "bmp",
+                                                    noOptions.data(), noOptions.data(), nullptr);
+    const Buffer owner(reinterpret_cast<guint8*>(data));
+    if (!isSaved) return std::nullopt;
+    Bytes file(owner.get(), owner.get() + length);
+    stateResolution(file, dotsPerInch(bitmap));
     return file;
 }
 
