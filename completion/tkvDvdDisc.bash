@@ -19,6 +19,7 @@ _tkvDvdDisc() {
             COMPREPLY=($(compgen -W 'marks none every=' -- "$cur"))
             [[ ${COMPREPLY-} != *= ]] || compopt -o nospace
             ;;
+        --subtitles) COMPREPLY=($(compgen -W 'auto none de en es fr it ja nl pt' -- "$cur")) ;;
         --volume) COMPREPLY=($(compgen -W 'keep even' -- "$cur")) ;;
         --pitch) COMPREPLY=($(compgen -W 'keep film' -- "$cur")) ;;
         --language) COMPREPLY=($(compgen -W 'de en es fr it ja nl pt' -- "$cur")) ;;
@@ -33,7 +34,7 @@ _tkvDvdDisc() {
             if [[ $cur == -* ]]; then
                 COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean
                     --keep-going --verify --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
-                    --chapters --volume --pitch --language --label --help --version' -- "$cur"))
+                    --chapters --subtitles --volume --pitch --language --label --help --version' -- "$cur"))
             else
                 _filedir "@(toml|$films)"
             fi

@@ -29,6 +29,7 @@ $disc -l background -x -a "(__tkvDvdDisc_files $pictures) none" -d 'picture behi
 $disc -l music -x -a "(__tkvDvdDisc_files $sounds) none" -d 'sound of the menus'
 $disc -l size -x -a 'dvd5\t"4.7 GB" dvd9\t"8.5 GB"' -d 'the blank disc'
 $disc -l chapters -x -a 'marks none every=' -d 'which films have a chapter menu'
+$disc -l subtitles -x -a 'auto none de en es fr it ja nl pt' -d 'on demand, none, or a language to show'
 $disc -l volume -x -a 'keep even' -d 'loudness of the films'
 $disc -l pitch -x -a 'keep film' -d 'of the sound of films that play faster'
 $disc -l language -x -a 'de en es fr it ja nl pt' -d 'language of the menus'

@@ -37,6 +37,7 @@ _arguments -S \
     "--music=[sound of the menus]:sound: _tkvDvdDisc_file_or_none '$sounds'" \
     '--size=[the blank disc]:disc:((dvd5\:"4.7 GB" dvd9\:"8.5 GB"))' \
     '--chapters=[which films have a chapter menu]:rule:_tkvDvdDisc_chapters' \
+    '--subtitles=[on demand, none, or a language to show]:which:(auto none de en es fr it ja nl pt)' \
     '--volume=[loudness of the films]:how:(keep even)' \
     '--pitch=[of the sound of films that play faster]:how:(keep film)' \
     '--language=[language of the menus]:language:(de en es fr it ja nl pt)' \

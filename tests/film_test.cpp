@@ -324,7 +324,7 @@ TEST(FilmEncoding, PullsCinemaDown) {
     const std::string copy = folder.file("copy.mpg");
     const Film pulled = probed(output);
     const Conversion copied = conversionOf(pulled, kNtsc, true);
-    runQuietly(remuxCommand(pulled, copied, copy));
+    runQuietly(remuxCommand(pulled, copied, "", copy));
     EXPECT_EQ(probed(copy).frames, copied.frames);
     EXPECT_EQ(copied.shownFrames(), conversion.shownFrames());
 

@@ -17,6 +17,7 @@
 #include "disc/make/cover_pictures.h"
 #include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
+#include "disc/make/film_subtitles.h"
 #include "disc/make/menu_maker.h"
 #include "disc/make/missing_letters.h"
 #include "disc/make/scenes.h"
@@ -25,6 +26,8 @@
 #include "disc/run/parallel_tasks.h"
 #include "disc/run/text_file.h"
 #include "disc/run/workshop.h"
+#include "disc/subtitle/choice.h"
+#include "disc/subtitle/texts.h"
 #include "graphics/sheet.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -155,12 +158,19 @@ class DiscMaker {
         const auto passedOver = films_.probe(
             stop_, [&](const FilmSource& source) { return probeFilmOnce(source, workshop_); });
         if (!passedOver.empty()) progress_.say(passedOverLine(passedOver));
+        films_.visit([&](Film& film, const FilmRequest& request) {
+            chooseSubtitles(request, options_.project, film);
+            for (const FilmSubtitle& subtitle : film.subtitles) {
+                if (!subtitle.path.empty()) requireOutside(options_.output, subtitle.path);
+            }
+        });
         if (!options_.isPreview) {
-            films_.visit([&](Film& film) {
+            films_.visit([&](Film& film, const FilmRequest&) {
                 const Progress::Task task(
                     progress_, fmt::format("Looking through {}", lastComponent(film.source.path)),
                     0);
                 countFramesOnce(film, workshop_);
+                readSubtitles(film, workshop_);
             });
         }
         sayLeftOut();
@@ -245,8 +255,11 @@ class DiscMaker {
     // could not be made: they are not in the plan any more.
     bool makePieces() {
         pieces_ = {};
-        for (const DiscFilm& film : plan_.films)
+        for (const DiscFilm& film : plan_.films) {
             pieces_.films.push_back(filmName(film));
+            pieces_.palettes.push_back(
+                film.subtitles.empty() ? "" : subtitlePalette(subtitlesName(film)));
+        }
         folder_.requireSpace(bytesNeeded());
         FilmMaker maker(plan_, workshop_, progress_);
         MenuMaker menus = menuMaker();

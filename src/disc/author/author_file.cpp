@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <pugixml.hpp>
 #include <sstream>
 #include <utility>
@@ -24,6 +25,7 @@ constexpr std::string_view kNextFilm = "g2";       // to be played by its page; 
 constexpr std::string_view kPlayingAll = "g3";     // 1 while the films follow each other
 constexpr std::string_view kChapterPage = "g4";    // from 1; 0: the film was started elsewhere
 constexpr std::string_view kChapterButton = "g5";  // there
+constexpr std::string_view kSubtitled = "g6";      // 1: a film has switched subtitles on
 
 template <typename... Args>
 void add(std::string& commands, fmt::format_string<Args...> format, Args&&... args) {
@@ -61,6 +63,20 @@ void setVideo(pugi::xml_node& parent, Standard standard, bool isWide, const char
     video.append_attribute("format") = factsOf(standard).name.data();
     video.append_attribute("aspect") = isWide ? "16:9" : "4:3";
     if (isWide) video.append_attribute("widescreen") = widescreen;
+}
+
+// As the disc's tables tell whom subtitles are for.
+const char* contentOf(SubtitleKind kind) {
+    switch (kind) {
+        case SubtitleKind::hearing:
+            return "normal_cc";
+        case SubtitleKind::commentary:
+            return "director";
+        case SubtitleKind::forced:
+            return "forced";
+        default:
+            return "normal";
+    }
 }
 
 class AuthorFile {
@@ -118,7 +134,16 @@ class AuthorFile {
         setVideo(titles, plan_.standard, film.conversion.isWide, "nopanscan");
         for (const DiscTrack& track : film.conversion.tracks)
             titles.append_child("audio").append_attribute("lang") = track.language.c_str();
+        for (const DiscSubtitle& subtitle : film.subtitles) {
+            pugi::xml_node stream = titles.append_child("subpicture");
+            stream.append_attribute("lang") = subtitle.source.language.c_str();
+            stream.append_attribute("content") = contentOf(subtitle.source.kind);
+        }
         pugi::xml_node pgc = titles.append_child("pgc");
+        if (!film.subtitles.empty())
+            pgc.append_attribute("palette") = pieces_.palettes[film.number].c_str();
+        if (const std::string shown = showSubtitles(film); !shown.empty())
+            addText(pgc, "pre", shown);
         pugi::xml_node vob = pgc.append_child("vob");
         vob.append_attribute("file") = pieces_.films[film.number].c_str();
         std::string chapters;
@@ -126,6 +151,24 @@ class AuthorFile {
             chapters += fmt::format("{}{:.3f}", chapters.empty() ? "" : ",", chapter.seconds);
         vob.append_attribute("chapters") = chapters.c_str();
         addText(pgc, "post", afterFilm(film));
+    }
+
+    // What the viewer has chosen stays from film to film. What a film has switched on is switched
+    // off by the next one.
+    std::string showSubtitles(const DiscFilm& film) const {
+        constexpr int kNoSubtitles = 62, kShown = 64;
+        const auto isShown = [](const DiscSubtitle& subtitle) { return subtitle.isShown; };
+        const auto shown = std::ranges::find_if(film.subtitles, isShown);
+        std::string commands;
+        if (shown != film.subtitles.end()) {
+            add(commands, "subtitle = {}; {} = 1;", kShown + (shown - film.subtitles.begin()),
+                kSubtitled);
+        } else if (std::ranges::any_of(plan_.films, [&](const DiscFilm& other) {
+                       return std::ranges::any_of(other.subtitles, isShown);
+                   })) {
+            add(commands, "if ({0} eq 1) {{ subtitle = {1}; {0} = 0; }}", kSubtitled, kNoSubtitles);
+        }
+        return commands;
     }
 
     // The Menu key leads to the chapters, or to the page that shows the film; without menus to

@@ -31,6 +31,28 @@ struct AudioTrack {
     double late = 0;              ///< seconds after the film's first frame; below 0: before it
 };
 
+/// Subtitle tracks of a disc's film. Those that a film has beyond are left out.
+inline constexpr std::size_t kMostSubtitles = 32;
+
+/// For whom subtitles are.
+enum class SubtitleKind {
+    normal,
+    hearing,     ///< for those who hear badly: they tell of sounds, too
+    commentary,  ///< of what somebody says about the film
+    forced,      ///< for those who understand the film's sound: signs, and what is said in others
+};
+
+struct FilmSubtitle {
+    std::string path;             ///< absolute, of a file of its own; empty: in the film
+    int index = 0;                ///< then: among all streams of the sources
+    std::string codec;            ///< as ffmpeg calls it
+    std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
+    SubtitleKind kind = SubtitleKind::normal;
+    bool isDefault = false;  ///< does it say that it is the one to show?
+    /// In the workshop, what is to be drawn: a file of the format ASS; empty until it is read.
+    std::string text;
+};
+
 /// The level of MPEG-2 that is called main, that of discs.
 inline constexpr int kMainLevel = 8;
 
@@ -55,8 +77,11 @@ struct Film {
     std::string taken;      ///< when, by its own tag, in ISO 8601; empty when it has none
     VideoTrack video;
     std::vector<AudioTrack> audio;
-    std::vector<Chapter> marks;  ///< its own, as they stand in the file
-    double start = 0;            ///< of the file's own time, in seconds
+    std::vector<FilmSubtitle> subtitles;     ///< its own; those for the disc once they are chosen
+    std::vector<int> fonts;                  ///< attached to it: their places among all streams
+    std::vector<std::string> subtitleNotes;  ///< what is worth telling of them, a sentence each
+    std::vector<Chapter> marks;              ///< its own, as they stand in the file
+    double start = 0;                        ///< of the file's own time, in seconds
     double seconds = 0;          ///< by the file's word; by its frames once they are counted
     double lost = 0;             ///< seconds before the first frame that can be decoded, as counted
     bool hasNavigation = false;  ///< DVD navigation packs

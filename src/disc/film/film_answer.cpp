@@ -9,7 +9,8 @@
 #include <optional>
 #include <utility>
 
-#include "disc/film/languages.h"
+#include "disc/film/subtitle_words.h"
+#include "disc/project/languages.h"
 #include "disc/run/fault.h"
 
 namespace tkv::disc {
@@ -143,6 +144,27 @@ AudioTrack audioTrackOf(const Json& stream) {
     return track;
 }
 
+FilmSubtitle subtitleOf(const Json& stream) {
+    FilmSubtitle subtitle;
+    subtitle.index = intOf(stream, "index");
+    subtitle.codec = textOf(stream, "codec_name");
+    subtitle.language = discLanguage(tagOf(stream, "language", "LANGUAGE"));
+    subtitle.kind = kindInTitle(tagOf(stream, "title", "TITLE"));
+    const Json& disposition = member(stream, "disposition");
+    const auto is = [&](const char* what) { return intOf(disposition, what) != 0; };
+    if (is("hearing_impaired")) subtitle.kind = SubtitleKind::hearing;
+    if (is("comment")) subtitle.kind = SubtitleKind::commentary;
+    if (is("forced")) subtitle.kind = SubtitleKind::forced;
+    subtitle.isDefault = is("default");
+    return subtitle;
+}
+
+bool isFont(const Json& stream) {
+    if (textOf(stream, "codec_type") != "attachment") return false;
+    const std::string type = tagOf(stream, "mimetype", "MIMETYPE");
+    return type.find("font") != std::string::npos || type.find("opentype") != std::string::npos;
+}
+
 bool isKind(const Json& stream, const char* kind) {
     return textOf(stream, "codec_type") == kind && !textOf(stream, "codec_name").empty();
 }
@@ -240,6 +262,8 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
         const AudioTrack track = audioTrackOf(each);
         if (isKind(each, "audio") && track.channels > 0 && track.sampleRate > 0)
             film.audio.push_back(track);
+        if (isKind(each, "subtitle")) film.subtitles.push_back(subtitleOf(each));
+        if (isFont(each)) film.fonts.push_back(intOf(each, "index"));
         if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
     }
     film.start = numberOf(format, "start_time");

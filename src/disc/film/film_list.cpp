@@ -67,10 +67,10 @@ std::vector<std::string> FilmList::probe(ProgramStop& stop,
     return passedOver;
 }
 
-void FilmList::visit(const std::function<void(Film&)>& action) {
+void FilmList::visit(const std::function<void(Film&, const FilmRequest&)>& action) {
     std::vector<std::optional<Fault>> faults;
-    for (Film& film : films_)
-        faults.push_back(faultOf([&] { action(film); }));
+    for (std::size_t i = 0; i < films_.size(); ++i)
+        faults.push_back(faultOf([&] { action(films_[i], project_.films[i]); }));
     leaveOut(faults);
 }
 

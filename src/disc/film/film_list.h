@@ -38,8 +38,8 @@ class FilmList {
     std::vector<std::string> probe(ProgramStop& stop,
                                    const std::function<Film(const FilmSource&)>& probe);
 
-    /// Does something with each film, in turn. Throws as the constructor.
-    void visit(const std::function<void(Film&)>& action);
+    /// Does something with each film and what is asked of it, in turn. Throws as the constructor.
+    void visit(const std::function<void(Film&, const FilmRequest&)>& action);
 
     /// Leaves out films. `faults`: one for each film, none for those that stay. Throws as the
     /// constructor.

@@ -37,6 +37,17 @@ Arguments silentInput() {
     return {"-f", "lavfi", "-i", "anullsrc=channel_layout=stereo:sample_rate=48000"};
 }
 
+// `subtitles`: an index, or empty.
+void appendSubtitleInput(Arguments& arguments, const std::string& subtitles) {
+    // Without the format's name ffmpeg would have to guess, and might read something else.
+    if (!subtitles.empty()) append(arguments, {"-f", "vobsub", "-i", subtitles});
+}
+
+// `input`: the number of that input.
+void appendSubtitles(Arguments& arguments, const std::string& subtitles, int input) {
+    if (!subtitles.empty()) append(arguments, {"-map", fmt::format("{}:s", input), "-c:s", "copy"});
+}
+
 // The graph that makes the disc's frames, "film", and the excerpts' pictures of them, "excerpt0"
 // and so on.
 std::string graphOf(const Film& film, const Conversion& conversion, const EncoderRun& run) {
@@ -212,6 +223,7 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
     Arguments arguments = startedOn(film);
     const bool hasSound = run.pass != Pass::first;
     if (hasSound && conversion.tracks.empty()) append(arguments, silentInput());
+    if (hasSound) appendSubtitleInput(arguments, run.subtitles);
     append(arguments, {"-filter_complex", graphOf(film, conversion, run)});
     // The picture comes first: its number in the log's name is that of the whole command.
     append(arguments, videoArguments(conversion, run.videoRate));
@@ -224,6 +236,7 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
         return arguments;
     }
     append(arguments, soundArguments(film, conversion, run.gain));
+    appendSubtitles(arguments, run.subtitles, conversion.tracks.empty() ? 2 : 1);
     append(arguments, dvdOutput(output));
     for (std::size_t i = 0; i < run.excerpts.size(); ++i) {
         append(arguments, {"-map", fmt::format("[excerpt{}]", i)});
@@ -232,9 +245,11 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
     return arguments;
 }
 
-Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& output) {
+Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& subtitles,
+                       const std::string& output) {
     Arguments arguments = startedOn(film);
     if (conversion.tracks.empty()) append(arguments, silentInput());
+    appendSubtitleInput(arguments, subtitles);
     append(arguments, {"-map", fmt::format("0:{}", film.video.index), "-c", "copy"});
     for (const DiscTrack& track : conversion.tracks)
         append(arguments, {"-map", fmt::format("0:{}", track.index)});
@@ -242,14 +257,18 @@ Arguments remuxCommand(const Film& film, const Conversion& conversion, const std
         append(arguments, {"-map", "1:a", "-c:a", "ac3", "-b:a", fmt::format("{}k", kStereoRate),
                            "-af", fmt::format("atrim=end_sample={}", samplesOf(film.seconds))});
     }
+    appendSubtitles(arguments, subtitles, conversion.tracks.empty() ? 2 : 1);
     append(arguments, dvdOutput(output));
     return arguments;
 }
 
 Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conversion,
-                            const std::string& output) {
+                            const std::string& subtitles, const std::string& output) {
     Arguments arguments = ffmpegStart();
-    append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0", "-map", "0:a", "-c", "copy"});
+    append(arguments, {"-i", "file:" + dvdFilm});
+    appendSubtitleInput(arguments, subtitles);
+    append(arguments, {"-map", "0:v:0", "-map", "0:a", "-c", "copy"});
+    appendSubtitles(arguments, subtitles, 1);
     // ffmpeg reads a wrong time where a frame's header lies in two packs. In a track that was
     // encoded, frame follows frame.
     for (std::size_t i = 0; i < std::max<std::size_t>(conversion.tracks.size(), 1); ++i) {

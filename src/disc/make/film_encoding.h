@@ -29,21 +29,23 @@ struct EncoderRun {
     double gain = 0;    ///< decibels, of all tracks
     std::vector<ExcerptOutput> excerpts;
     Pass pass = Pass::only;
-    std::string passLog;  ///< of two passes; ffmpeg adds "-0.log"
+    std::string subtitles;  ///< the index of the film's; empty without any
+    std::string passLog;    ///< of two passes; ffmpeg adds "-0.log"
 };
 
 Arguments encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
                           const std::string& output);
 
 /// Puts the tracks of a film that is ready for a disc into a DVD program stream, untouched; a
-/// silent one beside them when it has no sound.
-Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& output);
+/// silent one beside them when it has no sound. `subtitles`: as EncoderRun's.
+Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& subtitles,
+                       const std::string& output);
 
 /// Puts the tracks of a disc's film together anew. The muxer leaves out navigation packs while
 /// it waits for a sound that comes late, from a silent input or after a gap; from the finished film
-/// all comes in time.
+/// all comes in time. Subtitles are taken anew: ffmpeg finds none in a film whose first come late.
 Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conversion,
-                            const std::string& output);
+                            const std::string& subtitles, const std::string& output);
 
 /// Cuts frames out of a disc's film. `pattern`: as ExcerptOutput's.
 Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,

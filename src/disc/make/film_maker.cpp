@@ -8,6 +8,7 @@
 
 #include "disc/make/film_loudness.h"
 #include "disc/make/film_passes.h"
+#include "disc/make/film_subtitles.h"
 #include "disc/make/pulldown.h"
 #include "disc/make/scenes.h"
 #include "disc/project/names.h"
@@ -47,6 +48,11 @@ std::string damageName(const std::string& film) {
     return Workshop::nameOf("damage", ".txt", {film});
 }
 
+// The index of a film's subtitles, once they are made; empty without any.
+std::string indexOf(const DiscFilm& film) {
+    return film.subtitles.empty() ? "" : subtitleIndex(subtitlesName(film));
+}
+
 }  // namespace
 
 std::string filmName(const DiscFilm& film) {
@@ -54,10 +60,13 @@ std::string filmName(const DiscFilm& film) {
     const FilmSource& source = film.film.source;
     if (conversion.isCopied) {
         const std::string_view extension = film.film.hasNavigation ? ".vob" : ".mpg";
-        return Workshop::nameOf("film", extension, {source.path, source.stamp, "copied"});
+        std::vector<std::string> inputs{source.path, source.stamp, "copied"};
+        if (!film.subtitles.empty()) inputs.push_back(indexOf(film));
+        return Workshop::nameOf("film", extension, inputs);
     }
     EncoderRun run;
     run.videoRate = conversion.videoRate;
+    run.subtitles = indexOf(film);
     Arguments inputs = encodingCommand(film.film, conversion, run, "");
     inputs.push_back(source.stamp);
     if (conversion.evensLoudness) inputs.emplace_back("even volume");
@@ -74,6 +83,9 @@ FilmMaker::FilmMaker(const DiscPlan& plan, Workshop& workshop, Progress& progres
 std::vector<std::string> FilmMaker::make(const DiscFilm& film) {
     const Workshop::Lock lock(workshop_, film.film.source.stamp);
     const std::string name = filmName(film);
+    // They are wanted for the disc's colours, too.
+    if (const std::string note = makeSubtitles(film, workshop_); !note.empty())
+        progress_.say(note + ".");
     const std::vector<WantedExcerpt> wanted =
         wantedExcerpts(film, name, findScenes(film, workshop_));
     if (workshop_.has(name)) {
@@ -99,13 +111,14 @@ void FilmMaker::copy(const DiscFilm& film, const std::string& name) {
     Progress::Task task = taskFor(progress_, "Copying", film, weightOf(film.conversion));
     const std::string made = Workshop::unfinished(name);
     const std::string path = workshop_.path(made);
-    if (source.hasNavigation && source.source.files.size() == 1 && !source.audio.empty()) {
+    if (source.hasNavigation && source.source.files.size() == 1 && !source.audio.empty() &&
+        film.subtitles.empty()) {
         std::error_code error;
         fs::create_symlink(source.source.files.front(), path, error);
         if (error) fs::copy_file(source.source.files.front(), path);
     } else {
         const int frames = workshop_.tools().encode(
-            remuxCommand(source, film.conversion, made), failing(film, "copied"),
+            remuxCommand(source, film.conversion, indexOf(film), made), failing(film, "copied"),
             [&](double seconds) { task.reach(seconds / source.seconds); });
         expectFrames(film, frames);
     }
@@ -119,6 +132,7 @@ void FilmMaker::encode(const DiscFilm& film, const std::string& name,
     EncoderRun run;
     run.videoRate = rateNow(film);
     run.gain = gainOf(film);
+    run.subtitles = indexOf(film);
     std::erase_if(wanted,
                   [&](const WantedExcerpt& excerpt) { return workshop_.has(excerpt.name); });
     ExcerptBatch excerpts(std::move(wanted), name, workshop_);
@@ -159,7 +173,7 @@ void FilmMaker::interleave(const DiscFilm& film, const std::string& output) cons
     if (film.conversion.isSoundWhole) return;
     const std::string encoded = output + "-encoded.mpg";
     fs::rename(workshop_.path(output), workshop_.path(encoded));
-    workshop_.tools().encode(interleaveCommand(encoded, film.conversion, output),
+    workshop_.tools().encode(interleaveCommand(encoded, film.conversion, indexOf(film), output),
                              failing(film, "put together"));
     fs::remove(workshop_.path(encoded));
 }

@@ -44,7 +44,7 @@ using Hardness = std::array<double, kLookQuantisers.size()>;
 struct DiscLoad {
     struct Film {
         double seconds = 0;
-        int soundRate = 0;       ///< all tracks together
+        int soundRate = 0;       ///< all that is not the picture: sound and subtitles
         std::int64_t bytes = 0;  ///< when they are known already; else 0
         Hardness hardness{};
     };

@@ -198,7 +198,7 @@ void setSound(const Film& film, int stereoRate, Conversion& conversion) {
         conversion.tracks.push_back(std::move(made));
     }
     if (conversion.tracks.empty()) conversion.soundRate = kStereoRate;
-    conversion.topVideoRate = kTopRate - conversion.soundRate;
+    conversion.topVideoRate = kTopRate - conversion.soundRate - conversion.subtitleRate;
 }
 
 FrameRate Conversion::frameRate() const {

@@ -86,6 +86,7 @@ struct Conversion {
     SourceColors colors;
     std::vector<DiscTrack> tracks;  ///< none: the disc's film has a silent one
     int soundRate = 0;              ///< kb/s, of all tracks together
+    int subtitleRate = 0;           ///< kb/s, of all subtitles together
     bool isSoundWhole = false;      ///< are the tracks there all the time?
     bool evensLoudness = false;     ///< is it made as loud as the other films?
     int videoRate = 0;              ///< kb/s of the picture; 0 when it is copied

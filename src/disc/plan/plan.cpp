@@ -72,6 +72,8 @@ std::vector<DiscFilm> recordsOf(const Project& project, std::vector<Film> films)
         record.request = project.films[i];
         record.film = std::move(films[i]);
         record.caption = captions[i];
+        record.subtitles =
+            discSubtitles(record.film, record.request.shown.value_or(project.subtitles));
         record.span = spanOf(record.request, record.film);
     }
     return records;
@@ -82,6 +84,7 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
     conversion = conversionOf(film.film, standard, isCopied);
     conversion.evensLoudness = project.evenVolume;
     conversion.keepsPitch = project.keepsPitch;
+    conversion.subtitleRate = static_cast<int>(film.subtitles.size()) * kSubtitleRate;
     setSound(film.film, kStereoRate, conversion);
     ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
     conversion.chapters = std::move(list.chapters);
@@ -141,6 +144,10 @@ bool isBelowBest(const DiscFilm& film) {
     return !conversion.isCopied && conversion.videoRate < conversion.bestVideoRate();
 }
 
+std::int64_t subtitleBytes(double seconds, int rate) {
+    return static_cast<std::int64_t>(seconds * rate * 1000 / 8);
+}
+
 void setRates(DiscPlan& plan, const Rates& rates) {
     plan.menuRate = rates.menu;
     plan.bytes = rates.bytes;
@@ -158,8 +165,10 @@ DiscLoad loadOf(const DiscPlan& plan) {
     DiscLoad load;
     for (const DiscFilm& film : plan.films) {
         const Conversion& conversion = film.conversion;
-        load.films.push_back({conversion.seconds, conversion.soundRate,
-                              conversion.isCopied ? film.film.source.bytes : 0, film.hardness});
+        const std::int64_t copied =
+            film.film.source.bytes + subtitleBytes(conversion.seconds, conversion.subtitleRate);
+        load.films.push_back({conversion.seconds, conversion.soundRate + conversion.subtitleRate,
+                              conversion.isCopied ? copied : 0, film.hardness});
     }
     load.menuSeconds =
         static_cast<double>(plan.pages.size()) * factsOf(plan.standard).menuSeconds();

@@ -20,6 +20,7 @@
 #include "disc/plan/budget.h"
 #include "disc/plan/conversion.h"
 #include "disc/plan/keys.h"
+#include "disc/plan/subtitles.h"
 #include "disc/project/project.h"
 
 namespace tkv::disc {
@@ -87,6 +88,7 @@ struct DiscFilm {
     Film film;
     std::string caption;
     Conversion conversion;
+    std::vector<DiscSubtitle> subtitles;  ///< in the order of the disc
     Hardness hardness{};            ///< counts where the disc cannot hold all films at their best
     Span span;                      ///< where something of the whole film is to be seen
     std::vector<Excerpt> excerpts;  ///< all that pages show of it

@@ -4,6 +4,7 @@
 #include <fmt/ranges.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iterator>
 
@@ -52,6 +53,21 @@ std::string shellWord(const std::string& path) {
 // Seconds of a film's beginning that nobody misses.
 constexpr double kShortLoss = 0.5;
 
+// "en, fr for the hard of hearing, en forced"; empty without any.
+std::string subtitleWords(const DiscFilm& film) {
+    std::string words;
+    for (const DiscSubtitle& subtitle : film.subtitles) {
+        const FilmSubtitle& source = subtitle.source;
+        words += words.empty() ? ", subtitles: " : ", ";
+        words += source.language == "xx" ? "unknown" : source.language;
+        constexpr std::array<std::string_view, 4> kKinds{"", " with sounds", " commentary",
+                                                         " forced"};
+        words += kKinds.at(static_cast<std::size_t>(source.kind));
+        if (subtitle.isShown) words += " (shown)";
+    }
+    return words;
+}
+
 std::string filmLine(const DiscFilm& film) {
     const VideoTrack& video = film.film.video;
     const Conversion& conversion = film.conversion;
@@ -63,10 +79,10 @@ std::string filmLine(const DiscFilm& film) {
         "  {}  {}, {} x {}, {:.4g} frames a second: ", timeText(std::round(film.film.seconds)),
         lastComponent(film.request.path), video.shown.width, video.shown.height,
         video.frameRate.perSecond());
-    if (conversion.isCopied) return line + "copied as it is" + lost;
+    if (conversion.isCopied) return line + "copied as it is" + lost + subtitleWords(film);
     line += fmt::format("{} at {} kb/s", conversion.isWide ? "16:9" : "4:3", conversion.videoRate);
-    return fmt::format("{}{}{}{}", line, conversion.note.empty() ? "" : ", ", conversion.note,
-                       lost);
+    return fmt::format("{}{}{}{}{}", line, conversion.note.empty() ? "" : ", ", conversion.note,
+                       lost, subtitleWords(film));
 }
 
 // The times that a person has given of a film and that it does not have, a line for each.
@@ -99,6 +115,8 @@ std::vector<std::string> planLines(const DiscPlan& plan) {
     for (const DiscFilm& film : plan.films) {
         lines.push_back(filmLine(film));
         std::ranges::move(beyondLines(film), std::back_inserter(lines));
+        for (const std::string& note : film.film.subtitleNotes)
+            lines.push_back(fmt::format("        {}", note));
     }
     return lines;
 }

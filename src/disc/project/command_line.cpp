@@ -275,7 +275,10 @@ void addFilms(const std::vector<std::string>& words, const std::string& here, Pr
         if (part && (goesOn || part->number == 1))
             continuation = fmt::format("{}/vts_{:02}_{}.vob", folder == "/" ? "" : folder,
                                        part->titleSet, part->number + 1);
-        if (!goesOn) project.films.push_back({path, {}, {}, {}, true});
+        if (goesOn) continue;
+        FilmRequest& film = project.films.emplace_back();
+        film.path = path;
+        film.isListed = true;
     }
 }
 

@@ -43,16 +43,31 @@ struct ChapterRule {
     bool operator==(const ChapterRule&) const = default;
 };
 
+/// A file of subtitles.
+struct SubtitleRequest {
+    std::string path;                     ///< absolute
+    std::optional<std::string> language;  ///< two letters; else what its name tells
+    std::optional<bool> isForced;         ///< the same
+    bool operator==(const SubtitleRequest&) const = default;
+};
+
 struct FilmRequest {
     std::string path;  ///< absolute; a film, a VIDEO_TS folder, or the first VOB of a title
     std::optional<std::string> caption;
     std::vector<double> excerpts;  ///< seconds at which the thumbnail's pictures begin, the first
     std::optional<std::vector<Chapter>> chapters;
     bool isListed = false;  ///< on the command line, where a shell may have listed a folder
+    std::optional<std::vector<SubtitleRequest>> subtitles{};  ///< instead of those found
+    /// Two letters of the subtitles that are shown from the start, or kNone; else as Project's.
+    std::optional<std::string> shown{};
     bool operator==(const FilmRequest&) const = default;
 };
 
-/// Instead of a path: a background or music that is not wanted.
+/// Instead of a language: subtitles that are found stand on the disc, and are shown on demand.
+inline constexpr std::string_view kAuto = "auto";
+
+/// Instead of a path: a background or music that is not wanted. Instead of a language: no
+/// subtitles.
 inline constexpr std::string_view kNone = "none";
 
 struct Project {
@@ -63,6 +78,8 @@ struct Project {
     std::optional<Standard> standard;       ///< by default what most films suggest
     DiscSize size = DiscSize::dvd5;
     ChapterRule chapters;
+    /// Two letters of the subtitles that are shown from the start, kAuto or kNone.
+    std::string subtitles{kAuto};
     bool evenVolume = false;      ///< are the films made equally loud?
     bool keepsPitch = true;       ///< of the sound of films that play faster?
     bool playsFirstFilm = false;  ///< before the menu comes

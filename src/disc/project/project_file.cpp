@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "disc/project/deep_names.h"
+#include "disc/project/languages.h"
 #include "disc/project/names.h"
 #include "disc/project/nearest_name.h"
 #include "disc/project/settings.h"
@@ -20,7 +21,10 @@ namespace {
 
 constexpr std::int64_t kMostBytes = 16 << 20;
 constexpr const char* kFilmTables = "[[film]], one such line above the settings of each film";
-constexpr std::array<std::string_view, 4> kFilmKeys{"path", "caption", "excerpt", "chapters"};
+constexpr std::array<std::string_view, 6> kFilmKeys{"path",     "caption",   "excerpt",
+                                                    "chapters", "subtitles", "show"};
+
+constexpr const char* kLanguage = "the two letters of a language";
 
 std::optional<Chapter> chapterOf(const std::string& text) {
     const std::size_t blank = std::min(text.find_first_of(" \t"), text.size());
@@ -138,6 +142,12 @@ class Reader {
         if (const toml::node* excerpt = table.get("excerpt")) film.excerpts = excerptsIn(*excerpt);
         if (const toml::node* chapters = table.get("chapters"))
             film.chapters = chaptersIn(*chapters);
+        if (const toml::node* files = table.get("subtitles")) film.subtitles = subtitlesIn(*files);
+        if (const toml::node* show = table.get("show")) {
+            const std::string text = textIn(*show, "show", kLanguage);
+            if (text != kNone && !isLanguage(text)) refuse(*show, "show", kLanguage);
+            film.shown = text;
+        }
         return film;
     }
 
@@ -156,6 +166,34 @@ class Reader {
         for (const toml::node& element : *node.as_array())
             add(element);
         return times;
+    }
+
+    // Names of files, or tables of a name and what is not to be read from it.
+    std::vector<SubtitleRequest> subtitlesIn(const toml::node& node) const {
+        constexpr const char* kWanted =
+            "a list such as [\"film.fr.srt\", { path = \"signs.ass\", forced = true }]";
+        const toml::array* array = node.as_array();
+        if (array == nullptr) refuse(node, "subtitles", kWanted);
+        std::vector<SubtitleRequest> files;
+        for (const toml::node& element : *array) {
+            SubtitleRequest file;
+            const toml::table* const table = element.as_table();
+            if (table != nullptr) refuseOthers(*table, {"path", "language", "forced"});
+            const toml::node* const path = table == nullptr ? &element : table->get("path");
+            if (path == nullptr) refuse(element, "subtitles", kWanted);
+            file.path = pathOf(textIn(*path, "subtitles", kWanted));
+            if (file.path.empty()) refuse(*path, "subtitles", kWanted);
+            if (const auto* language = table == nullptr ? nullptr : table->get("language")) {
+                file.language = textIn(*language, "language", kLanguage);
+                if (!isLanguage(*file.language)) refuse(*language, "language", kLanguage);
+            }
+            if (const auto* forced = table == nullptr ? nullptr : table->get("forced")) {
+                if (!forced->is_boolean()) refuse(*forced, "forced", "true or false");
+                file.isForced = forced->as_boolean()->get();
+            }
+            files.push_back(std::move(file));
+        }
+        return files;
     }
 
     std::vector<Chapter> chaptersIn(const toml::node& node) const {

@@ -32,8 +32,13 @@ constexpr const char* kAboveFilms = R"(
 #   excerpt   where the menu's moving picture begins; else where something is to be seen.
 #             Of two or three films the menu shows several pictures each: a list names them all
 #   chapters  where they begin, with names or without; [] for none; else as said above
+#   subtitles their files, instead of those in the film and beside it; [] for none
+#   show      the language of the subtitles that are shown from the start, or none
 )";
 constexpr const char* kExcerptExample = "#excerpt = \"1:23\"\n";
+constexpr const char* kSubtitlesExample =
+    "#subtitles = [\"film.fr.srt\", { path = \"signs.ass\", language = \"en\", forced = true }]\n";
+constexpr const char* kShowExample = "#show = \"fr\"\n";
 constexpr const char* kChaptersExample = "#chapters = [\"0:00 Departure\", \"12:34\"]\n";
 
 // As TOML quotes a text.
@@ -97,12 +102,15 @@ class Writer {
         } else {
             text_ += kChaptersExample;
         }
+        writeSubtitles(request);
     }
 
     void append(const char* text) { text_ += text; }
     const std::string& text() const { return text_; }
 
   private:
+    using NoSubtitles = std::vector<SubtitleRequest>;
+
     const Project& project_;
     std::string folder_, text_;
 
@@ -121,6 +129,26 @@ class Writer {
             writeLine(false, "excerpt", texts.front());
         } else {
             writeLine(false, "excerpt", fmt::format("[{}]", fmt::join(texts, ", ")));
+        }
+    }
+
+    void writeSubtitles(const FilmRequest& request) {
+        std::string list;
+        for (const SubtitleRequest& file : request.subtitles.value_or(NoSubtitles{})) {
+            list += fmt::format("    {{ path = {}", quoted(shortPath(file.path, folder_)));
+            if (file.language) list += fmt::format(", language = {}", quoted(*file.language));
+            if (file.isForced) list += fmt::format(", forced = {}", *file.isForced);
+            list += " },\n";
+        }
+        if (!request.subtitles) {
+            text_ += kSubtitlesExample;
+        } else {
+            writeLine(false, "subtitles", list.empty() ? "[]" : "[\n" + list + "]");
+        }
+        if (!request.shown) {
+            text_ += kShowExample;
+        } else {
+            writeLine(false, "show", quoted(*request.shown));
         }
     }
 

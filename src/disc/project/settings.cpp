@@ -1,5 +1,6 @@
 #include "disc/project/settings.h"
 
+#include "disc/project/languages.h"
 #include "disc/project/names.h"
 
 namespace tkv::disc {
@@ -71,7 +72,7 @@ std::optional<std::string> textOf(const Project& project) {
 std::span<const TextSetting> textSettings() {
     static const std::string languages = labelLanguages();
     static const std::string ofMenus = "of the menus: " + languages;
-    static const std::array<TextSetting, 9> settings{{
+    static const std::array<TextSetting, 10> settings{{
         {"title", "TEXT", "heads the menus and names the disc", "a text", "Our summer", false,
          setText<&Project::title>, textOf<&Project::title>},
         {"background", "PICTURE", "picture behind the menus, or none; else the first film's",
@@ -102,6 +103,14 @@ std::span<const TextSetting> textSettings() {
          [](const Project& project) -> std::optional<std::string> {
              return chaptersText(project.chapters);
          }},
+        {"subtitles", "WHICH", "auto (on demand), none, or a language to show: fr",
+         "auto, none or the two letters of a language", "", false,
+         [](Project& project, const std::string& text) {
+             if (text != kAuto && text != kNone && !isLanguage(text)) return false;
+             project.subtitles = text;
+             return true;
+         },
+         [](const Project& project) -> std::optional<std::string> { return project.subtitles; }},
         {"volume", "HOW", "keep, or even for films of one loudness", "keep or even", "", false,
          [](Project& project, const std::string& text) {
              const auto isEven = choice(text, "keep", "even");

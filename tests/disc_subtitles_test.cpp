@@ -1,0 +1,88 @@
+#include <algorithm>
+#include <iterator>
+#include <sstream>
+
+#include "disc_films.h"
+
+// Discs with subtitles.
+
+namespace tkv::test::disc {
+
+/// The numbers that ffprobe tells of a film's frames in some columns, by frames.
+std::vector<std::vector<double>> timesIn(const std::string& film, const std::string& words,
+                                         const char* columns) {
+    std::vector<std::vector<double>> times;
+    std::istringstream lines(
+        run(fmt::format("ffprobe -v error -show_frames -show_entries frame=pts_time -of csv=p=0 "
+                        "-select_streams {} {} | cut -d , -f {} | grep -E '^[0-9]' | tr , ' '",
+                        words, quoted(film), columns)));
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream numbers(line);
+        times.emplace_back(std::istream_iterator<double>(numbers), std::istream_iterator<double>());
+    }
+    return times;
+}
+
+/// The numbers of the frames with which a disc's subtitles appear and go, a line for each track.
+std::string changesOf(const std::string& disc, int tracks) {
+    const std::string film = disc + "/VIDEO_TS/VTS_01_1.VOB";
+    const auto frames = timesIn(film, "v", "1");
+    const auto frameAt = [&](double seconds) {
+        return std::ranges::count_if(frames, [&](const auto& frame) { return frame[0] < seconds; });
+    };
+    std::string changes;
+    for (int track = 0; track < tracks; ++track) {
+        // When it begins, and how many milliseconds it lasts.
+        for (const auto& shown : timesIn(film, fmt::format("s:{}", track), "3,6"))
+            changes += fmt::format("{}-{} ", frameAt(shown.at(0)),
+                                   frameAt(shown.at(0) + shown.at(1) / 1000));
+        changes += '\n';
+    }
+    return changes;
+}
+
+/// Lines that are shown for some pictures of a film of 23.976 a second, as SubRip has them.
+std::string linesFor(const std::vector<std::pair<int, int>>& pictures) {
+    const auto time = [](int picture) {
+        return fmt::format("00:00:{:06.3f}", picture * 1001 / 24'000.0);
+    };
+    std::string lines;
+    for (const auto& [first, end] : pictures)
+        lines += fmt::format("1\n{} --> {}\nA line\n\n", time(first), time(end));
+    return lines;
+}
+
+TEST_F(Films, ShowSubtitlesToTheFrame) {
+    make("film.mkv",
+         "-f lavfi -i testsrc2=s=320x240:r=24000/1001:d=3 -f lavfi -i sine=r=48000:d=3 -f srt -i "
+         "pipe:0 -map 0 -map 1 -map 2 -c:v mpeg4 -c:s srt -metadata:s:s:0 language=ger",
+         linesFor({{10, 20}, {30, 48}}));
+    folder_.write("film.fr.forced.srt", linesFor({{15, 40}, {60, 2000}, {2000, 2010}}));
+    folder_.write("film.en.ass", "Nothing");
+    const std::string words = "film.mkv --no-menu --no-image --subtitles de ";
+    for (const char* format : {"pal", "ntsc"}) {
+        const std::string said = makeDisc(fmt::format("{0} --{1} -o {1}", words, format));
+        EXPECT_NE(said.find("subtitles: de (shown), fr forced\n"), std::string::npos) << said;
+        EXPECT_NE(said.find("film.en.ass holds no subtitles"), std::string::npos) << said;
+        const std::string disc = file(format) + "/disc";
+        EXPECT_EQ(changesOf(disc, 2), "10-20 30-48 \n15-40 60-72 \n") << format;
+        const std::string listing = run("lsdvd -s " + quoted(disc));
+        EXPECT_NE(listing.find("Language: de - Deutsch, Content: Normal"), std::string::npos);
+        EXPECT_NE(listing.find("Language: fr - Francais, Content: Forced"), std::string::npos);
+    }
+    // What has changed is made anew.
+    folder_.write("film.fr.forced.srt", linesFor({{50, 70}}));
+    expectDisc(words + "--pal -o pal");
+    EXPECT_EQ(changesOf(file("pal/disc"), 2), "10-20 30-48 \n50-70 \n");
+    EXPECT_EQ(makeDisc("film.mkv --preview -o pal --subtitles none").find("subtitles:"),
+              std::string::npos);
+}
+
+TEST_F(Films, AreCopiedWithSubtitles) {
+    makeReady("ready.mpg");
+    folder_.write("ready.srt", "1\n00:00:00,400 --> 00:00:01,200\nA line\n");
+    expectDisc("ready.mpg --no-menu --no-image -o out");
+    EXPECT_EQ(changesOf(file("out/disc"), 1), "10-30 \n");
+}
+
+}  // namespace tkv::test::disc

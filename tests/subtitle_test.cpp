@@ -1,0 +1,189 @@
+#include <algorithm>
+#include <array>
+
+#include "disc/film/subtitle_words.h"
+#include "disc/plan/subtitles.h"
+#include "disc/subtitle/choice.h"
+#include "disc/subtitle/drawing.h"
+#include "disc/subtitle/encoding.h"
+#include "disc/subtitle/vobsub.h"
+#include "support.h"
+
+// Subtitles on their way from a text to what a player draws.
+
+namespace tkv::disc {
+
+using test::quoted;
+using test::run;
+using test::TempFolder;
+
+namespace {
+
+std::string wordsOf(const FilmSubtitle& subtitle) {
+    constexpr std::array<const char*, 4> kKinds{"", " hearing", " commentary", " forced"};
+    return subtitle.language + kKinds.at(static_cast<std::size_t>(subtitle.kind)) +
+           (subtitle.isDefault ? " default" : "");
+}
+
+TEST(Subtitles, AreKnownByTheirNames) {
+    const struct {
+        const char* name;
+        const char* words;
+    } rows[] = {
+        {"Film 2.srt", "xx"},
+        {"Film 2.fr.SRT", "fr"},
+        {"Film 2.ger.forced.ass", "de forced"},
+        {"Film 2.Forced.English.vtt", "en forced"},
+        {"Film 2.français.default.ssa", "fr default"},
+        {"Film 2.pt-BR.srt", "pt"},
+        {"Film 2.en.hi.srt", "en hearing"},
+        {"Film 2.hi.srt", "hi"},
+        {"Film 2.eng.sdh.forced.srt", "en forced"},
+        {"Film 2.web.nl.cc.srt", "nl hearing"},
+        {"Film 2 (Spanish).srt", "es"},
+        {"Film 2_fr.srt", "fr"},
+        {"Film 2 back.srt", "none"},
+        {"Film 22.srt", "none"},
+        {"Film 2.fr.txt", "none"},
+        {"Film.fr.srt", "none"},
+    };
+    for (const auto& [name, words] : rows) {
+        const auto found = subtitleNamed(name, "Film 2");
+        EXPECT_EQ(found ? wordsOf(*found) : "none", words) << name;
+    }
+    const TempFolder folder;
+    for (const char* name : {"a.mkv", "a.2.mkv", "a.srt", "a.2.fr.srt", "a.fr.nfo", "a.fr.srt"})
+        folder.write(name, "");
+    EXPECT_EQ(subtitlesBeside(folder.file("a.mkv")).size(), 2U) << "one is another film's";
+}
+
+TEST(Subtitles, AreReadInAnyEncoding) {
+    const std::string french =
+        "Où étais-tu, là-bas, cet été ? Ça m’a manqué, dit-elle : « Noël ! »";
+    const std::string polish = "Zażółć gęślą jaźń, powiedział. Świat się kończy, mój drogi.";
+    const std::string russian = "Где ты был? Я ждал тебя весь день, а ты не пришёл домой.";
+    const std::string japanese = "どこへ行っていたの。ずっと待っていたのに。";
+    const struct {
+        std::string text;
+        const char* encoding;
+        const char* language;
+        const char* guessed;
+    } rows[] = {
+        {french, "UTF-8", "fr", ""},
+        {french, "UTF-16", "xx", ""},
+        {french, "UTF-16LE", "xx", "UTF-16LE"},
+        {french, "UTF-16BE", "xx", "UTF-16BE"},
+        {french, "CP1252", "fr", "windows-1252"},
+        {polish, "CP1250", "pl", "windows-1250"},
+        {"Na, Čenda, š.", "CP1250", "cs", "windows-1250"},
+        {russian, "CP1251", "xx", "windows-1251"},
+        {russian, "KOI8-R", "ru", "KOI8-R"},
+        {"שלום לכולם, מה שלומכם היום? הכל בסדר.", "CP1255", "xx", "windows-1255"},
+        {"Καλημέρα σας, πού ήσασταν όλη την ημέρα;", "CP1253", "el", "ISO-8859-7"},
+        {"Şu ağacın altında bekliyordum, değil mi?", "CP1254", "tr", "windows-1254"},
+        {japanese, "SHIFT_JIS", "xx", "Shift_JIS"},
+        {japanese, "EUC-JP", "ja", "EUC-JP"},
+        {"你去哪儿了？我等了你一整天。", "GBK", "zh", "GB18030"},
+        {"你去哪裡了？我等了你一整天。", "BIG5", "zh", "Big5"},
+    };
+    for (const auto& [text, encoding, language, guessed] : rows) {
+        const std::string lines = fmt::format("1\n00:00:01,000 --> 00:00:02,000\n{}\n", text);
+        const std::string bytes =
+            run(fmt::format("printf %s {} | iconv -f UTF-8 -t {}", quoted(lines), encoding));
+        const auto decoded = decodedText(
+            {reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()}, language);
+        ASSERT_TRUE(decoded) << encoding;
+        EXPECT_EQ(decoded->text, lines) << encoding;
+        EXPECT_EQ(decoded->guessed, guessed) << encoding;
+    }
+}
+
+TEST(Subtitles, AreOrderedAndShown) {
+    Film film;
+    film.audio.resize(1);
+    film.audio[0].language = "en";
+    const auto add = [&](const char* language, SubtitleKind kind, bool isDefault = false) {
+        FilmSubtitle subtitle;
+        subtitle.language = language;
+        subtitle.kind = kind;
+        subtitle.isDefault = isDefault;
+        film.subtitles.push_back(subtitle);
+    };
+    add("fr", SubtitleKind::forced);
+    add("en", SubtitleKind::forced);
+    add("fr", SubtitleKind::hearing);
+    add("fr", SubtitleKind::normal);
+    add("en", SubtitleKind::normal, true);
+    for (const auto& [shown, place] :
+         {std::pair("auto", 4), std::pair("fr", 2), std::pair("de", 4), std::pair("none", -1)}) {
+        std::string words;
+        int found = -1;
+        for (const DiscSubtitle& each : discSubtitles(film, shown)) {
+            if (each.isShown) found = static_cast<int>(std::ranges::count(words, ','));
+            words += wordsOf(each.source) + ",";
+        }
+        EXPECT_EQ(words, "en default,fr hearing,fr,fr forced,en forced,");
+        EXPECT_EQ(found, place) << shown;
+    }
+}
+
+TEST(Subtitles, AreNotStretched) {
+    for (const int height : {576, 480}) {
+        for (const double aspect : {4.0 / 3, 16.0 / 9}) {
+            SubtitleDrawing drawing({{720, height}, aspect, 0, 0, {640, 360}}, {});
+            ASSERT_TRUE(drawing.load(
+                "[Script Info]\nScriptType: v4.00+\nPlayResX: 384\nPlayResY: 288\n[V4+ Styles]\n"
+                "Format: Name, Fontname, Fontsize, PrimaryColour, Alignment\n"
+                "Style: Default,DejaVu Sans,200,&H0000FFFF,5\n[Events]\n"
+                "Format: Start, End, Style, Text\n"
+                "Dialogue: 0:00:00.00,0:00:01.00,Default,■\n",
+                true));
+            const SubtitlePicture square = drawing.at(0.5);
+            const double shape = aspect * height / 720 * square.width / std::max(square.height, 1);
+            EXPECT_NEAR(shape, 1, 0.02) << height << " rows, " << aspect;
+            EXPECT_EQ(square.colors[3], 0xFFFF00U);
+        }
+    }
+}
+
+/// A picture with runs of every length, one of them to the end of a row.
+SubtitlePicture manyRuns() {
+    SubtitlePicture picture{8, 100, 640, 60, {}, {0, 0x102030, 0x808080, 0xF0F0F0}};
+    std::size_t length = 1;
+    while (picture.pixels.size() < std::size_t{640 * 59}) {
+        const auto value = static_cast<std::uint8_t>(1 + length % 3);
+        picture.pixels.insert(picture.pixels.end(), ++length % 300, value);
+    }
+    picture.pixels.resize(std::size_t{640 * 60});
+    return picture;
+}
+
+TEST(Subtitles, AreDecodedAsTheyWereCoded) {
+    const TempFolder folder;
+    const SubtitlePicture picture = manyRuns();
+    auto unit = unitOf(picture, 0, 1, false);
+    ASSERT_TRUE(unit);
+    const VobSub made = vobSubOf({{"en", {*unit}}});
+    folder.write("a.sub", {made.packs.begin(), made.packs.end()});
+    const std::string decoded = run(
+        fmt::format("ffmpeg -v error -f vobsub -i {} -f lavfi -i color=red:s=720x576 "
+                    "-filter_complex '[1]format=rgb24[c];[c][0:s]overlay=format=rgb,"
+                    "crop=640:60:8:100,trim=start=0.4' -frames:v 1 -f rawvideo -pix_fmt rgb24 -",
+                    quoted(folder.write("a.idx", made.index))));
+    ASSERT_EQ(decoded.size(), picture.pixels.size() * 3);
+    for (std::size_t i = 0; i < picture.pixels.size(); ++i) {
+        const std::uint32_t color =
+            picture.pixels[i] == 0 ? 0xFE0000 : picture.colors[picture.pixels[i]];
+        const auto blue = static_cast<std::uint8_t>(decoded[3 * i + 2]);
+        ASSERT_NEAR(blue, static_cast<int>(color & 0xFFU), 1) << i;
+    }
+
+    SubtitlePicture dense{0, 0, 720, 576, {}, {}};
+    for (std::size_t i = 0; i < std::size_t{720 * 576}; ++i)
+        dense.pixels.push_back(static_cast<std::uint8_t>(i % 2));
+    EXPECT_FALSE(unitOf(dense, 0, 1, false)) << "more bytes than players hold";
+}
+
+}  // namespace
+
+}  // namespace tkv::disc
