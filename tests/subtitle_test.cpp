@@ -3,6 +3,7 @@
 
 #include "disc/film/subtitle_words.h"
 #include "disc/plan/subtitles.h"
+#include "disc/subtitle/bitmap_picture.h"
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/drawing.h"
 #include "disc/subtitle/encoding.h"
@@ -182,6 +183,72 @@ TEST(Subtitles, AreDecodedAsTheyWereCoded) {
     for (std::size_t i = 0; i < std::size_t{720 * 576}; ++i)
         dense.pixels.push_back(static_cast<std::uint8_t>(i % 2));
     EXPECT_FALSE(unitOf(dense, 0, 1, false)) << "more bytes than players hold";
+}
+
+std::string numbers(std::initializer_list<std::pair<int, int>> values) {
+    std::string bytes;
+    for (const auto& [value, count] : values) {
+        for (int left = count; left-- > 0;)
+            bytes += static_cast<char>(value >> 8 * left);
+    }
+    return bytes;
+}
+
+std::string segment(int ticks, int kind, const std::string& bytes) {
+    return "PG" + numbers({{ticks, 4}, {0, 4}, {kind, 1}, {static_cast<int>(bytes.size()), 2}}) +
+           bytes;
+}
+
+/// A file of PGS: from the first second to the third a box of 600 x 108 at 660, 800 of 1920 x 1080,
+/// the outer third of which on each side is black.
+std::string boxInPgs() {
+    std::string object = numbers({{1, 2}, {0, 1}, {0xC0, 1}, {0, 3}, {600, 2}, {108, 2}});
+    for (int row = 0; row < 108; ++row)
+        object += numbers({{0xC0C8, 3}, {1, 1}, {0xC0C8, 3}, {2, 1}, {0xC0C8, 3}, {1, 1}, {0, 2}});
+    const auto composition = [](int objects) {
+        return numbers({{1920, 2}, {1080, 2}, {0x10, 1}, {0, 2}, {0x80, 1}, {0, 2}, {objects, 1}});
+    };
+    return segment(90'000, 0x16,
+                   composition(1) + numbers({{1, 2}, {0, 1}, {0, 1}, {660, 2}, {800, 2}})) +
+           segment(90'000, 0x14,
+                   numbers({{0, 2}, {0x011080, 3}, {0x80FF, 2}, {0x02EB80, 3}, {0x80FF, 2}})) +
+           segment(90'000, 0x15, object) + segment(90'000, 0x80, "") +
+           segment(270'000, 0x16, composition(0)) + segment(270'000, 0x80, "");
+}
+
+TEST(Subtitles, AreScaledFromPictures) {
+    const std::string file = boxInPgs();
+    const auto cuesIn = [](std::string_view bytes, const SubtitleFrame& frame) {
+        std::string cues;
+        readPgs({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()},
+                [&](const BitmapCue& cue) {
+                    const SubtitlePicture picture = pictureOf(cue, frame);
+                    cues += fmt::format("{}: {} {} {} {}; ", cue.begin, picture.x, picture.y,
+                                        picture.width, picture.height);
+                    if (picture.isEmpty()) return;
+                    const auto width = static_cast<std::size_t>(picture.width);
+                    const std::size_t row = width * (static_cast<std::size_t>(picture.height) / 2);
+                    EXPECT_EQ(picture.colors[picture.pixels[row + width / 6]], 0U);
+                    EXPECT_EQ(picture.colors[picture.pixels[row + width / 2]], 0xFFFFFFU);
+                });
+        return cues;
+    };
+    const SubtitleFrame wide{{720, 576}, 16.0 / 9, 0, 0, {1920, 1080}};
+    // A film of 2.39:1 was cropped out of its frame, and is 16:9 with bars; one of 4:3 fills its
+    // own.
+    SubtitleFrame cropped = wide, narrow{{720, 480}, 4.0 / 3, 0, 0, {1440, 1080}};
+    cropped.barY = 72;
+    EXPECT_EQ(cuesIn(file, wide), "1: 246 426 228 58; 3: 0 0 0 0; ");
+    EXPECT_EQ(cuesIn(file, cropped), cuesIn(file, wide));
+    EXPECT_EQ(cuesIn(file, narrow), "1: 210 356 300 48; 3: 0 0 0 0; ");
+    // Damaged ones are read as far as they go.
+    const auto ignore = [](const BitmapCue& cue) { pictureOf(cue, {{720, 576}, 1.5, 0, 0, {}}); };
+    for (std::size_t place = 0; place < file.size(); place += 31) {
+        std::string damaged = file;
+        damaged[place] = static_cast<char>(damaged[place] ^ 0x5B);
+        readPgs({reinterpret_cast<const std::uint8_t*>(damaged.data()), damaged.size()}, ignore);
+        readPgs({reinterpret_cast<const std::uint8_t*>(file.data()), place}, ignore);
+    }
 }
 
 }  // namespace

@@ -49,7 +49,8 @@ struct FilmSubtitle {
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     SubtitleKind kind = SubtitleKind::normal;
     bool isDefault = false;  ///< does it say that it is the one to show?
-    /// In the workshop, what is to be drawn: a file of the format ASS; empty until it is read.
+    /// In the workshop, what is to be drawn: a file of the format ASS, or PGS (.sup); empty until
+    /// it is read.
     std::string text;
 };
 

@@ -8,6 +8,7 @@
 
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
+#include "disc/subtitle/bitmap_picture.h"
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/cues.h"
 #include "disc/subtitle/drawing.h"
@@ -94,6 +95,26 @@ class UnitMaker {
     int leftOut_ = 0;
 };
 
+// The pictures of a file of PGS.
+void addBitmaps(const std::string& path, const SubtitleFrame& frame, const CueTimes& times,
+                const ProgramStop& stop, UnitMaker& units) {
+    const auto bytes = readFile(path);
+    if (!bytes) failOn(path, "read");
+    Cue shown;
+    const auto change = [&](int frameNumber, SubtitlePicture picture) {
+        const int number = std::clamp(frameNumber, 0, times.frames);
+        shown.end = number;
+        if (picture == shown.picture) return;
+        if (!shown.picture.isEmpty() && shown.end > shown.first) units.add(shown);
+        shown = {number, number, std::move(picture)};
+    };
+    readPgs(*bytes, [&](const BitmapCue& cue) {
+        if (stop.isStopped()) throw Interrupted();
+        change(times.frameAt(cue.begin), pictureOf(cue, frame));
+    });
+    change(times.frames, {});
+}
+
 std::string notePath(const std::string& folder) {
     return folder + "/note";
 }
@@ -102,7 +123,8 @@ void writeSubtitles(const DiscFilm& film, const std::string& folder, const Works
     std::vector<std::string> fonts;
     for (const std::string& name : attachedFonts(film.film, workshop))
         fonts.push_back(readText(workshop.path(name)));
-    SubtitleDrawing drawing(frameOf(film), fonts);
+    const SubtitleFrame frame = frameOf(film);
+    SubtitleDrawing drawing(frame, fonts);
     const CueTimes times = timesOf(film);
     std::vector<SubpictureTrack> tracks;
     tracks.reserve(film.subtitles.size());
@@ -110,7 +132,9 @@ void writeSubtitles(const DiscFilm& film, const std::string& folder, const Works
     for (const DiscSubtitle& subtitle : film.subtitles) {
         const FilmSubtitle& source = subtitle.source;
         UnitMaker units(film.conversion, source.kind == SubtitleKind::forced);
-        if (drawing.load(readText(workshop.path(source.text)), keepsStyle(source))) {
+        if (source.text.ends_with(".sup")) {
+            addBitmaps(workshop.path(source.text), frame, times, workshop.tools().stop(), units);
+        } else if (drawing.load(readText(workshop.path(source.text)), keepsStyle(source))) {
             for (const Cue& cue : cuesOf(drawing, times)) {
                 if (workshop.tools().stop().isStopped()) throw Interrupted();
                 units.add(cue);

@@ -17,15 +17,16 @@ namespace tkv::disc {
 
 namespace {
 
-constexpr std::array<std::string_view, 7> kTexts{"subrip", "srt",      "ass", "ssa",
-                                                 "webvtt", "mov_text", "text"};
+// What can be drawn: texts, and the pictures of Blu-ray discs.
+constexpr std::array<std::string_view, 8> kCodecs{
+    "subrip", "srt", "ass", "ssa", "webvtt", "mov_text", "text", "hdmv_pgs_subtitle"};
 
 constexpr std::array<std::string_view, 16> kFilms{"mkv", "mp4", "m4v",  "mov", "avi", "mpg",
                                                   "vob", "ts",  "m2ts", "mts", "mxf", "webm",
                                                   "wmv", "flv", "ogv",  "mpeg"};
 
-bool isText(const FilmSubtitle& subtitle) {
-    return std::ranges::find(kTexts, subtitle.codec) != kTexts.end();
+bool isKnown(const FilmSubtitle& subtitle) {
+    return std::ranges::find(kCodecs, subtitle.codec) != kCodecs.end();
 }
 
 // Whether a subtitle file belongs to another film, whose longer name it begins with.
@@ -45,7 +46,7 @@ FilmSubtitle requested(const SubtitleRequest& request, const std::string& film) 
     if (!found) found = subtitleNamed(name);
     if (!found) {
         throw DiscError(fmt::format("{} is no file of subtitles that is known here (.srt, .ass, "
-                                    ".ssa or .vtt).",
+                                    ".ssa, .vtt or .sup).",
                                     request.path),
                         film);
     }
@@ -97,8 +98,7 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
     std::size_t beyond = 0;
     if (areUnwanted) film.subtitles.clear();
     for (FilmSubtitle& each : areUnwanted ? std::vector<FilmSubtitle>{} : allOf(request, film)) {
-        if (!isText(each)) {
-            // What is copied with the film is on the disc all the same.
+        if (!isKnown(each)) {
             film.subtitleNotes.push_back(
                 fmt::format("{} holds pictures of subtitles ({}), and is left out",
                             nameOf(each, film), each.codec));

@@ -26,9 +26,24 @@ bool isStyled(const FilmSubtitle& subtitle) {
     return subtitle.codec == "ass" || subtitle.codec == "ssa";
 }
 
+bool areBitmaps(const FilmSubtitle& subtitle) {
+    return subtitle.codec == "hdmv_pgs_subtitle";
+}
+
 // Beside the text of subtitles: the encoding that was guessed, if any.
 std::string guessPath(const std::string& text) {
     return text + ".guess";
+}
+
+std::string nameIn(const std::string& folder, std::size_t number, const FilmSubtitle& subtitle) {
+    return fmt::format("{}/{}.{}", folder, number, areBitmaps(subtitle) ? "sup" : "ass");
+}
+
+// `path`: of what was read.
+bool hasCue(const FilmSubtitle& subtitle, const std::string& path) {
+    std::error_code error;
+    if (areBitmaps(subtitle)) return fs::file_size(path, error) > 0 && !error;
+    return readText(path).find("\nDialogue:") != std::string::npos;
 }
 
 // What all that is read depends on.
@@ -62,7 +77,7 @@ class TextReader {
             if (!subtitle.path.empty()) {
                 readFile(subtitle, textName(i));
             } else {
-                outputs_.push_back({0, subtitle.index, textName(i)});
+                outputs_.push_back({0, subtitle.index, textName(i), areBitmaps(subtitle)});
                 readsFilm_ = true;
             }
         }
@@ -80,14 +95,20 @@ class TextReader {
         std::size_t input;
         int stream;
         std::string name;
+        bool areBitmaps;
     };
 
     std::string textName(std::size_t number) const {
-        return fmt::format("{}/{}.ass", folder_, number);
+        return nameIn(folder_, number, film_.subtitles[number]);
     }
 
     // What is of another format than ASS is converted; one that cannot be read has no cue.
     void readFile(const FilmSubtitle& subtitle, const std::string& name) {
+        if (areBitmaps(subtitle)) {
+            std::error_code error;
+            fs::copy_file(subtitle.path, workshop_.path(name), error);
+            return;
+        }
         const auto bytes = tkv::readFile(subtitle.path, kMostBytes);
         const auto text = bytes ? decodedText(*bytes, subtitle.language) : std::nullopt;
         const std::string written = isStyled(subtitle) ? name : name + ".text";
@@ -97,7 +118,7 @@ class TextReader {
         if (written == name) return;
         inputs_.push_back(written);
         formats_.emplace_back(subtitle.codec == "webvtt" ? "webvtt" : "srt");
-        outputs_.push_back({inputs_.size(), 0, name});
+        outputs_.push_back({inputs_.size(), 0, name, false});
     }
 
     std::vector<std::string> command() const {
@@ -115,7 +136,9 @@ class TextReader {
             add({"-f", formats_[i], "-i", inputs_[i]});
         for (const Output& output : outputs_) {
             const std::size_t input = readsFilm_ ? output.input : output.input - 1;
-            add({"-map", fmt::format("{}:{}", input, output.stream), "-f", "ass", output.name});
+            add({"-map", fmt::format("{}:{}", input, output.stream)});
+            if (output.areBitmaps) add({"-c", "copy"});
+            add({"-f", output.areBitmaps ? "sup" : "ass", output.name});
         }
         return words;
     }
@@ -140,10 +163,10 @@ void readSubtitles(Film& film, Workshop& workshop) {
                                                });
     for (std::size_t i = 0; i < film.subtitles.size(); ++i) {
         FilmSubtitle& subtitle = film.subtitles[i];
-        subtitle.text = fmt::format("{}/{}.ass", folder, i);
+        subtitle.text = nameIn(folder, i, subtitle);
         const std::string name = nameOf(subtitle, film);
         const std::string guess = readText(workshop.path(guessPath(subtitle.text)));
-        if (readText(workshop.path(subtitle.text)).find("\nDialogue:") == std::string::npos) {
+        if (!hasCue(subtitle, workshop.path(subtitle.text))) {
             film.subtitleNotes.push_back(name + " holds no subtitles, and is left out");
             subtitle.text.clear();
         } else if (!guess.empty()) {

@@ -8,9 +8,9 @@
 
 namespace tkv::disc {
 
-/// Has the texts of a film's chosen subtitles in the workshop, all in the format ASS, and the fonts
-/// that are attached to the film. Subtitles without a cue leave it, with a note; an encoding that
-/// had to be guessed is another. Throws DiscError when the film cannot be read.
+/// Has a film's chosen subtitles in the workshop, texts all in the format ASS, and the fonts that
+/// are attached to the film. Subtitles without a cue leave it, with a note; an encoding that had to
+/// be guessed is another. Throws DiscError when the film cannot be read.
 void readSubtitles(Film& film, Workshop& workshop);
 
 /// The fonts attached to a film, as names in the workshop: those beside its subtitles' texts.
