@@ -149,13 +149,14 @@ TEST(Subtitles, AreNotStretched) {
 
 /// A picture with runs of every length, one of them to the end of a row.
 SubtitlePicture manyRuns() {
+    constexpr std::size_t kRow = 640;
     SubtitlePicture picture{8, 100, 640, 60, {}, {0, 0x102030, 0x808080, 0xF0F0F0}};
     std::size_t length = 1;
-    while (picture.pixels.size() < std::size_t{640 * 59}) {
+    while (picture.pixels.size() < kRow * 59) {
         const auto value = static_cast<std::uint8_t>(1 + length % 3);
         picture.pixels.insert(picture.pixels.end(), ++length % 300, value);
     }
-    picture.pixels.resize(std::size_t{640 * 60});
+    picture.pixels.resize(kRow * 60);
     return picture;
 }
 
@@ -180,7 +181,7 @@ TEST(Subtitles, AreDecodedAsTheyWereCoded) {
     }
 
     SubtitlePicture dense{0, 0, 720, 576, {}, {}};
-    for (std::size_t i = 0; i < std::size_t{720 * 576}; ++i)
+    for (std::size_t i = 0; i < std::size_t{720} * 576; ++i)
         dense.pixels.push_back(static_cast<std::uint8_t>(i % 2));
     EXPECT_FALSE(unitOf(dense, 0, 1, false)) << "more bytes than players hold";
 }

@@ -16,8 +16,7 @@ std::vector<int> edgesOf(const std::vector<SubtitleDrawing::Span>& lines, const 
             edges.push_back(std::clamp(times.frameAt(seconds), 0, times.frames));
     }
     std::ranges::sort(edges);
-    const auto repeated = std::ranges::unique(edges);
-    edges.erase(repeated.begin(), repeated.end());
+    edges.erase(std::unique(edges.begin(), edges.end()), edges.end());
     return edges;
 }
 

@@ -74,9 +74,10 @@ SubtitleDrawing::SubtitleDrawing(const SubtitleFrame& frame, const std::vector<s
 
 SubtitleDrawing::~SubtitleDrawing() = default;
 
-bool SubtitleDrawing::load(std::string text, bool keepsStyle) {
+bool SubtitleDrawing::load(const std::string& text, bool keepsStyle) {
+    std::string copy = text;  // libass changes nothing in it, but does not say so.
     handles_->track.reset(
-        ass_read_memory(handles_->library.get(), text.data(), text.size(), nullptr));
+        ass_read_memory(handles_->library.get(), copy.data(), copy.size(), nullptr));
     if (!handles_->track) return false;
     ASS_Renderer* const renderer = handles_->renderer.get();
     if (keepsStyle) {

@@ -30,7 +30,7 @@ class SubtitleDrawing {
 
     /// Takes a text. `keepsStyle`: does it look as it says, or as subtitles of discs do? False when
     /// it is none of that format.
-    bool load(std::string text, bool keepsStyle);
+    bool load(const std::string& text, bool keepsStyle);
 
     /// When each line of the text begins and ends, in seconds.
     struct Span {

@@ -102,7 +102,7 @@ std::string guessedEncoding(std::string_view text, const std::string& language) 
     std::string best;
     std::int32_t bestConfidence = 0;
     for (std::int32_t i = 0; i < count; ++i) {
-        const std::string name = ucsdet_getName(matches[i], &error);
+        std::string name = ucsdet_getName(matches[i], &error);
         const std::int32_t confidence = ucsdet_getConfidence(matches[i], &error);
         if (isAmong(habit, name) && confidence * 2 >= bestConfidence) return name;
         if (!best.empty()) continue;
