@@ -9,7 +9,7 @@ rm -rf "$seeds"
 mkdir -p "$seeds"
 cd "$seeds"
 for run in jpeg jpeg2000 png gif tiff bmp webp others exif profile encoders text helpers removal \
-    heif_items words pages project_file film_answer plan png_made tiff_made heif_made \
+    heif_items words pages project_file film_answer subtitles plan png_made tiff_made heif_made \
     heif_items_made profile_made; do
     mkdir "$run"
 done
@@ -203,6 +203,16 @@ cat >film_answer/film.json <<'END'
 END
 echo '{"streams": [{"codec_name": "png", "codec_type": "video", "width": 9, "height": 9}]}' \
     >film_answer/picture.json
+# Blu-ray: of a canvas of 64 x 36, three pixels of two colours are shown, and go.
+{
+    printf 'PG\0\0\0\1\0\0\0\0\x16\0\x13\0\x40\0\x24\x10\0\0\x80\0\0\1\0\1\0\0\0\2\0\4'
+    printf 'PG\0\0\0\1\0\0\0\0\x14\0\x0c\0\0\1\x10\x80\x80\xff\2\xeb\x80\x80\xff'
+    printf 'PG\0\0\0\1\0\0\0\0\x15\0\x11\0\1\0\xc0\0\0\x0a\0\3\0\1\1\0\x82\2\0\0'
+    printf 'PG\0\0\0\1\0\0\0\0\x80\0\0'
+    printf 'PG\0\0\1\0\0\0\0\0\x16\0\x0b\0\x40\0\x24\x10\0\0\x80\0\0\0'
+    printf 'PG\0\0\1\0\0\0\0\0\x80\0\0'
+} >subtitles/film.sup
+printf '1\n00:00:01,000 --> 00:00:02,000\n\xa3\xf3d\xbc, Za\xbf\xf3\xb3\xe6\n' >subtitles/film.srt
 for count in 0 1 4 9 20; do
     { printf "\\$(printf %o $count)"; head -c 700 "$here/../examples/media/snow.jpg"; } >plan/$count
     { printf "\\$(printf %o $count)"; head -c 300 /dev/zero | tr '\0' "\\$count"; } >plan/few$count

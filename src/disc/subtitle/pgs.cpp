@@ -142,7 +142,9 @@ class Decoder {
         reader.skip(1);
         palette_ = reader.number(1);
         placed_.clear();
-        for (unsigned left = reader.number(1); left > 0 && !reader.isAtEnd(); --left) {
+        constexpr unsigned kMostObjects = 2;  // of the format; each may be large
+        for (unsigned left = std::min(reader.number(1), kMostObjects);
+             left > 0 && !reader.isAtEnd(); --left) {
             Placed placed;
             placed.object = reader.number(2);
             reader.skip(1);
