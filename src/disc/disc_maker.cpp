@@ -20,6 +20,7 @@
 #include "disc/make/film_subtitles.h"
 #include "disc/make/menu_maker.h"
 #include "disc/make/missing_letters.h"
+#include "disc/make/needed_space.h"
 #include "disc/make/scenes.h"
 #include "disc/plan/report.h"
 #include "disc/project/names.h"
@@ -37,11 +38,6 @@ namespace tkv::disc {
 namespace fs = std::filesystem;
 
 namespace {
-
-// Of a pixel of an excerpt, at most, in all frames and on the way; and of what two menus are made
-// of.
-constexpr std::int64_t kExcerptBytes = 250;
-constexpr std::int64_t kPageBytes = 200 << 20;
 
 // Seconds of work to take a film's pictures, or to draw a page.
 constexpr double kLookingWeight = 0.5;
@@ -260,7 +256,7 @@ class DiscMaker {
             pieces_.palettes.push_back(
                 film.subtitles.empty() ? "" : subtitlePalette(subtitlesName(film)));
         }
-        folder_.requireSpace(bytesNeeded());
+        folder_.requireSpace(neededSpace(plan_, pieces_.films, options_.makesImage, workshop_));
         FilmMaker maker(plan_, workshop_, progress_);
         MenuMaker menus = menuMaker();
         Excerpts excerpts(plan_.films.size());
@@ -353,22 +349,6 @@ class DiscMaker {
 
     static std::string pictureOf(const MenuPage& page, const std::string& folder) {
         return fmt::format("{}/{}.jpg", folder, page.name);
-    }
-
-    // The pieces, the disc and the image hold the same bytes.
-    std::int64_t bytesNeeded() const {
-        std::int64_t bytes = plan_.bytes * (options_.makesImage ? 3 : 2);
-        for (const DiscFilm& film : plan_.films) {
-            for (const Excerpt& excerpt : film.excerpts)
-                bytes += kExcerptBytes * excerpt.shape.frame.width * excerpt.shape.frame.height;
-        }
-        if (!plan_.pages.empty()) bytes += kPageBytes;
-        for (const std::string& name : pieces_.films) {
-            std::error_code error;
-            const auto made = fs::file_size(workshop_.path(name), error);
-            if (!error) bytes -= static_cast<std::int64_t>(made);
-        }
-        return bytes;
     }
 
     std::vector<std::size_t> pagesByLastFilm() const {
