@@ -178,6 +178,7 @@ TEST_F(Films, BecomeADiscThatLeads) {
                                  isPal ? "--pal -- chap*.mp4 it*.mp4 -f*.mkv ready.vob"
                                        : "--ntsc --chapters none --music none chap*.mp4"));
         ASSERT_TRUE(said.ends_with("status 0\n")) << said;
+        EXPECT_EQ(said.find("warns"), std::string::npos) << said;
         EXPECT_EQ(namesIn(out), (Strings{".tkvDvdDisc", "cover.pdf", "disc", "disc.iso",
                                          "jacket.jpg", "menus", "work"}));
         EXPECT_EQ(said.find("copied as it is") != std::string::npos, isPal) << said;

@@ -42,7 +42,10 @@ Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
                                           "format=yuv420p,setparams=color_primaries=unknown:"
                                           "color_trc=unknown:colorspace=unknown",
                                           kRasterWidth, facts.rasterHeight)});
-    append(arguments, {"-af", fmt::format("apad,atrim=duration={0:.3f},afade=t=in:d=0.2,"
+    // Times are counted anew: those of files that round them have small steps, and so do those of
+    // sound of another rate.
+    append(arguments, {"-af", fmt::format("aresample=48000,asetpts=N/SR/TB,apad,"
+                                          "atrim=duration={0:.3f},afade=t=in:d=0.2,"
                                           "afade=t=out:st={1:.3f}:d={2}",
                                           seconds, seconds - kFadeSeconds, kFadeSeconds)});
     // At this rate B-frames gain nothing, and cost a fifth of the time. The other processor draws.
