@@ -12,12 +12,13 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     const auto color = [](const char* name, const std::string& shape) {
         return fmt::format("-f lavfi -i color={}:r=25:d=0.4:s={}", name, shape);
     };
-    // Of ten bits, in wide colours.
+    // Of ten bits, in wide colours: ffmpeg 5 tells those of the options, newer ones the pictures'.
     const auto deep = [](const char* tint, const char* range, const char* transfer) {
         return fmt::format(
             "-f lavfi -i 'color={0}:s=320x180:r=25:d=0.4,format=gbrp,scale="
             "out_color_matrix=bt2020:out_range={1},format=yuv420p10le,setparams=range={1}:"
-            "color_primaries=bt2020:color_trc={2}:colorspace=bt2020nc' -c:v ffv1",
+            "color_primaries=bt2020:color_trc={2}:colorspace=bt2020nc' -c:v ffv1 "
+            "-colorspace bt2020nc -color_primaries bt2020 -color_range {1} -color_trc {2}",
             tint, range, transfer);
     };
     const std::string surround = " -f lavfi -i anullsrc=cl=5.1:d=0.4 -map 0 -map 1 -map 1";
