@@ -8,6 +8,8 @@
 #include <new>
 #include <span>
 
+#include "graphics/releaser.h"
+
 namespace tkv::disc {
 
 namespace {
@@ -19,14 +21,6 @@ constexpr const char* kFontFamily = "DejaVu Sans";
 constexpr double kUnitsX = 384, kUnitsY = 288;
 constexpr double kFontSize = 19, kOutline = 1.3;
 constexpr int kMarginX = 38, kMarginY = 20;
-
-template <auto release>
-struct Releaser {
-    template <typename Handle>
-    void operator()(Handle* handle) const {
-        release(handle);
-    }
-};
 
 void ignoreMessage(int /*level*/, const char* /*format*/, va_list /*words*/, void* /*data*/) {}
 
