@@ -48,7 +48,7 @@ void reserveStandardError() {
     const int kept = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     std::FILE* const stream = nowhere < 0 || kept < 0 ? nullptr : fdopen(kept, "w");
     if (stream != nullptr && dup2(nowhere, STDERR_FILENO) == STDERR_FILENO) {
-        std::setvbuf(stream, nullptr, _IONBF, 0);
+        static_cast<void>(std::setvbuf(stream, nullptr, _IONBF, 0));
         errorStream() = stream;
     }
     if (nowhere >= 0) close(nowhere);

@@ -152,9 +152,11 @@ std::optional<DecodedText> decodedText(std::span<const std::uint8_t> bytes,
     if (text.empty()) return DecodedText{};
     if (const char* const wide = wideEncoding(text)) return decoded(converted(text, wide), wide);
     if (isUtf8(text)) return DecodedText{std::string(text), ""};
-    std::string encoding = guessedEncoding(text, language);
-    const auto* const row = std::ranges::find(kSupersets, encoding, &Superset::part);
-    if (row != kSupersets.end()) encoding = row->whole;
+    const std::string guessed = guessedEncoding(text, language);
+    std::string encoding = guessed;
+    for (const Superset& superset : kSupersets) {
+        if (guessed == superset.part) encoding = superset.whole;
+    }
     return decoded(converted(text, encoding.c_str()), encoding);
 }
 
