@@ -141,6 +141,18 @@ TEST(DecodeJpeg, ForgetsMetadataWithoutEnd) {
     EXPECT_EQ(corners(decodePicture(folder.write("b.jpg", file)).value()), "BRWG");
 }
 
+/// Whether a package is of that version or newer.
+bool isAtLeast(const char* package, const char* version) {
+    return run(fmt::format("dpkg --compare-versions $(dpkg-query -W -f='${{Version}}' {}) ge {} "
+                           "&& echo yes || true",
+                           package, version)) == "yes\n";
+}
+
+/// Whether GdkPixbuf shows what there is of a file. Newer versions read it whole or not at all.
+bool readsInParts() {
+    return !isAtLeast("libgdk-pixbuf-2.0-0", "2.44");
+}
+
 /// What there is of them is shown, where the header does not ask for more than can be held.
 TEST(DecodePicture, RefusesWhatWouldTakeTooMuch) {
     const TempFolder folder;
@@ -160,9 +172,11 @@ TEST(DecodePicture, RefusesWhatWouldTakeTooMuch) {
     const auto pnm = [](PixelSize size) {
         return fmt::format("P6 {} {} 255\n{}", size.width, size.height, std::string(99999, 'a'));
     };
+    const bool isInParts = readsInParts();
     for (const PixelSize size : {PixelSize{640, 480}, {9000, 9000}}) {
         for (const std::string& file : {bmp(size), tga(size), pnm(size)}) {
-            EXPECT_EQ(decodePicture(folder.write("a.png", file)).has_value(), size.width == 640)
+            EXPECT_EQ(decodePicture(folder.write("a.png", file)).has_value(),
+                      size.width == 640 && isInParts)
                 << file.substr(0, 2);
         }
     }
@@ -266,23 +280,17 @@ struct CutCase {
     int redRow = 4;
 };
 
-/// Whether a package is of that version or newer.
-bool isAtLeast(const char* package, const char* version) {
-    return run(fmt::format("dpkg --compare-versions $(dpkg-query -W -f='${{Version}}' {}) ge {} "
-                           "&& echo yes || true",
-                           package, version)) == "yes\n";
-}
-
 std::vector<CutCase> cutCases(const Bitmap& bitmap) {
     const Bytes jpeg = encodeJpeg(bitmap, 0.9F).value(), png = encodePng(bitmap).value();
+    const bool isInParts = readsInParts();
     return {{jpeg, decodeJpeg},
             {progressive(jpeg), decodeJpeg},
             // Older versions of OpenJPEG read behind what is left of a cut file.
             {encodeJpeg2000(bitmap).value(), decodeJpeg2000, isAtLeast("libopenjp2-7", "2.5.3")},
-            {png, decodeWithPixbuf},
+            {png, decodeWithPixbuf, isInParts},
             {converted(png, "webp"), decodeWithPixbuf, !isAtLeast("webp-pixbuf-loader", "0.2.7")},
-            {encodeGif(bitmap).value(), decodeWithPixbuf},
-            {encodeBmp(bitmap).value(), decodeWithPixbuf, true, 75},  // It starts at the bottom.
+            {encodeGif(bitmap).value(), decodeWithPixbuf, isInParts},
+            {encodeBmp(bitmap).value(), decodeWithPixbuf, isInParts, 75},  // Bottom first.
             {encodeTiff(bitmap).value(), decodeWithPixbuf, false}};
 }
 
