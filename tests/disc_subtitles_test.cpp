@@ -76,6 +76,9 @@ TEST_F(Films, ShowSubtitlesToTheFrame) {
     EXPECT_EQ(changesOf(file("pal/disc"), 2), "10-20 30-48 \n50-70 \n");
     EXPECT_EQ(makeDisc("film.mkv --preview -o pal --subtitles none").find("subtitles:"),
               std::string::npos);
+    folder_.write("film.toml", "[[film]]\npath = 'film.mkv'\nshow = 'it'\n");
+    EXPECT_NE(makeDisc("film.toml --preview -o pal").find("none of its subtitles are in the"),
+              std::string::npos);
 }
 
 TEST_F(Films, AreCopiedWithSubtitles) {

@@ -42,7 +42,9 @@ CueTimes timesOf(const DiscFilm& film) {
     const Conversion& conversion = film.conversion;
     const double start = film.film.video.start, speed = conversion.speed;
     return {[&conversion, start, speed](double seconds) {
-                return conversion.frameAt((seconds - start) / speed);
+                // Files may name any hour; behind the film's end all are one.
+                const double time = (seconds - start) / speed;
+                return conversion.frameAt(std::clamp(time, 0.0, conversion.seconds + 1));
             },
             [&conversion, start, speed](int frame) {
                 return frame / conversion.frameRate().perSecond() * speed + start;
@@ -102,7 +104,8 @@ void addBitmaps(const std::string& path, const SubtitleFrame& frame, const CueTi
     if (!bytes) failOn(path, "read");
     Cue shown;
     const auto change = [&](int frameNumber, SubtitlePicture picture) {
-        const int number = std::clamp(frameNumber, 0, times.frames);
+        // Times of a damaged file may go back.
+        const int number = std::clamp(frameNumber, shown.first, times.frames);
         shown.end = number;
         if (picture == shown.picture) return;
         if (!shown.picture.isEmpty() && shown.end > shown.first) units.add(shown);

@@ -113,6 +113,11 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
             "{} subtitles are left out, since a disc's film has {}", beyond, kMostSubtitles));
     }
     film.subtitles = std::move(chosen);
+    const std::string wanted = request.shown.value_or(std::string(kNone));
+    if (wanted != kNone &&
+        std::ranges::find(film.subtitles, wanted, &FilmSubtitle::language) == film.subtitles.end())
+        film.subtitleNotes.push_back(fmt::format(
+            "none of its subtitles are in the language \"{}\", which is to be shown", wanted));
 }
 
 }  // namespace tkv::disc

@@ -41,8 +41,8 @@ std::string nameIn(const std::string& folder, std::size_t number, const FilmSubt
 
 // `path`: of what was read.
 bool hasCue(const FilmSubtitle& subtitle, const std::string& path) {
-    std::error_code error;
-    if (areBitmaps(subtitle)) return fs::file_size(path, error) > 0 && !error;
+    // Each part of a file of pictures begins like this.
+    if (areBitmaps(subtitle)) return readText(path).starts_with("PG");
     return readText(path).find("\nDialogue:") != std::string::npos;
 }
 
