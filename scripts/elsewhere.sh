@@ -24,12 +24,12 @@ install_packages debootstrap git util-linux
 
 suite=$1
 logs=$PWD/build/elsewhere/$suite
+rm -rf "$logs"
+mkdir -p "$logs"
 # Beside the checkout's other results rather than in /tmp, which may be memory.
 systems=$(mktemp -d "$PWD/build/elsewhere-XXXXXX")
 # Their mounts are gone already, with the commands that made them.
 trap 'rm -rf --one-file-system "$systems"' EXIT
-rm -rf "$logs"
-mkdir -p "$logs"
 
 # in_system SYSTEM COMMAND: runs it in /checkout there. Its mounts and processes end with it.
 in_system() {

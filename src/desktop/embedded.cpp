@@ -46,25 +46,44 @@ class TiffDirectory {
     /// which the library would convert, it counts as larger than all that is read.
     std::size_t value(std::size_t tag, std::size_t missing) const {
         constexpr std::size_t kShort = 3, kLong = 4, kTooLarge = std::size_t{1} << 30U;
-        for (std::size_t i = 0; i < entries_; ++i) {
-            const std::size_t at = begin_ + 2 + i * kEntry;
-            if (at >= file_.size()) break;
-            if (numberAt(file_, at, 2, order_) != tag) continue;
-            const std::size_t type = numberAt(file_, at + 2, 2, order_);
-            if (type != kShort && type != kLong) return kTooLarge;
-            const bool isShort = type == kShort;
-            const std::size_t count = numberAt(file_, at + 4, 4, order_);
-            const std::size_t bytes = isShort ? 2 : 4;
-            // Values of more than four bytes are stored at an offset.
-            const bool isElsewhere = count > 4 / bytes;
-            const std::size_t place = isElsewhere ? numberAt(file_, at + 8, 4, order_) : at + 8;
-            return numberAt(file_, place, bytes, order_);
-        }
-        return missing;
+        const std::size_t at = entry(tag);
+        if (at == 0) return missing;
+        const std::size_t type = numberAt(file_, at + 2, 2, order_);
+        if (type != kShort && type != kLong) return kTooLarge;
+        const std::size_t bytes = type == kShort ? 2 : 4;
+        return numberAt(file_, place(at, bytes), bytes, order_);
+    }
+
+    /// The values of a tag whose type is one byte each; empty where they are not all there.
+    ByteView bytes(std::size_t tag) const {
+        constexpr std::array<std::size_t, 2> kOneByte{1, 7};  // BYTE, UNDEFINED
+        const std::size_t at = entry(tag);
+        if (at == 0 || std::ranges::count(kOneByte, numberAt(file_, at + 2, 2, order_)) == 0)
+            return {};
+        const std::size_t begin = place(at, 1), count = numberAt(file_, at + 4, 4, order_);
+        if (begin > file_.size() || count > file_.size() - begin) return {};
+        return file_.subspan(begin, count);
     }
 
   private:
     static constexpr std::size_t kEntry = 12;
+
+    /// Where a tag's entry begins; 0 without one.
+    std::size_t entry(std::size_t tag) const {
+        for (std::size_t i = 0; i < entries_; ++i) {
+            const std::size_t at = begin_ + 2 + i * kEntry;
+            if (at >= file_.size()) break;
+            if (numberAt(file_, at, 2, order_) == tag) return at;
+        }
+        return 0;
+    }
+
+    /// Where the values of the entry at `at` begin, each of that many bytes. Those of more than
+    /// four bytes are stored at an offset.
+    std::size_t place(std::size_t at, std::size_t bytes) const {
+        const bool isElsewhere = numberAt(file_, at + 4, 4, order_) > 4 / bytes;
+        return isElsewhere ? numberAt(file_, at + 8, 4, order_) : at + 8;
+    }
 
     ByteView file_;
     ByteOrder order_;
@@ -168,6 +187,11 @@ TiffSizes tiffSizes(ByteView file) {
     const double piece =
         static_cast<double>(across) * static_cast<double>(down) * static_cast<double>(bits) / 8;
     return {{sideOf(width), sideOf(height)}, static_cast<std::int64_t>(std::min(piece, kMost))};
+}
+
+ByteView tiffProfile(ByteView file) {
+    constexpr std::size_t kProfile = 34675;
+    return TiffDirectory(file).bytes(kProfile);
 }
 
 bool hasPictureCompression(ByteView file) {

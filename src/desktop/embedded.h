@@ -33,6 +33,9 @@ struct TiffSizes {
 };
 TiffSizes tiffSizes(ByteView file);
 
+/// The ICC profile of a TIFF file's first picture; empty without one.
+ByteView tiffProfile(ByteView file);
+
 /// Whether a TIFF file is compressed as pictures are: not at all, or by CCITT's codes, LZW, JPEG,
 /// Deflate or PackBits. The library's other codecs are for scanners and science, hardly tested, and
 /// one aborts when its data are damaged.

@@ -28,6 +28,11 @@ std::int64_t bytesForStill(ByteView file) {
     return bytesForHeif(file).value_or(kMostBytes);
 }
 
+Bytes profileOfTiff(ByteView file) {
+    const ByteView profile = tiffProfile(file);
+    return {profile.begin(), profile.end()};
+}
+
 Bytes profileOfWebp(ByteView file) {
     const ByteView profile = webpChunk(file, "ICCP");
     return {profile.begin(), profile.end()};
@@ -43,7 +48,10 @@ constexpr std::array<PixbufReader, 9> kReaders{{
     {.name = "png", .parts = drawingParts, .comesRowByRow = true},
     {.name = "gif", .comesRowByRow = true},
     {.name = "bmp", .comesRowByRow = true},
-    {.name = "tiff", .bytesFor = bytesForTiff, .isBounded = hasPictureCompression},
+    {.name = "tiff",
+     .bytesFor = bytesForTiff,
+     .isBounded = hasPictureCompression,
+     .profile = profileOfTiff},
     {.name = "webp", .bytesFor = bytesForWebp, .profile = profileOfWebp},
     {.name = "avif", .bytesFor = bytesForStill, .parts = stillParts, .profile = profileOfStill},
     {.name = "heif/avif",

@@ -319,6 +319,23 @@ HeifColors Items::colors() const {
     return colors;
 }
 
+/// The content of the first box of that type.
+ByteView contentOf(const std::vector<IsoBox>& boxes, BoxType type) {
+    const auto box = std::ranges::find(boxes, type, &IsoBox::type);
+    return box == boxes.end() ? ByteView{} : box->content;
+}
+
+/// The boxes of a "meta" box that hold ICC profiles.
+std::vector<IsoBox> profilesIn(ByteView meta) {
+    if (meta.size() < 4) return {};
+    const ByteView properties = contentOf(boxesIn(meta.subspan(4)), "iprp");
+    std::vector<IsoBox> boxes = boxesIn(contentOf(boxesIn(properties), "ipco"));
+    std::erase_if(boxes, [](const IsoBox& box) {
+        return box.type != "colr" || BoxReader(box.content).type() == "nclx";
+    });
+    return boxes;
+}
+
 }  // namespace
 
 HeifColors colorsOfHeif(ByteView file) {
@@ -348,9 +365,15 @@ std::vector<ByteView> stillParts(ByteView file) {
         parts.insert(parts.end(), {file.subspan(done, begin - done), by});
         done = begin + by.size();
     };
+    const auto typeOf = [](const IsoBox& box) {
+        return reinterpret_cast<const std::uint8_t*>(box.type.data());
+    };
     for (const IsoBox& box : boxesIn(file, end)) {
-        const auto* const type = reinterpret_cast<const std::uint8_t*>(box.type.data());
-        if (std::ranges::count(kRead, box.type) == 0) replace(type, kFree);
+        if (std::ranges::count(kRead, box.type) == 0) replace(typeOf(box), kFree);
+        if (box.type == "meta") {
+            for (const IsoBox& profile : profilesIn(box.content))
+                replace(typeOf(profile), kFree);
+        }
         if (box.type != "ftyp") continue;
         // The brand of sequences, also among those that the file is compatible with.
         for (BoxReader brands(box.content); brands.rest().size() >= 4;) {

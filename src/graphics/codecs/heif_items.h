@@ -26,7 +26,8 @@ struct HeifColors {
 HeifColors colorsOfHeif(ByteView file);
 
 /// The file as its reader gets it, in parts: without anything behind the last whole box, and with
-/// the primary picture alone instead of a sequence, which states its pictures in another way.
+/// the primary picture alone instead of a sequence, which states its pictures in another way. The
+/// parts have no ICC profile either: some readers convert from it themselves.
 std::vector<ByteView> stillParts(ByteView file);
 
 }  // namespace tkv
