@@ -34,7 +34,7 @@ void Films::makeAllKinds() {
     make("it's \"upright\" & silent |.mp4", "-f lavfi -i testsrc2=s=180x320:r=30:d=1");
     make("-fields.mkv",
          fmt::format("-f lavfi -i testsrc=s=720x576:r=25:d=1 {0} {0} -map 0:v -map 1:a -map 2:a "
-                     "-flags +ilme+ildct -top 1 -aspect 4:3 -c:v mpeg2video -b:v 6M "
+                     "-vf setfield=tff -flags +ilme+ildct -aspect 4:3 -c:v mpeg2video -b:v 6M "
                      "-metadata:s:a:0 language=fra -metadata:s:a:1 language=jpn -t 1",
                      sound));
     makeReady();

@@ -32,7 +32,7 @@ TEST_F(Films, KeepTheirColorsShapesAndMotion) {
     };
     const std::string wide = "16:9\n9608000\n", narrow = "4:3\n9608000\n";
     const std::vector<Source> pal{
-        {deep("0xB06060", "tv", "smpte2084"), wide, {242, 0, 46, 255}},
+        {deep("0xB06060", "tv", "smpte2084"), wide, {251, 0, 46, 255}},
         {deep("0x949494", "pc", "smpte2084"), wide, kReferenceWhite},
         {deep("0xD02020", "pc", "bt2020-10"), wide, {0xD0, 0x20, 0x20, 255}},
         {color("red", "640x480") + " -aspect 16:9", wide, kRed},
@@ -161,8 +161,7 @@ TEST_F(Films, KeepTheirTime) {
     make("fields.mkv",
          "-f lavfi -i "
          "'color=s=64x48:r=60000/1001:d=1,format=yuv420p,geq=cb=128:lum=40+150*T,scale=720:480,"
-         "interlace=scan=bff:lowpass=off' -c:v mpeg2video "
-         "-q:v 2 -flags +ilme+ildct -top 0");
+         "interlace=scan=bff:lowpass=off' -c:v mpeg2video -q:v 2 -flags +ilme+ildct");
     // A clock of 90,000 that is taken for a rate.
     const std::string said = makeDisc(
         "--pal --no-menu --no-image -o out late.mkv fields.mkv",

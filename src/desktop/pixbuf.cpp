@@ -12,6 +12,7 @@
 #include "desktop/embedded.h"
 #include "desktop/functions.h"
 #include "desktop/pixbuf_readers.h"
+#include "desktop/tiff.h"
 #include "graphics/color_profile.h"
 #include "graphics/orientation.h"
 #include "graphics/pixels.h"
@@ -60,14 +61,15 @@ class Silence {
         [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {}, nullptr);
 };
 
+/// All readers decode at full size; only afterwards can the picture be reduced.
+bool isTooLarge(PixelSize size, std::int64_t fileBytes) {
+    return pixelsOf(size) > kMostPixels || !canHold(size, fileBytes + kPixel * pixelsOf(size));
+}
+
 void refuseTooLarge(GdkPixbufLoader* loader, int width, int height, Progress* progress) {
-    // The loader decodes at full size; only afterwards can the picture be reduced.
-    const PixelSize size{width, height};
-    if (pixelsOf(size) <= kMostPixels &&
-        canHold(size, progress->fileBytes + kPixel * pixelsOf(size)))
-        return;
+    if (!isTooLarge({width, height}, progress->fileBytes)) return;
     progress->tooLarge = true;
-    progress->needed(size);
+    progress->needed({width, height});
     // Most readers stop at this, before they allocate.
     gdk_pixbuf_loader_set_size(loader, 0, 0);
 }
@@ -82,19 +84,32 @@ void notePixels(GdkPixbufLoader*, int, int, int, int, Progress* progress) {
     progress->hasPixels = true;
 }
 
-/// Converts premultiplied alpha to straight alpha.
-void unmultiply(GdkPixbuf* pixbuf) {
-    const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf));
-    guint8* row = gdk_pixbuf_get_pixels(pixbuf);
-    for (int y = 0; y < gdk_pixbuf_get_height(pixbuf); ++y, row += rowBytes) {
+Pixbuf loadTiff(ByteView file, const NeededSize& needed) {
+    const std::optional<TiffPixels> tiff = decodeTiff(file, [&](PixelSize size) {
+        if (!isTooLarge(size, std::ssize(file))) return true;
+        needed(size);
+        return false;
+    });
+    if (!tiff) return nullptr;
+    const auto [width, height] = tiff->size;
+    Pixbuf pixbuf(gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, width, height));
+    if (!pixbuf) return pixbuf;
+    const auto rowBytes = static_cast<std::size_t>(gdk_pixbuf_get_rowstride(pixbuf.get()));
+    guint8* row = gdk_pixbuf_get_pixels(pixbuf.get());
+    const std::uint32_t* from = tiff->words.data();
+    for (int y = 0; y < height; ++y, row += rowBytes) {
         guint8* at = row;
-        for (int x = 0; x < gdk_pixbuf_get_width(pixbuf); ++x, at += 4) {
-            const std::uint32_t pixel = straight(pixelOf(at[3], at[0], at[1], at[2]));
+        for (int x = 0; x < width; ++x, at += 4, ++from) {
+            const std::uint32_t pixel = straight(
+                pixelOf(*from >> 24U, *from & 0xFFU, *from >> 8U & 0xFFU, *from >> 16U & 0xFFU));
             at[0] = static_cast<guint8>(redOf(pixel));
             at[1] = static_cast<guint8>(greenOf(pixel));
             at[2] = static_cast<guint8>(blueOf(pixel));
+            at[3] = static_cast<guint8>(alphaOf(pixel));
         }
     }
+    gdk_pixbuf_set_option(pixbuf.get(), "orientation", std::to_string(tiff->orientation).c_str());
+    return pixbuf;
 }
 
 Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed) {
@@ -125,8 +140,6 @@ Pixbuf load(ByteView file, const PixbufReader& reader, const NeededSize& needed)
     progress.hasPixels |= isWhole && !reader.comesRowByRow;
     GdkPixbuf* pixbuf = gdk_pixbuf_loader_get_pixbuf(loader.get());
     if (pixbuf == nullptr || progress.tooLarge || !progress.hasPixels) return nullptr;
-    // The TIFF reader passes on its library's premultiplied alpha.
-    if (gdk_pixbuf_get_has_alpha(pixbuf) && reader.name == "tiff") unmultiply(pixbuf);
     return Pixbuf(GDK_PIXBUF(g_object_ref(pixbuf)));
 }
 
@@ -256,7 +269,9 @@ std::optional<Bitmap> decodeWithPixbuf(ByteView file, const NeededSize& needed) 
     if (reader == nullptr || bytesFor(file, *reader) > kMostBytes) return std::nullopt;
     if (reader->isBounded != nullptr && !reader->isBounded(file)) return std::nullopt;
     const Bytes first = firstOfWebp(file);
-    const Pixbuf pixbuf = load(first.empty() ? file : ByteView(first), *reader, needed);
+    const Pixbuf pixbuf = reader->name == "tiff"
+                              ? loadTiff(file, needed)
+                              : load(first.empty() ? file : ByteView(first), *reader, needed);
     if (!pixbuf) return std::nullopt;
     const PixelSize full{gdk_pixbuf_get_width(pixbuf.get()), gdk_pixbuf_get_height(pixbuf.get())};
     const int orientation = orientationOf(pixbuf.get(), file);

@@ -11,13 +11,15 @@ namespace {
 
 // Brings HDR down to what a television shows. Its reference white, which BT.2408 has at 203 cd/m2,
 // is a little below a television's: what is up to half as bright stays as it is, and what is
-// brighter shares the rest.
+// brighter shares the rest. Colours that a television lacks are the nearest that it has, since whole
+// numbers are not below 0: a missing green would be taken off the red.
 std::string toneMapped(const SourceColors& colors, PixelSize size) {
     return fmt::format(
         "zscale=w={}:h={}:filter=bicubic:tin={}:pin=2020:min={}:rin={}:transfer=linear"
         ":primaries=2020:npl=203,"
         "format=gbrpf32le,zscale=primaries=709,tonemap=mobius:param=0.5:desat=0,"
-        "zscale=transfer=601:matrix=170m:range=limited,format=yuv420p",
+        "zscale=transfer=601:range=full,format=gbrp16le,"
+        "zscale=matrix=170m:range=limited,format=yuv420p",
         size.width, size.height, colors.transfer, colors.matrix,
         colors.isFullRange ? "full" : "limited");
 }
