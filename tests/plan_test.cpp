@@ -231,6 +231,16 @@ TEST(Plan, TellsWhatDoesNotFit) {
     EXPECT_EQ(Strings(lines.begin() + 2, lines.end()),
               (Strings{"        excerpt 1:40 is behind its end, and shows that",
                        "        chapter 2:00:00 is behind its end, and left out"}));
+
+    project.films = projectOf({filmOf(1000)}).films;
+    Film rich = filmOf(1000, 120);
+    rich.audio.resize(10, rich.audio.at(0));
+    rich.audio[8].language = "en";
+    const Strings left = planLines(planDisc(project, {rich}));
+    EXPECT_EQ(Strings(left.begin() + 2, left.end()),
+              (Strings{"        2 sound tracks left out, since a disc's film has 8: en, unknown",
+                       "        21 chapters left out, since a disc's film has 99, 2 s apart or "
+                       "more"}));
 }
 
 /// The buttons that up, down, left and right lead to, by their names in the map without "BT_" and

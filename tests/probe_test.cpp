@@ -36,9 +36,11 @@ TEST(Probe, ReadsOddAnswers) {
         {"index": 1, "codec_type": "audio", "codec_name": "aac", "channels": 6,
          "sample_rate": "44100", "tags": {"LANGUAGE": "ger"}},
         {"index": 2, "codec_type": "audio", "channels": 0},
+        {"index": 4, "codec_type": "video", "codec_name": "mjpeg", "width": 80, "height": 80},
         {"index": 3, "codec_type": "video", "codec_name": "h264", "width": 1440, "height": 1080,
          "sample_aspect_ratio": "0:1", "avg_frame_rate": "0/0", "r_frame_rate": "50/1",
-         "field_order": "tb", "start_time": "1.5", "side_data_list": [{"rotation": -90}]}],
+         "field_order": "tb", "start_time": "1.5", "side_data_list": [{"rotation": -90}],
+         "disposition": {"default": 1}}],
         "chapters": [{"start_time": "61.5", "tags": {"title": "Two"}}, {}],
         "format": {"format_name": "matroska,webm", "start_time": "1", "duration": "N/A"}})");
     EXPECT_EQ(film.video.index, 3);
@@ -49,6 +51,8 @@ TEST(Probe, ReadsOddAnswers) {
     EXPECT_EQ(film.video.start, 0.5);
     ASSERT_EQ(film.audio.size(), 1U);
     EXPECT_EQ(film.audio[0].language, "de");
+    EXPECT_EQ(film.notes, (Strings{"track 2 (sound) is left out: nothing here can read it",
+                                   "1 more moving picture in it is left out"}));
     EXPECT_EQ(film.marks, (std::vector<Chapter>{{60, "Two"}, {0, ""}}));
     EXPECT_EQ(film.seconds, 0);
     for (const char* colors :

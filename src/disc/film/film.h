@@ -78,11 +78,11 @@ struct Film {
     std::string taken;      ///< when, by its own tag, in ISO 8601; empty when it has none
     VideoTrack video;
     std::vector<AudioTrack> audio;
-    std::vector<FilmSubtitle> subtitles;     ///< its own; those for the disc once they are chosen
-    std::vector<int> fonts;                  ///< attached to it: their places among all streams
-    std::vector<std::string> subtitleNotes;  ///< what is worth telling of them, a sentence each
-    std::vector<Chapter> marks;              ///< its own, as they stand in the file
-    double start = 0;                        ///< of the file's own time, in seconds
+    std::vector<FilmSubtitle> subtitles;  ///< its own; those for the disc once they are chosen
+    std::vector<int> fonts;               ///< attached to it: their places among all streams
+    std::vector<std::string> notes;       ///< what of it the disc lacks, and the like, in words
+    std::vector<Chapter> marks;           ///< its own, as they stand in the file
+    double start = 0;                     ///< of the file's own time, in seconds
     double seconds = 0;          ///< by the file's word; by its frames once they are counted
     double lost = 0;             ///< seconds before the first frame that can be decoded, as counted
     bool hasNavigation = false;  ///< DVD navigation packs

@@ -169,6 +169,11 @@ bool isKind(const Json& stream, const char* kind) {
     return textOf(stream, "codec_type") == kind && !textOf(stream, "codec_name").empty();
 }
 
+bool isHeard(const Json& stream) {
+    return isKind(stream, "audio") && intOf(stream, "channels") > 0 &&
+           intOf(stream, "sample_rate") > 0;
+}
+
 // Cover art and the like are streams of one picture.
 bool isMovingPicture(const Json& stream) {
     const Json& disposition = member(stream, "disposition");
@@ -218,6 +223,25 @@ std::string_view unreadableColors(const Json& stream) {
     return textOf(stream, "color_space") == "ictcp" ? "ICtCp" : "";
 }
 
+// What of a film no disc gets: tracks that nothing here can read, and other pictures than `shown`.
+std::vector<std::string> leftOutOf(const Json& streams, const Json& shown) {
+    std::vector<std::string> notes;
+    int pictures = 0;
+    for (const Json& stream : streams) {
+        if (isMovingPicture(stream) && &stream != &shown) ++pictures;
+        const std::string kind = textOf(stream, "codec_type");
+        const bool isSound = kind == "audio";
+        if (!isSound && kind != "subtitle") continue;
+        if (isSound ? isHeard(stream) : isKind(stream, "subtitle")) continue;
+        notes.push_back(fmt::format("track {} ({}) is left out: nothing here can read it",
+                                    intOf(stream, "index"), isSound ? "sound" : "subtitles"));
+    }
+    if (pictures > 0)
+        notes.push_back(fmt::format("{} more moving picture{} in it {} left out", pictures,
+                                    pictures == 1 ? "" : "s", pictures == 1 ? "is" : "are"));
+    return notes;
+}
+
 bool isPicture(const std::string& container) {
     return container == "image2" || container.ends_with("_pipe");
 }
@@ -259,13 +283,12 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
     film.seconds = std::min(film.seconds, kLongestFilm);
 
     for (const Json& each : streams) {
-        const AudioTrack track = audioTrackOf(each);
-        if (isKind(each, "audio") && track.channels > 0 && track.sampleRate > 0)
-            film.audio.push_back(track);
+        if (isHeard(each)) film.audio.push_back(audioTrackOf(each));
         if (isKind(each, "subtitle")) film.subtitles.push_back(subtitleOf(each));
         if (isFont(each)) film.fonts.push_back(intOf(each, "index"));
         if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
     }
+    film.notes = leftOutOf(streams, *stream);
     film.start = numberOf(format, "start_time");
     film.video.start = std::max(0.0, numberOf(*stream, "start_time") - film.start);
     const double start = film.start + film.video.start;

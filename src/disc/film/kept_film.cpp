@@ -1,5 +1,7 @@
 #include "disc/film/kept_film.h"
 
+#include <fmt/format.h>
+
 #include <nlohmann/json.hpp>
 
 #include "disc/film/probe.h"
@@ -35,7 +37,11 @@ void setCounts(Film& film, const Json& counts) {
     beginAt(film, counts.at("start").get<double>());
     const Json& tracks = counts.at("tracks");
     std::erase_if(film.audio, [&](const AudioTrack& track) {
-        return !tracks.contains(std::to_string(track.index));
+        const bool isEmpty = !tracks.contains(std::to_string(track.index));
+        if (isEmpty)
+            film.notes.push_back(
+                fmt::format("track {} (sound) is left out: it is empty", track.index));
+        return isEmpty;
     });
     for (AudioTrack& track : film.audio) {
         const Json& counted = tracks.at(std::to_string(track.index));

@@ -33,17 +33,21 @@ double entryPoint(const Film& film, double seconds, const Conversion& conversion
     return conversion.startOf(conversion.frameAt(seconds / conversion.speed));
 }
 
-// Sorted, the first at 0, none too near to another or the end.
-std::vector<Chapter> tidied(std::vector<Chapter> chapters, double end) {
+// Sorted, the first at 0, none too near to another or the end. Counts those that are left out, but
+// for such as would be the film's last moment or none of it, which nobody misses.
+std::vector<Chapter> tidied(std::vector<Chapter> chapters, double end, std::size_t& leftOut) {
     std::ranges::stable_sort(chapters, {}, &Chapter::seconds);
     std::vector<Chapter> kept;
     if (chapters.empty() || chapters.front().seconds >= kLeastGap) kept.push_back({});
     for (Chapter& chapter : chapters) {
         if (kept.empty()) chapter.seconds = 0;
+        if (!kept.empty() && end - chapter.seconds < kLeastGap) break;
         const bool isApart = kept.empty() || chapter.seconds - kept.back().seconds >= kLeastGap;
-        if (!isApart || (!kept.empty() && end - chapter.seconds < kLeastGap)) continue;
-        kept.push_back(std::move(chapter));
-        if (kept.size() == kMostChapters) break;
+        if (isApart && kept.size() < kMostChapters) {
+            kept.push_back(std::move(chapter));
+        } else {
+            ++leftOut;
+        }
     }
     return kept;
 }
@@ -63,7 +67,7 @@ ChapterList chaptersOf(const FilmRequest& request, const Film& film, const Chapt
     if (list.chapters.empty()) list = {evenly(film.seconds, kSkipEvery), false};
     for (Chapter& chapter : list.chapters)
         chapter.seconds = entryPoint(film, chapter.seconds, conversion);
-    list.chapters = tidied(std::move(list.chapters), conversion.seconds);
+    list.chapters = tidied(std::move(list.chapters), conversion.seconds, list.leftOut);
     if (list.chapters.size() < 2) list.hasMenu = false;
     return list;
 }

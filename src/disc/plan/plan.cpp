@@ -88,6 +88,7 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
     setSound(film.film, kStereoRate, conversion);
     ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
     conversion.chapters = std::move(list.chapters);
+    film.chaptersLeftOut = list.leftOut;
     const bool hasMenu = project.hasMenu && list.hasMenu;
     film.chapterPages.count = hasMenu ? pagesFor(conversion.chapters.size()) : 0;
 }

@@ -93,6 +93,7 @@ struct DiscFilm {
     Span span;                      ///< where something of the whole film is to be seen
     std::vector<Excerpt> excerpts;  ///< all that pages show of it
     PageRange chapterPages;         ///< its chapter menu; none without one
+    std::size_t chaptersLeftOut = 0;
     FilmKeys keys;
     std::size_t page = 0;    ///< of the films' pages, the one that shows it
     std::size_t button = 0;  ///< its button there

@@ -8,6 +8,7 @@
 #include <cmath>
 #include <iterator>
 
+#include "disc/plan/chapters.h"
 #include "disc/project/names.h"
 #include "system/paths.h"
 
@@ -100,6 +101,24 @@ std::vector<std::string> beyondLines(const DiscFilm& film) {
     return lines;
 }
 
+// What of a film the disc has no place for, a line each.
+std::vector<std::string> leftOutLines(const DiscFilm& film) {
+    std::vector<std::string> lines;
+    std::vector<std::string> languages;
+    for (std::size_t i = kMostTracks; i < film.film.audio.size(); ++i)
+        languages.push_back(film.film.audio[i].language);
+    std::ranges::replace(languages, "xx", "unknown");
+    if (!languages.empty())
+        lines.push_back(fmt::format("{} left out, since a disc's film has {}: {}",
+                                    counted(languages.size(), "sound track"), kMostTracks,
+                                    fmt::join(languages, ", ")));
+    if (film.chaptersLeftOut > 0)
+        lines.push_back(fmt::format("{} left out, since a disc's film has {}, 2 s apart or more",
+                                    counted(film.chaptersLeftOut, "chapter"), kMostChapters));
+    std::ranges::copy(film.film.notes, std::back_inserter(lines));
+    return lines;
+}
+
 }  // namespace
 
 std::string passedOverLine(const std::vector<std::string>& names) {
@@ -115,8 +134,8 @@ std::vector<std::string> planLines(const DiscPlan& plan) {
     for (const DiscFilm& film : plan.films) {
         lines.push_back(filmLine(film));
         std::ranges::move(beyondLines(film), std::back_inserter(lines));
-        for (const std::string& note : film.film.subtitleNotes)
-            lines.push_back(fmt::format("        {}", note));
+        for (const std::string& line : leftOutLines(film))
+            lines.push_back("        " + line);
     }
     return lines;
 }

@@ -99,9 +99,8 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
     if (areUnwanted) film.subtitles.clear();
     for (FilmSubtitle& each : areUnwanted ? std::vector<FilmSubtitle>{} : allOf(request, film)) {
         if (!isKnown(each)) {
-            film.subtitleNotes.push_back(
-                fmt::format("{} holds pictures of subtitles ({}), and is left out",
-                            nameOf(each, film), each.codec));
+            film.notes.push_back(fmt::format("{} holds pictures of subtitles ({}), and is left out",
+                                             nameOf(each, film), each.codec));
         } else if (chosen.size() < kMostSubtitles) {
             chosen.push_back(std::move(each));
         } else {
@@ -109,14 +108,14 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
         }
     }
     if (beyond > 0) {
-        film.subtitleNotes.push_back(fmt::format(
-            "{} subtitles are left out, since a disc's film has {}", beyond, kMostSubtitles));
+        film.notes.push_back(fmt::format("{} subtitles are left out, since a disc's film has {}",
+                                         beyond, kMostSubtitles));
     }
     film.subtitles = std::move(chosen);
     const std::string wanted = request.shown.value_or(std::string(kNone));
     if (wanted != kNone &&
         std::ranges::find(film.subtitles, wanted, &FilmSubtitle::language) == film.subtitles.end())
-        film.subtitleNotes.push_back(fmt::format(
+        film.notes.push_back(fmt::format(
             "none of its subtitles are in the language \"{}\", which is to be shown", wanted));
 }
 

@@ -167,10 +167,10 @@ void readSubtitles(Film& film, Workshop& workshop) {
         const std::string name = nameOf(subtitle, film);
         const std::string guess = readText(workshop.path(guessPath(subtitle.text)));
         if (!hasCue(subtitle, workshop.path(subtitle.text))) {
-            film.subtitleNotes.push_back(name + " holds no subtitles, and is left out");
+            film.notes.push_back(name + " holds no subtitles, and is left out");
             subtitle.text.clear();
         } else if (!guess.empty()) {
-            film.subtitleNotes.push_back(
+            film.notes.push_back(
                 fmt::format("{} does not tell its encoding; it was read as {}", name, guess));
         }
     }
