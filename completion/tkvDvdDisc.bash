@@ -25,7 +25,7 @@ _tkvDvdDisc() {
         --language) COMPREPLY=($(compgen -W 'de en es fr it ja nl pt' -- "$cur")) ;;
         --label)
             COMPREPLY=($(compgen -S = -W 'play-all play-film previous next menu chapters chapter
-                minutes' -- "$cur"))
+                minutes languages sound subtitles no-subtitles' -- "$cur"))
             compopt -o nospace
             ;;
         --title) ;;

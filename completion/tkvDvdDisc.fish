@@ -33,7 +33,7 @@ $disc -l subtitles -x -a 'auto none de en es fr it ja nl pt' -d 'on demand, none
 $disc -l volume -x -a 'keep even' -d 'loudness of the films'
 $disc -l pitch -x -a 'keep film' -d 'of the sound of films that play faster'
 $disc -l language -x -a 'de en es fr it ja nl pt' -d 'language of the menus'
-$disc -l label -x -a 'play-all= play-film= previous= next= menu= chapters= chapter= minutes=' \
-    -d 'words a label of the menus'
+$disc -l label -x -d 'words a label of the menus' \
+    -a 'play-all= play-film= previous= next= menu= chapters= chapter= minutes= languages= sound= subtitles= no-subtitles='
 $disc -s h -l help -d 'tell the options'
 $disc -l version -d 'tell the version'

@@ -11,7 +11,8 @@ _tkvDvdDisc_file_or_none() {
 }
 
 _tkvDvdDisc_label() {
-    compadd -S = play-all play-film previous next menu chapters chapter minutes
+    compadd -S = play-all play-film previous next menu chapters chapter minutes \
+        languages sound subtitles no-subtitles
 }
 
 _tkvDvdDisc_chapters() {

@@ -146,9 +146,9 @@ TEST_F(Films, AreLeftOutWhereTheyAreFaulty) {
     // The others are not made twice.
     EXPECT_EQ(said.find("Encoding mpeg1.mpg"), said.rfind("Encoding mpeg1.mpg")) << said;
     Player player(file("out/disc"));
-    EXPECT_EQ(player.press(2), "film-2-chapters-1");
+    EXPECT_EQ(player.press(2), "film-2-page-1");
     EXPECT_EQ(player.press(DVD_MENU_Title), "films-1");
-    EXPECT_EQ(player.press(3), "film-3-chapters-1") << "made of the same file";
+    EXPECT_EQ(player.press(3), "film-3-page-1") << "made of the same file";
     EXPECT_FALSE(fs::exists(file("out/disc/VIDEO_TS/VTS_04_1.VOB")));
 }
 

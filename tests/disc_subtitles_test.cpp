@@ -3,6 +3,7 @@
 #include <sstream>
 
 #include "disc_films.h"
+#include "player.h"
 
 // Discs with subtitles.
 
@@ -79,6 +80,41 @@ TEST_F(Films, ShowSubtitlesToTheFrame) {
     folder_.write("film.toml", "[[film]]\npath = 'film.mkv'\nshow = 'it'\n");
     EXPECT_NE(makeDisc("film.toml --preview -o pal").find("none of its subtitles are in the"),
               std::string::npos);
+}
+
+TEST_F(Films, AreSeenInTheLanguagesThatAreChosen) {
+    const std::string lines = linesFor({{10, 20}});
+    for (const char* name : {"a.de.srt", "a.fr.srt", "a.fr.forced.srt", "b.fr.srt"})
+        folder_.write(name, lines);
+    const std::string picture = "-f lavfi -i testsrc2=s=160x120:r=25:d=2 ";
+    make("a.mkv", picture +
+                      "-f lavfi -i sine=r=48000:d=2 -map 0 -map 1 -map 1 -c:v mpeg4 "
+                      "-metadata:s:a:0 language=fra -metadata:s:a:1 language=deu");
+    make("b.mkv", picture + "-f lavfi -i sine=r=48000:d=2 -c:v mpeg4 -metadata:s:a:0 language=fra");
+    expectDisc("a.mkv b.mkv --no-image -o out --language en --title Two");
+    Player player(file("out/disc"));
+    ASSERT_EQ(player.place(), "films-1");
+    ASSERT_EQ(player.press(1), "film-1-page-1");
+    const auto choose = [&](int page, int button) {
+        if (page == 2) player.press(5);  // from the two tracks of sound
+        ASSERT_EQ(player.press(button), "film-1-page-1");
+        EXPECT_EQ(player.button(), 3) << "plays the film";
+        ASSERT_EQ(player.press(3), "film 1");
+        player.play();
+    };
+    const auto back = [&] { ASSERT_EQ(player.press(DVD_MENU_Root), "film-1-page-1"); };
+    using Tracks = std::pair<int, int>;
+    choose(1, 2);
+    EXPECT_EQ(player.tracks(), Tracks(1, 2)) << "forced ones";
+    back();
+    choose(2, 3);
+    EXPECT_EQ(player.tracks(), Tracks(1, 1));
+    back();
+    choose(2, 1);
+    EXPECT_EQ(player.tracks(), Tracks(1, 2)) << "none but forced ones";
+    back();
+    choose(1, 1);
+    EXPECT_EQ(player.tracks(), Tracks(0, 2));
 }
 
 TEST_F(Films, AreCopiedWithSubtitles) {

@@ -101,23 +101,23 @@ void expectDiscThatLeads(const std::string& disc) {
     for (int packs = 0; packs < 100; ++packs)
         ASSERT_EQ(player.play(), "films-1") << "its clip repeats";
     for (const int group : {0, 1}) {
-        for (const int film : {2, 3, 4}) {
+        for (const int film : {2, 4}) {
             ASSERT_EQ(player.press(film, group), fmt::format("film {}", film));
             ASSERT_EQ(player.leave(), "films-1");
             EXPECT_EQ(player.button(), film);
         }
-        ASSERT_EQ(player.press(1, group), "film-1-chapters-1");
+        ASSERT_EQ(player.press(1, group), "film-1-page-1");
         expectButtons(player, 2, {"3 4 1 2", "3 4 1 2", "3 2 3 3", "2 4 4 4"});
         for (const int chapter : {2, 1}) {
             ASSERT_EQ(player.press(chapter, group), "film 1");
             EXPECT_EQ(player.chapter(), chapter);
             EXPECT_NEAR(player.seconds(), 2.2 * (chapter - 1), 0.041);
-            ASSERT_EQ(player.leave(), "film-1-chapters-1");
+            ASSERT_EQ(player.leave(), "film-1-page-1");
             EXPECT_EQ(player.button(), chapter);
         }
         ASSERT_EQ(player.press(3, group), "film 1");
         EXPECT_EQ(player.chapter(), 1);
-        ASSERT_EQ(player.leave(), "film-1-chapters-1");
+        ASSERT_EQ(player.leave(), "film-1-page-1");
         ASSERT_EQ(player.press(4, group), "films-1");
         EXPECT_EQ(player.button(), 1);
 
@@ -128,13 +128,13 @@ void expectDiscThatLeads(const std::string& disc) {
         EXPECT_EQ(player.button(), 5);
     }
     ASSERT_EQ(player.press(5), "film 1");
-    ASSERT_EQ(player.press(DVD_MENU_Root), "film-1-chapters-1") << "ends playing all";
+    ASSERT_EQ(player.press(DVD_MENU_Root), "film-1-page-1") << "ends playing all";
     ASSERT_EQ(player.press(3), "film 1");
-    ASSERT_EQ(player.leave(), "film-1-chapters-1");
+    ASSERT_EQ(player.leave(), "film-1-page-1");
     ASSERT_EQ(player.press(DVD_MENU_Title), "films-1");
-    ASSERT_EQ(player.press(3), "film 3");
+    ASSERT_EQ(player.press(4), "film 4");
     ASSERT_EQ(player.press(DVD_MENU_Root), "films-1");
-    EXPECT_EQ(player.button(), 3);
+    EXPECT_EQ(player.button(), 4);
 }
 
 /// A disc of one film, which its thumbnail plays.
@@ -152,7 +152,7 @@ void expectDiscOfOneFilm(const std::string& disc) {
 void Films::expectFaultsTold(const std::string& out) const {
     const std::string before = run("ls -liR --time-style=+ " + quoted(out) + "/disc*");
     const std::string wrong = faked("dvdauthor",
-                                    "sed -i 's/3072; jump title 3/3072; jump title 2/' $2\n"
+                                    "sed -i 's/4096; jump title 4/4096; jump title 2/' $2\n"
                                     "$real \"$@\"\ncd unfinished/disc/VIDEO_TS\n"
                                     "truncate -s -4096 VTS_01_1.VOB\n"
                                     "printf x | dd of=VTS_02_0.BUP bs=1 seek=99 conv=notrunc");
@@ -161,8 +161,8 @@ void Films::expectFaultsTold(const std::string& out) const {
     const std::string said = makeDisc(words, wrong);
     for (const char* part :
          {"Film 1, chapters a:b 100%.mp4: VTS_01_1.VOB has ", "VTS_02_0.BUP does not equal VTS_02",
-          "Button 3 of films-1 (-fields) leads to film 2, chapter 1 instead of film 3",
-          "Button 3 of films-1 (-fields) on 4:3 displays leads to film 2", "\nstatus 1\n"})
+          "Button 4 of films-1 (Ready) leads to film 2, chapter 1 instead of film 4",
+          "Button 4 of films-1 (Ready) on 4:3 displays leads to film 2", "\nstatus 1\n"})
         EXPECT_NE(said.find(part), std::string::npos) << part << said;
     const std::string faulty = "rm -r " + quoted(out + "/disc-faulty");
     EXPECT_EQ(run(faulty + "; ls -liR --time-style=+ " + quoted(out) + "/disc*"), before);
@@ -192,12 +192,13 @@ TEST_F(Films, BecomeADiscThatLeads) {
         // In the sector that it names, the language of the menus.
         EXPECT_EQ(tables.substr(2048UL * static_cast<unsigned char>(tables[0xCB]) + 8, 2), "fr");
         EXPECT_EQ(hertzAt(out + "/disc/VIDEO_TS/VIDEO_TS.VOB", 1) > 0, isPal);
-        EXPECT_NE(said.find(isPal ? "Checked: 9 buttons on 2 pages lead where they should.\n"
+        EXPECT_NE(said.find(isPal ? "Checked: 13 buttons on 3 pages lead where they should.\n"
                                   : "Checked: 1 button on 1 page leads where it should.\n"),
                   std::string::npos)
             << said;
         if (!isPal) continue;
-        EXPECT_EQ(namesIn(out + "/menus"), (Strings{"film-1-chapters-1.jpg", "films-1.jpg"}));
+        EXPECT_EQ(namesIn(out + "/menus"),
+                  (Strings{"film-1-chapters-1.jpg", "film-3-languages-1.jpg", "films-1.jpg"}));
         const Bitmap chapters = *decodePicture(out + "/menus/film-1-chapters-1.jpg");
         EXPECT_TRUE(near(pixel(chapters, 105, 80), {253, 2, 2, 255}, 12));
         EXPECT_TRUE(near(pixel(chapters, 256, 80), {2, 2, 253, 255}, 12));

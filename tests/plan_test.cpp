@@ -119,8 +119,8 @@ struct Ways {
         for (std::size_t i = 0; i < disc.filmPages.count; ++i)
             addPage(filmsPage(i), disc.pages[i]);
         for (const DiscFilm& film : disc.films) {
-            for (std::size_t i = 0; i < film.chapterPages.count; ++i)
-                addPage(chapterPage(film.number, i), disc.pages[film.chapterPages.first + i]);
+            for (std::size_t i = 0; i < film.ownPages().count; ++i)
+                addPage(chapterPage(film.number, i), disc.pages[film.ownPages().first + i]);
             const Place place = playing(film.number);
             for (const Action& action : {film.keys.menu, film.keys.end, disc.titleKey})
                 add(place, film, action);
@@ -141,11 +141,14 @@ struct Ways {
         if (const auto* films = std::get_if<ShowFilms>(&action)) to.insert(filmsPage(films->page));
         if (const auto* chapters = std::get_if<ShowChapters>(&action))
             to.insert(chapterPage(chapters->film, chapters->page));
+        if (std::holds_alternative<SetSound>(action) ||
+            std::holds_alternative<SetSubtitles>(action))
+            to.insert(chapterPage(film.number, 0));
         if (std::get_if<BackToFilms>(&action) != nullptr) to.insert(filmsPage(film.page));
         if (std::get_if<BackToChapters>(&action) != nullptr) to.insert(chapterPage(film.number, 0));
         if (std::get_if<BackToStart>(&action) != nullptr) {
             to.insert(filmsPage(film.page));
-            if (film.chapterPages.count > 0) to.insert(chapterPage(film.number, 0));
+            if (film.ownPages().count > 0) to.insert(chapterPage(film.number, 0));
         }
     }
 
@@ -188,7 +191,11 @@ TEST(Plan, EveryPlaceIsReachedAndCanBeLeft) {
         for (const std::size_t chapters : {0U, 2U, 10U, 99U}) {
             if (count * chapters > 1000) continue;  // no room for them
             SCOPED_TRACE(fmt::format("{} films of {} chapters", count, chapters));
-            const std::vector<Film> films(count, filmOf(250, chapters));
+            const bool areSpoken = count < 9;
+            Film one = filmOf(250, chapters);
+            if (areSpoken) one.audio.resize(2, one.audio.at(0));
+            if (areSpoken) one.subtitles.resize(10);
+            const std::vector<Film> films(count, one);
             Project project = projectOf(films);
             project.size = DiscSize::dvd9;
             const DiscPlan plan = planDisc(project, films);
@@ -204,9 +211,34 @@ TEST(Plan, EveryPlaceIsReachedAndCanBeLeft) {
                 // The button to which the viewer returns is the film's.
                 EXPECT_EQ(plan.pages.at(film.page).thumbnails.at(film.button).film, film.number);
                 EXPECT_EQ(film.chapterPages.count, (chapters + 8) / 9);
+                EXPECT_EQ(film.languagePages.count, areSpoken ? 3U : 0U) << "of 2 and 1 + 10";
             }
         }
     }
+}
+
+TEST(Plan, LanguagesAreCalledAsTheyCallThemselves) {
+    Film film = filmOf(100);
+    film.audio.resize(4, film.audio.at(0));
+    film.audio[0].language = film.audio[1].language = "fr";
+    film.audio[1].channels = 6;
+    film.audio[2].language = "ja";
+    film.subtitles.resize(4);
+    film.subtitles[0].language = film.subtitles[1].language = film.subtitles[2].language = "de";
+    film.subtitles[1].kind = SubtitleKind::hearing;
+    film.subtitles[2].kind = SubtitleKind::commentary;
+    film.subtitles[3].kind = SubtitleKind::forced;
+    const auto texts = [&](std::size_t number) {
+        const DiscPlan plan = planDisc(projectOf({film}), {film});
+        Strings all;
+        for (const Button& button : plan.pages.at(number).buttons)
+            all.push_back(button.text);
+        return all;
+    };
+    EXPECT_EQ(texts(1), (Strings{"Français", "Français 5.1", "日本語", "Sound 4", "Play film",
+                                 "Main menu", "Subtitles"}));
+    EXPECT_EQ(texts(2), (Strings{"No subtitles", "Deutsch", "Deutsch ♪", "Deutsch 2", "Play film",
+                                 "Sound", "Main menu"}));
 }
 
 TEST(Plan, TellsWhatDoesNotFit) {
@@ -535,7 +567,7 @@ TEST(Plan, SuitsFilmsOfEachKind) {
     EXPECT_EQ(plan.title, "");
     EXPECT_EQ(plan.films[0].conversion.chapters.size(), 99U);
     EXPECT_EQ(plan.pages.at(2).buttons.at(0).text, "Chapter 10");
-    EXPECT_NEAR(loadOf(plan).menuSeconds, 29.96 * (1 + 11 + 2), 0.1);
+    EXPECT_NEAR(loadOf(plan).menuSeconds, 29.96 * (1 + 11 + 2 + 1), 0.1);
     EXPECT_EQ(plan.pages.at(13).buttons.back().action, Action(ShowFilms{0, 1}));
     EXPECT_NEAR(plan.films[1].excerpts.at(6).moments.at(0).from, 51, 0.02);
     const std::vector<std::vector<Scene>> scenes(13, {{50, ""}});

@@ -76,6 +76,12 @@ Rgba Player::highlightColor(std::uint32_t highlight, int value) const {
     return {byte(16), byte(8), byte(0), static_cast<int>(highlight >> shift & 15U)};
 }
 
+std::pair<int, int> Player::tracks() {
+    constexpr int kHidden = 0x80;
+    const int subtitles = dvdnav_get_active_spu_stream(nav());
+    return {dvdnav_get_active_audio_stream(nav()), (subtitles & kHidden) != 0 ? -1 : subtitles};
+}
+
 std::string Player::arrowsFrom(int number) {
     pci_t* const pci = dvdnav_get_current_nav_pci(nav());
     const int before = button();

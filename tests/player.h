@@ -2,6 +2,7 @@
 
 #include <array>
 #include <string>
+#include <utility>
 
 #include "check/player.h"
 #include "support.h"
@@ -29,6 +30,10 @@ class Player : public check::Player {
     /// Y, Cr and Cb of the colour that a highlight gives to the pixels of a value (0 to 3), and its
     /// contrast (0 to 15).
     Rgba highlightColor(std::uint32_t highlight, int value) const;
+
+    /// The tracks of sound and of subtitles that a film is played with, from 0; the latter is -1
+    /// where none are shown.
+    std::pair<int, int> tracks();
 
     /// The buttons, from 1, to which the up, down, left and right keys lead from a button.
     std::string arrowsFrom(int number);

@@ -50,7 +50,7 @@ std::string Player::place() const {
     if (title > 0) return fmt::format("film {}", title);
     const int vob = dvdnav_get_current_nav_dsi(nav_)->dsi_gi.vobu_vob_idn;
     if (dvdnav_is_domain_vmgm(nav_)) return fmt::format("films-{}", vob);
-    return fmt::format("film-{}-chapters-{}", titleSet_, vob);
+    return fmt::format("film-{}-page-{}", titleSet_, vob);
 }
 
 std::string Player::spot() {

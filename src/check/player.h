@@ -26,8 +26,8 @@ class Player {
     /// Puts the disc in, or once more.
     void start();
 
-    /// Where it is: "film 1" and so on, "films-1" for a page of the films, "film-2-chapters-1" for
-    /// one of its chapters; empty when the disc has stopped. A menu is known by what is shown
+    /// Where it is: "film 1" and so on, "films-1" for a page of the films, "film-2-page-1" for
+    /// one of its own menu; empty when the disc has stopped. A menu is known by what is shown
     /// there, not by the number of its program.
     std::string place() const;
 

@@ -26,6 +26,11 @@ constexpr std::string_view kPlayingAll = "g3";     // 1 while the films follow e
 constexpr std::string_view kChapterPage = "g4";    // from 1; 0: the film was started elsewhere
 constexpr std::string_view kChapterButton = "g5";  // there
 constexpr std::string_view kSubtitled = "g6";      // 1: a film has switched subtitles on
+constexpr std::string_view kChosen =
+    "g7";  // the film whose subtitles the viewer has chosen, from 1
+
+// What a player is told to show: no subtitles, or a track from this number on.
+constexpr std::size_t kNoSubtitles = 62, kFirstSubtitles = 64;
 
 template <typename... Args>
 void add(std::string& commands, fmt::format_string<Args...> format, Args&&... args) {
@@ -153,16 +158,24 @@ class AuthorFile {
         addText(pgc, "post", afterFilm(film));
     }
 
+    // Without a track, forced ones are shown where the film shows some.
+    static std::string subtitleCommand(const DiscFilm& film, std::optional<std::size_t> track) {
+        for (std::size_t i = 0; !track && i < film.subtitles.size(); ++i) {
+            const DiscSubtitle& each = film.subtitles[i];
+            if (each.isShown && each.source.kind == SubtitleKind::forced) track = i;
+        }
+        return fmt::format("subtitle = {};", track ? kFirstSubtitles + *track : kNoSubtitles);
+    }
+
     // What the viewer has chosen stays from film to film. What a film has switched on is switched
     // off by the next one.
     std::string showSubtitles(const DiscFilm& film) const {
-        constexpr int kNoSubtitles = 62, kShown = 64;
         const auto isShown = [](const DiscSubtitle& subtitle) { return subtitle.isShown; };
         const auto shown = std::ranges::find_if(film.subtitles, isShown);
         std::string commands;
         if (shown != film.subtitles.end()) {
-            add(commands, "subtitle = {}; {} = 1;", kShown + (shown - film.subtitles.begin()),
-                kSubtitled);
+            add(commands, "if ({} ne {}) {{ {} {} = 1; {} = 0; }}", kChosen, film.number + 1,
+                subtitleCommand(film, shown - film.subtitles.begin()), kSubtitled, kChosen);
         } else if (std::ranges::any_of(plan_.films, [&](const DiscFilm& other) {
                        return std::ranges::any_of(other.subtitles, isShown);
                    })) {
@@ -186,11 +199,14 @@ class AuthorFile {
         std::string root;
         add(root, "{} = 0; if ({} eq 0) {{ {} = 1; {} = {}; }}", kPlayingAll, kChapterPage,
             kChapterPage, kChapterButton, buttonNumber(0));
-        addDispatcher(menus, "root", root + toKeptPage(kChapterPage, film.chapterPages.count));
-        for (std::size_t i = 0; i < film.chapterPages.count; ++i) {
+        addDispatcher(menus, "root", root + toKeptPage(kChapterPage, film.ownPages().count));
+        for (std::size_t i = 0; i < film.ownPages().count; ++i) {
             std::string commands;
             add(commands, "{} = {}; button = {};", kChapterPage, i + 1, kChapterButton);
-            addPage(menus, film.chapterPages.first + i, commands, fromChapters);
+            addPage(menus, film.ownPages().first + i, commands,
+                    [this](std::size_t button, const Action& action) {
+                        return fromOwnMenu(button, action);
+                    });
         }
     }
 
@@ -274,15 +290,24 @@ class AuthorFile {
         return commands;
     }
 
-    // What a button of a film's chapter menu does.
-    static std::string fromChapters(std::size_t button, const Action& action) {
+    // What a button of a film's own menu does.
+    std::string fromOwnMenu(std::size_t button, const Action& action) {
         if (const auto* played = std::get_if<PlayFilm>(&action)) {
             return fmt::format("{} = {}; jump title 1 chapter {}; ", kChapterButton,
                                buttonNumber(button), played->chapter + 1);
         }
         if (const auto* shown = std::get_if<ShowChapters>(&action)) {
-            return fmt::format("{} = {}; jump menu {}; ", kChapterButton, buttonNumber(0),
-                               menuNumber(shown->page));
+            return fmt::format("{} = {}; jump menu {}; ", kChapterButton,
+                               buttonNumber(shown->button), menuNumber(shown->page));
+        }
+        if (const auto* sound = std::get_if<SetSound>(&action)) {
+            return fmt::format("audio = {}; {}", sound->track,
+                               fromOwnMenu(button, ownMenu(plan_, sound->film)));
+        }
+        if (const auto* subtitles = std::get_if<SetSubtitles>(&action)) {
+            return fmt::format(
+                "{} {} = {}; {}", subtitleCommand(plan_.films[subtitles->film], subtitles->track),
+                kChosen, subtitles->film + 1, fromOwnMenu(button, ownMenu(plan_, subtitles->film)));
         }
         return toFilmsPage(std::get<ShowFilms>(action));
     }
@@ -294,7 +319,7 @@ class AuthorFile {
                 film.keys.next->film + 1, menuNumber(plan_.films[film.keys.next->film].page));
         }
         if (std::holds_alternative<StopDisc>(film.keys.end)) return commands + "exit; ";
-        if (film.chapterPages.count > 0)
+        if (film.ownPages().count > 0)
             add(commands, "if ({} ne 0) call menu entry root;", kChapterPage);
         return commands + "call vmgm menu 1; ";
     }

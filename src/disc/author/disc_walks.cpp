@@ -19,8 +19,16 @@ using Json = nlohmann::json;
 std::optional<std::size_t> shownPage(const DiscPlan& plan, const Action& action) {
     if (const auto* films = std::get_if<ShowFilms>(&action)) return films->page;
     if (const auto* chapters = std::get_if<ShowChapters>(&action))
-        return plan.films[chapters->film].chapterPages.first + chapters->page;
+        return plan.films[chapters->film].ownPages().first + chapters->page;
     return {};
+}
+
+// A page, as the checking program calls it.
+std::string spotName(const DiscPlan& plan, std::size_t page) {
+    const MenuPage& shown = plan.pages[page];
+    if (!shown.film) return shown.name;
+    return fmt::format("film-{}-page-{}", *shown.film + 1,
+                       page - plan.films[*shown.film].ownPages().first + 1);
 }
 
 // Where somebody is who presses keys, if the disc does what the plan says.
@@ -37,7 +45,7 @@ class Viewer {
     // As the checking program calls it.
     std::string spot() const {
         if (isStopped_) return "the disc's end";
-        if (page_) return fmt::format("{}, button {}", plan_->pages[*page_].name, button_ + 1);
+        if (page_) return fmt::format("{}, button {}", spotName(*plan_, *page_), button_ + 1);
         return fmt::format("film {}, chapter {}", film_ + 1, chapter_ + 1);
     }
 
@@ -71,13 +79,16 @@ class Viewer {
             follow(PlayFilm{0, 0});
         } else if (const auto* shown = std::get_if<ShowFilms>(&action)) {
             showFilms({shown->page, shown->button});
-        } else if (std::holds_alternative<ShowChapters>(action)) {
-            showChapters({*shownPage(*plan_, action), 0});
+        } else if (const auto* chapters = std::get_if<ShowChapters>(&action)) {
+            showChapters({*shownPage(*plan_, action), chapters->button});
+        } else if (std::holds_alternative<SetSound>(action) ||
+                   std::holds_alternative<SetSubtitles>(action)) {
+            follow(ownMenu(*plan_, film()));
         } else if (std::holds_alternative<StopDisc>(action)) {
             isStopped_ = true;
         } else if (std::holds_alternative<BackToChapters>(action) ||
                    (std::holds_alternative<BackToStart>(action) && chapters_)) {
-            showChapters(chapters_.value_or(Place(plan_->films[film()].chapterPages.first, 0)));
+            showChapters(chapters_.value_or(Place(plan_->films[film()].ownPages().first, 0)));
         } else {
             showFilms(films_);
         }

@@ -30,11 +30,26 @@ struct ShowFilms {
     bool operator==(const ShowFilms&) const = default;
 };
 
-/// Shows a page of the chapters of a film, its first button highlighted.
+/// Shows a page of a film's own menu: of its chapters, or of its languages.
 struct ShowChapters {
     std::size_t film;
     std::size_t page;
+    std::size_t button = 0;  ///< that is highlighted
     bool operator==(const ShowChapters&) const = default;
+};
+
+/// Has a film heard in a track of its sound, and shows its menu from the beginning.
+struct SetSound {
+    std::size_t film;
+    std::size_t track;
+    bool operator==(const SetSound&) const = default;
+};
+
+/// The same of its subtitles; without a track those that are forced, if any.
+struct SetSubtitles {
+    std::size_t film;
+    std::optional<std::size_t> track;
+    bool operator==(const SetSubtitles&) const = default;
 };
 
 /// Shows the page of the films where the viewer was last, the button highlighted that led on.
@@ -57,8 +72,8 @@ struct StopDisc {
     bool operator==(const StopDisc&) const = default;
 };
 
-using Action = std::variant<PlayFilm, PlayAll, ShowFilms, ShowChapters, BackToFilms, BackToChapters,
-                            BackToStart, StopDisc>;
+using Action = std::variant<PlayFilm, PlayAll, ShowFilms, ShowChapters, SetSound, SetSubtitles,
+                            BackToFilms, BackToChapters, BackToStart, StopDisc>;
 
 /// What happens while a film plays, and in its chapter menu.
 struct FilmKeys {

@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <span>
 #include <utility>
 
 #include "composer/navigation.h"
 #include "composer/thumbnail_layout.h"
+#include "disc/plan/languages.h"
 
 namespace tkv::disc {
 
@@ -66,7 +69,7 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     const bool isOnly = count == 1;
     for (std::size_t i = first; i < end; ++i) {
         DiscFilm& film = plan.films[i];
-        const bool leadsOn = film.chapterPages.count > 0 && !isOnly;
+        const bool leadsOn = film.ownPages().count > 0 && !isOnly;
         addEntry(page, film, film.span, kLongestFilm, film.caption,
                  leadsOn ? Action(ShowChapters{i, 0}) : Action(PlayFilm{i, 0}));
     }
@@ -74,9 +77,11 @@ MenuPage filmPage(DiscPlan& plan, std::size_t number, const Labels& labels) {
     if (number > 0) addLabel(page, previous, labels.previous, ShowFilms{number - 1});
     if (number > 1) addLabel(page, menu, labels.menu, ShowFilms{0});
     if (end < count) addLabel(page, next, labels.next, ShowFilms{number + 1});
-    // An only film is played by its thumbnail; its chapters are behind a label.
-    if (isOnly && plan.films[0].chapterPages.count > 0)
-        addLabel(page, next, labels.chapters, ShowChapters{0, 0});
+    // An only film is played by its thumbnail; its own menu is behind a label.
+    if (isOnly && plan.films[0].ownPages().count > 0)
+        addLabel(page, next,
+                 plan.films[0].chapterPages.count > 0 ? labels.chapters : labels.languages,
+                 ShowChapters{0, 0});
     return page;
 }
 
@@ -116,10 +121,62 @@ MenuPage chapterPage(DiscFilm& film, std::size_t number, const Labels& labels) {
     addLabel(page, playAll, labels.playFilm, PlayFilm{film.number, 0});
     if (number > 0)
         addLabel(page, previous, labels.previous, ShowChapters{film.number, number - 1});
+    else if (film.languagePages.count > 0)
+        addLabel(page, previous, labels.languages,
+                 ShowChapters{film.number, film.chapterPages.count});
     addLabel(page, menu, labels.menu, ShowFilms{film.page, film.button});
     if (end < chapters.size())
         addLabel(page, next, labels.next, ShowChapters{film.number, number + 1});
     return page;
+}
+
+// All entries show the same picture: it is the caption that counts.
+void addChoices(MenuPage& page, DiscFilm& film, std::span<const LanguageChoice> choices) {
+    for (const LanguageChoice& choice : choices) {
+        page.thumbnails.push_back({film.number, film.excerpts.size()});
+        page.buttons.push_back(
+            {fmt::format("BT_{}", page.buttons.size()), choice.caption, choice.action});
+    }
+    film.excerpts.push_back({{film.span}, kLongestFilm, {}});
+}
+
+// `titles`: what the pages let a viewer choose. Labels name it where they lead to another choice.
+void addLanguageLabels(std::vector<MenuPage>& pages, const std::vector<std::string>& titles,
+                       const DiscFilm& film, const Labels& labels) {
+    const std::size_t chapters = film.chapterPages.count;
+    const auto leadTo = [&](std::size_t from, std::size_t to, Navigation which,
+                            const std::string& text) {
+        addLabel(pages[from], which, titles[from] == titles[to] ? text : titles[to],
+                 ShowChapters{film.number, chapters + to});
+    };
+    for (std::size_t i = 0; i < pages.size(); ++i) {
+        addLabel(pages[i], playAll, labels.playFilm, PlayFilm{film.number, 0});
+        if (i > 0) leadTo(i, i - 1, previous, labels.previous);
+        if (i == 0 && chapters > 0)
+            addLabel(pages[i], previous, labels.chapters, ShowChapters{film.number, 0});
+        addLabel(pages[i], menu, labels.menu, ShowFilms{film.page, film.button});
+        if (i + 1 < pages.size()) leadTo(i, i + 1, next, labels.next);
+    }
+}
+
+std::vector<MenuPage> languagePages(DiscFilm& film, const Labels& labels) {
+    std::vector<MenuPage> pages;
+    std::vector<std::string> titles;
+    for (const LanguageList& list : languageLists(film, labels)) {
+        const std::size_t count = list.choices.size();
+        const std::string title = fmt::format("{} – {}", film.caption, list.title);
+        for (std::size_t number = 0; number < pagesFor(count); ++number) {
+            MenuPage& page = pages.emplace_back();
+            titles.push_back(list.title);
+            page.name = fmt::format("film-{}-languages-{}", film.number + 1, pages.size());
+            page.film = film.number;
+            page.title = numberedTitle(title, number, count);
+            const auto [first, end] = entriesOf(number, count);
+            addChoices(page, film, std::span(list.choices).subspan(first, end - first));
+        }
+    }
+    addLanguageLabels(pages, titles, film, labels);
+    return pages;
 }
 
 // The thumbnails' frames: big ones are bands of the layout's pictures, as wide as several pictures
@@ -193,6 +250,12 @@ void addPages(DiscPlan& plan, const Project& project) {
     for (DiscFilm& film : plan.films)
         film.excerpts.clear();
     placeFilms(plan.films);
+    for (DiscFilm& film : plan.films) {
+        film.languagePages = {};
+        if (!project.hasMenu) continue;
+        for (const LanguageList& list : languageLists(film, project.labels))
+            film.languagePages.count += pagesFor(list.choices.size());
+    }
     plan.filmPages = {0, project.hasMenu ? pagesFor(plan.films.size()) : 0};
     for (std::size_t i = 0; i < plan.filmPages.count; ++i)
         plan.pages.push_back(filmPage(plan, i, project.labels));
@@ -200,6 +263,9 @@ void addPages(DiscPlan& plan, const Project& project) {
         film.chapterPages.first = plan.pages.size();
         for (std::size_t i = 0; i < film.chapterPages.count; ++i)
             plan.pages.push_back(chapterPage(film, i, project.labels));
+        if (film.languagePages.count == 0) continue;
+        film.languagePages.first = plan.pages.size();
+        std::ranges::move(languagePages(film, project.labels), std::back_inserter(plan.pages));
     }
     for (MenuPage& page : plan.pages)
         place(page, plan.films);

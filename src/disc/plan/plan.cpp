@@ -101,7 +101,7 @@ void setKeys(DiscPlan& plan, const Project& project) {
     plan.titleKey = hasMenu ? Action(BackToFilms{}) : Action(PlayFilm{0, 0});
     for (DiscFilm& film : plan.films) {
         film.keys.menu = ShowFilms{film.page, film.button};
-        if (film.chapterPages.count > 0) film.keys.menu = BackToChapters{};
+        if (film.ownPages().count > 0) film.keys.menu = BackToChapters{};
         if (!hasMenu) film.keys.menu = PlayFilm{0, 0};
         film.keys.end = hasMenu ? Action(BackToStart{}) : Action(StopDisc{});
         film.keys.next.reset();
@@ -199,6 +199,11 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
         }
         convert(*largest, project, plan.standard, false);
     }
+}
+
+ShowChapters ownMenu(const DiscPlan& plan, std::size_t film) {
+    const MenuPage& page = plan.pages[plan.films[film].ownPages().first];
+    return {film, 0, page.thumbnails.size()};
 }
 
 bool isSharedOut(const DiscPlan& plan) {

@@ -68,7 +68,7 @@ struct Button {
 
 struct MenuPage {
     std::string name;                 ///< of its pictures: "films-1", "film-2-chapters-1"
-    std::optional<std::size_t> film;  ///< whose chapters it shows; none: the films
+    std::optional<std::size_t> film;  ///< whose own menu it is of; none: of the films
     std::string title;
     bool isMain = false;                ///< are up to four thumbnails shown big?
     std::vector<Thumbnail> thumbnails;  ///< their buttons come first
@@ -93,10 +93,16 @@ struct DiscFilm {
     Span span;                      ///< where something of the whole film is to be seen
     std::vector<Excerpt> excerpts;  ///< all that pages show of it
     PageRange chapterPages;         ///< its chapter menu; none without one
+    PageRange languagePages;        ///< which follow them; none where there is no choice
     std::size_t chaptersLeftOut = 0;
     FilmKeys keys;
     std::size_t page = 0;    ///< of the films' pages, the one that shows it
     std::size_t button = 0;  ///< its button there
+
+    /// All pages of its own menu.
+    PageRange ownPages() const {
+        return {chapterPages.first, chapterPages.count + languagePages.count};
+    }
 };
 
 struct DiscPlan {
@@ -124,6 +130,9 @@ bool isSharedOut(const DiscPlan& plan);
 
 /// Sets all rates of a plan anew, by the hardness of its films.
 void shareOut(DiscPlan& plan);
+
+/// The first page of a film's own menu, the button highlighted that plays the film.
+ShowChapters ownMenu(const DiscPlan& plan, std::size_t film);
 
 /// What the plan's films and menus put on the disc.
 DiscLoad loadOf(const DiscPlan& plan);

@@ -11,10 +11,12 @@ struct Labels {
     std::string language;
     std::string playAll, playFilm;
     std::string previous, next;
-    std::string menu;      ///< leads from a chapter menu or a further page back to the films
-    std::string chapters;  ///< leads to the chapter menu of an only film
-    std::string chapter;   ///< a chapter without a name; its number is put in at "{}"
-    std::string minutes;   ///< the jacket's line, with the playing time at "{}"
+    std::string menu;       ///< leads from a chapter menu or a further page back to the films
+    std::string chapters;   ///< leads to the chapter menu of an only film
+    std::string chapter;    ///< a chapter without a name; its number is put in at "{}"
+    std::string minutes;    ///< the jacket's line, with the playing time at "{}"
+    std::string languages;  ///< leads to the choice of a film's sound and subtitles
+    std::string sound, subtitles, noSubtitles;
     bool operator==(const Labels&) const = default;
 };
 
@@ -23,7 +25,7 @@ struct LabelName {
     std::string_view name;
     std::string Labels::*text;
 };
-inline constexpr std::array<LabelName, 8> kLabelNames{{
+inline constexpr std::array<LabelName, 12> kLabelNames{{
     {"play-all", &Labels::playAll},
     {"play-film", &Labels::playFilm},
     {"previous", &Labels::previous},
@@ -32,6 +34,10 @@ inline constexpr std::array<LabelName, 8> kLabelNames{{
     {"chapters", &Labels::chapters},
     {"chapter", &Labels::chapter},
     {"minutes", &Labels::minutes},
+    {"languages", &Labels::languages},
+    {"sound", &Labels::sound},
+    {"subtitles", &Labels::subtitles},
+    {"no-subtitles", &Labels::noSubtitles},
 }};
 
 /// The label of a name; null for any other name.

@@ -1,6 +1,7 @@
 #include "disc/project/languages.h"
 
 #include <unicode/locid.h>
+#include <unicode/stringoptions.h>
 #include <unicode/uloc.h>
 #include <unicode/unistr.h>
 
@@ -8,6 +9,8 @@
 #include <array>
 #include <map>
 #include <string_view>
+
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -68,6 +71,15 @@ std::string languageOfWord(const std::string& word) {
     const bool isCode =
         std::ranges::any_of(byName, [&](const auto& language) { return language.second == code; });
     return isCode ? code : "xx";
+}
+
+std::string ownNameOf(const std::string& language) {
+    const icu::Locale locale(language.c_str());
+    icu::UnicodeString name;
+    locale.getDisplayLanguage(locale, name);
+    std::string utf8;
+    name.toTitle(nullptr, locale, U_TITLECASE_NO_LOWERCASE).toUTF8String(utf8);
+    return asciiLowered(utf8) == language ? "" : utf8;
 }
 
 bool isLanguage(const std::string& text) {

@@ -12,6 +12,10 @@ std::string discLanguage(const std::string& tag);
 /// or in itself ("French", "français"), in any letter case; "xx" for all else. `word`: UTF-8.
 std::string languageOfWord(const std::string& word);
 
+/// What a language of two letters calls itself, as a list shows it: "Deutsch", "Français"; empty of
+/// "xx" and others that have no name.
+std::string ownNameOf(const std::string& language);
+
 /// Whether the text is two letters of ISO 639-1 that stand for a language.
 bool isLanguage(const std::string& text);
 

@@ -10,7 +10,7 @@ namespace tkv::disc {
 
 namespace {
 
-using Bytes = std::span<const std::uint8_t>;
+using PgsBytes = std::span<const std::uint8_t>;
 
 // More than any film has.
 constexpr int kMostSide = 4096;
@@ -18,7 +18,7 @@ constexpr int kMostSide = 4096;
 // Numbers with the most significant byte first; 0 behind the end.
 class Reader {
   public:
-    explicit Reader(Bytes bytes) : bytes_(bytes) {}
+    explicit Reader(PgsBytes bytes) : bytes_(bytes) {}
 
     unsigned number(std::size_t count) {
         unsigned value = 0;
@@ -30,18 +30,18 @@ class Reader {
 
     int small(std::size_t count) { return static_cast<int>(number(count) & 0xFFFFU); }
     void skip(std::size_t count) { bytes_ = bytes_.subspan(std::min(count, bytes_.size())); }
-    Bytes rest() const { return bytes_; }
+    PgsBytes rest() const { return bytes_; }
     bool isAtEnd() const { return bytes_.empty(); }
 
   private:
-    Bytes bytes_;
+    PgsBytes bytes_;
 };
 
 enum Segment : std::uint8_t {
     kPalette = 0x14,
     kObject = 0x15,
     kComposition = 0x16,
-    kEnd = 0x80,
+    kPgsEnd = 0x80,
 };
 
 // Studio levels of BT.709, as high definition has them.
@@ -70,7 +70,7 @@ class Decoder {
   public:
     explicit Decoder(const std::function<void(const BitmapCue&)>& tell) : tell_(tell) {}
 
-    void decode(Bytes bytes) {
+    void decode(PgsBytes bytes) {
         constexpr double kTicks = 90'000;
         Reader reader(bytes);
         while (reader.rest().size() >= 13) {
@@ -86,7 +86,7 @@ class Decoder {
     }
 
   private:
-    void take(unsigned kind, Bytes bytes, double time) {
+    void take(unsigned kind, PgsBytes bytes, double time) {
         switch (kind) {
             case kPalette:
                 takePalette(Reader(bytes));
@@ -97,7 +97,7 @@ class Decoder {
             case kComposition:
                 takeComposition(Reader(bytes), time);
                 return;
-            case kEnd:
+            case kPgsEnd:
                 show();
                 return;
             default:
