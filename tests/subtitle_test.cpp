@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <sstream>
 
 #include "disc/film/subtitle_words.h"
 #include "disc/plan/subtitles.h"
@@ -7,6 +8,7 @@
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/drawing.h"
 #include "disc/subtitle/encoding.h"
+#include "disc/subtitle/pgs.h"
 #include "disc/subtitle/vobsub.h"
 #include "support.h"
 
@@ -219,19 +221,19 @@ std::string boxInPgs() {
 
 TEST(Subtitles, AreScaledFromPictures) {
     const std::string file = boxInPgs();
-    const auto cuesIn = [](std::string_view bytes, const SubtitleFrame& frame) {
+    const auto cuesIn = [](const std::string& bytes, const SubtitleFrame& frame) {
         std::string cues;
-        readPgs({reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size()},
-                [&](const BitmapCue& cue) {
-                    const SubtitlePicture picture = pictureOf(cue, frame);
-                    cues += fmt::format("{}: {} {} {} {}; ", cue.begin, picture.x, picture.y,
-                                        picture.width, picture.height);
-                    if (picture.isEmpty()) return;
-                    const auto width = static_cast<std::size_t>(picture.width);
-                    const std::size_t row = width * (static_cast<std::size_t>(picture.height) / 2);
-                    EXPECT_EQ(picture.colors[picture.pixels[row + width / 6]], 0U);
-                    EXPECT_EQ(picture.colors[picture.pixels[row + width / 2]], 0xFFFFFFU);
-                });
+        std::istringstream input(bytes);
+        readPgs(input, 9, [&](const BitmapCue& cue) {
+            const SubtitlePicture picture = pictureOf(cue, frame);
+            cues += fmt::format("{}: {} {} {} {}; ", cue.begin, picture.x, picture.y, picture.width,
+                                picture.height);
+            if (picture.isEmpty()) return;
+            const auto width = static_cast<std::size_t>(picture.width);
+            const std::size_t row = width * (static_cast<std::size_t>(picture.height) / 2);
+            EXPECT_EQ(picture.colors[picture.pixels[row + width / 6]], 0U);
+            EXPECT_EQ(picture.colors[picture.pixels[row + width / 2]], 0xFFFFFFU);
+        });
         return cues;
     };
     const SubtitleFrame wide{{720, 576}, 16.0 / 9, 0, 0, {1920, 1080}};
@@ -247,8 +249,9 @@ TEST(Subtitles, AreScaledFromPictures) {
     for (std::size_t place = 0; place < file.size(); place += 31) {
         std::string damaged = file;
         damaged[place] = static_cast<char>(damaged[place] ^ 0x5B);
-        readPgs({reinterpret_cast<const std::uint8_t*>(damaged.data()), damaged.size()}, ignore);
-        readPgs({reinterpret_cast<const std::uint8_t*>(file.data()), place}, ignore);
+        std::istringstream all(damaged), part(file.substr(0, place));
+        readPgs(all, 9, ignore);
+        readPgs(part, 9, ignore);
     }
 }
 

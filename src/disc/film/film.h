@@ -42,15 +42,18 @@ enum class SubtitleKind {
     forced,      ///< for those who understand the film's sound: signs, and what is said in others
 };
 
+/// What a track's codec is called whose text stands in the film's pictures (EIA-608).
+inline constexpr const char* kCaptions = "captions";
+
 struct FilmSubtitle {
     std::string path;             ///< absolute, of a file of its own; empty: in the film
-    int index = 0;                ///< then: among all streams of the sources
-    std::string codec;            ///< as ffmpeg calls it
+    int index = 0;                ///< then: among all streams of the sources; else: of the file's
+    std::string codec;            ///< as ffmpeg calls it, or kCaptions
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     SubtitleKind kind = SubtitleKind::normal;
     bool isDefault = false;  ///< does it say that it is the one to show?
-    /// In the workshop, what is to be drawn: a file of the format ASS, or PGS (.sup); empty until
-    /// it is read.
+    /// In the workshop, what is to be drawn: a file of the format ASS, PGS (.sup), or DVD's units
+    /// (.mks); empty until it is read.
     std::string text;
 };
 

@@ -150,12 +150,23 @@ FilmSubtitle subtitleOf(const Json& stream) {
     subtitle.codec = textOf(stream, "codec_name");
     subtitle.language = discLanguage(tagOf(stream, "language", "LANGUAGE"));
     subtitle.kind = kindInTitle(tagOf(stream, "title", "TITLE"));
+    if (subtitle.codec == "eia_608") subtitle.kind = SubtitleKind::hearing;
     const Json& disposition = member(stream, "disposition");
     const auto is = [&](const char* what) { return intOf(disposition, what) != 0; };
     if (is("hearing_impaired")) subtitle.kind = SubtitleKind::hearing;
     if (is("comment")) subtitle.kind = SubtitleKind::commentary;
     if (is("forced")) subtitle.kind = SubtitleKind::forced;
     subtitle.isDefault = is("default");
+    return subtitle;
+}
+
+// Of whatever is said, for those who do not hear it.
+FilmSubtitle captionsIn(const Film& film) {
+    FilmSubtitle subtitle;
+    subtitle.index = film.video.index;
+    subtitle.codec = kCaptions;
+    if (!film.audio.empty()) subtitle.language = film.audio.front().language;
+    subtitle.kind = SubtitleKind::hearing;
     return subtitle;
 }
 
@@ -289,6 +300,7 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
         if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
     }
     film.notes = leftOutOf(streams, *stream);
+    if (intOf(*stream, "closed_captions") != 0) film.subtitles.push_back(captionsIn(film));
     film.start = numberOf(format, "start_time");
     film.video.start = std::max(0.0, numberOf(*stream, "start_time") - film.start);
     const double start = film.start + film.video.start;

@@ -103,8 +103,11 @@ bool tellsItsLength(const std::string& container) {
 
 std::string probeAnswer(const FilmSource& source, const Tools& tools) {
     std::string answer;
-    ask(source, {"-of", "json", "-show_format", "-show_streams", "-show_chapters"}, tools,
-        [&](std::string_view line) { answer.append(line).append("\n"); });
+    // Whether there are captions in its pictures is known when one is decoded.
+    ask(source,
+        {"-of", "json", "-show_format", "-show_streams", "-show_chapters", "-show_entries",
+         "frame=pts", "-read_intervals", "%+#8"},
+        tools, [&](std::string_view line) { answer.append(line).append("\n"); });
     return answer;
 }
 

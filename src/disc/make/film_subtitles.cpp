@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <optional>
 #include <utility>
 
 #include "disc/run/fault.h"
@@ -12,6 +14,9 @@
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/cues.h"
 #include "disc/subtitle/drawing.h"
+#include "disc/subtitle/dvb_canvas.h"
+#include "disc/subtitle/dvd_units.h"
+#include "disc/subtitle/pgs.h"
 #include "disc/subtitle/texts.h"
 #include "disc/subtitle/vobsub.h"
 #include "system/files.h"
@@ -70,12 +75,13 @@ class UnitMaker {
 
     void add(const Cue& cue) {
         const double begin = conversion_.startOf(cue.first);
-        auto unit = unitOf(cue.picture, begin, conversion_.startOf(cue.end), isForced_);
+        auto unit =
+            unitOf(cue.picture, begin, conversion_.startOf(cue.end), isForced_ || cue.isForced);
         const double bytes = unit ? static_cast<double>(unit->bytes.size()) : 0;
         room_ = std::min(kMostAtOnce, room_ + (begin - last_) * kMostASecond);
         last_ = begin;
         if (!unit || bytes > room_) {
-            ++leftOut_;
+            leaveOut();
             return;
         }
         room_ -= bytes;
@@ -87,7 +93,9 @@ class UnitMaker {
         return std::move(units_);
     }
 
+    void leaveOut() { ++leftOut_; }
     int leftOut() const { return leftOut_; }
+    bool isEmpty() const { return units_.empty(); }
 
   private:
     const Conversion& conversion_;
@@ -97,26 +105,71 @@ class UnitMaker {
     int leftOut_ = 0;
 };
 
-// The pictures of a file of PGS.
-void addBitmaps(const std::string& path, const SubtitleFrame& frame, const CueTimes& times,
-                const ProgramStop& stop, UnitMaker& units) {
-    const auto bytes = readFile(path);
-    if (!bytes) failOn(path, "read");
-    Cue shown;
-    const auto change = [&](int frameNumber, SubtitlePicture picture) {
-        // Times of a damaged file may go back.
-        const int number = std::clamp(frameNumber, shown.first, times.frames);
-        shown.end = number;
-        if (picture == shown.picture) return;
-        if (!shown.picture.isEmpty() && shown.end > shown.first) units.add(shown);
-        shown = {number, number, std::move(picture)};
-    };
-    readPgs(*bytes, [&](const BitmapCue& cue) {
-        if (stop.isStopped()) throw Interrupted();
-        change(times.frameAt(cue.begin), pictureOf(cue, frame));
-    });
-    change(times.frames, {});
+// The shape in which the canvas of pictures is shown.
+double aspectOf(PixelSize canvas, const FilmSubtitle& subtitle, const VideoTrack& video) {
+    // Television's lie in the film's frame, however many pixels either has.
+    if (subtitle.codec == "dvb_subtitle" || canvas == video.size) return video.aspect;
+    // A DVD's lie in its frame, of which the film may be a part, as it was cut out.
+    if (canvas.height != 480 && canvas.height != 576) return 0;
+    constexpr double kBetween = 1.5;
+    return video.aspect > kBetween ? kWideAspect : kNarrowAspect;
 }
+
+// The pictures that a file in the workshop holds.
+class BitmapDrawing {
+  public:
+    BitmapDrawing(const DiscFilm& film, const FilmSubtitle& subtitle, const Workshop& workshop)
+        : frame_(frameOf(film)),
+          times_(timesOf(film)),
+          subtitle_(subtitle),
+          video_(film.film.video),
+          workshop_(workshop),
+          path_(workshop.path(subtitle.text)) {}
+
+    void addTo(UnitMaker& units) {
+        std::ifstream file(path_, std::ios::binary);
+        if (!file) failOn(path_, "read");
+        if (subtitle_.codec == "dvb_subtitle")
+            canvas_ = dvbCanvas(readText(workshop_.path(dvbSource(subtitle_.text))));
+        const double until = times_.secondsOf(times_.frames);
+        const auto take = [&](const BitmapCue& cue) { show(cue, units); };
+        if (subtitle_.text.ends_with(".sup")) {
+            readPgs(file, until, take);
+        } else {
+            readDvdUnits(file, until, take);
+        }
+        change(times_.frames, {}, units);
+    }
+
+  private:
+    void show(BitmapCue cue, UnitMaker& units) {
+        if (workshop_.tools().stop().isStopped()) throw Interrupted();
+        if (cue.isTooMuch) units.leaveOut();
+        if (canvas_) cue.canvas = *canvas_;
+        if (cue.canvas.width <= 0 || cue.canvas.height <= 0) cue.canvas = video_.size;
+        cue.aspect = aspectOf(cue.canvas, subtitle_, video_);
+        change(times_.frameAt(cue.begin), {0, 0, pictureOf(cue, frame_), cue.isForced}, units);
+    }
+
+    // From this frame on something else is shown. Times of a damaged file may go back.
+    void change(int frame, Cue next, UnitMaker& units) {
+        const int number = std::clamp(frame, shown_.first, times_.frames);
+        shown_.end = number;
+        if (next.picture == shown_.picture) return;
+        if (!shown_.picture.isEmpty() && shown_.end > shown_.first) units.add(shown_);
+        next.first = next.end = number;
+        shown_ = std::move(next);
+    }
+
+    SubtitleFrame frame_;
+    CueTimes times_;
+    const FilmSubtitle& subtitle_;
+    const VideoTrack& video_;
+    const Workshop& workshop_;
+    std::string path_;
+    std::optional<PixelSize> canvas_;  // where something else tells it
+    Cue shown_;
+};
 
 std::string notePath(const std::string& folder) {
     return folder + "/note";
@@ -135,18 +188,20 @@ void writeSubtitles(const DiscFilm& film, const std::string& folder, const Works
     for (const DiscSubtitle& subtitle : film.subtitles) {
         const FilmSubtitle& source = subtitle.source;
         UnitMaker units(film.conversion, source.kind == SubtitleKind::forced);
-        if (source.text.ends_with(".sup")) {
-            addBitmaps(workshop.path(source.text), frame, times, workshop.tools().stop(), units);
+        if (!source.text.ends_with(".ass")) {
+            BitmapDrawing(film, source, workshop).addTo(units);
         } else if (drawing.load(readText(workshop.path(source.text)), keepsStyle(source))) {
-            for (const Cue& cue : cuesOf(drawing, times)) {
-                if (workshop.tools().stop().isStopped()) throw Interrupted();
-                units.add(cue);
-            }
+            cuesOf(drawing, times, workshop.tools().stop(),
+                   [&](const Cue& cue) { units.add(cue); });
         }
+        const auto tell = [&](const std::string& words) {
+            note += (note.empty() ? "" : "; ") + nameOf(source, film.film) + words;
+        };
         if (units.leftOut() > 0) {
-            note +=
-                fmt::format("{}{}: {} pictures are left out, which follow too fast on others",
-                            note.empty() ? "" : "; ", nameOf(source, film.film), units.leftOut());
+            tell(fmt::format(": {} pictures are left out, which follow too fast on others",
+                             units.leftOut()));
+        } else if (units.isEmpty()) {
+            tell(" shows nothing before the film ends");
         }
         tracks.push_back({source.language, units.finish()});
     }
@@ -165,9 +220,9 @@ std::string subtitlesName(const DiscFilm& film) {
     const Conversion& conversion = film.conversion;
     const SubtitleFrame frame = frameOf(film);
     std::vector<std::string> inputs{
-        fmt::format("{} x {}, {:.4f}, bars {} {}, film {} x {}", frame.raster.width,
+        fmt::format("{} x {}, {:.4f}, bars {} {}, film {} x {}, {:.4f}", frame.raster.width,
                     frame.raster.height, frame.aspect, frame.barX, frame.barY, frame.film.width,
-                    frame.film.height),
+                    frame.film.height, film.film.video.aspect),
         fmt::format("from {:.6f}, speed {:.9f}, {} frames, {}", film.film.video.start,
                     conversion.speed, conversion.frames, conversion.isPulledDown)};
     for (const DiscSubtitle& subtitle : film.subtitles) {

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 #include <map>
+#include <ranges>
+#include <utility>
 
 namespace tkv::disc {
 
@@ -17,8 +20,10 @@ struct Scale {
 
 // The canvas is the film's frame as it was before it was cropped to its picture: in the same
 // middle, and nowhere smaller.
-Scale scaleOf(PixelSize canvas, const SubtitleFrame& frame) {
-    const double shape = frame.aspect * frame.raster.height / frame.raster.width;
+Scale scaleOf(const BitmapCue& cue, const SubtitleFrame& frame) {
+    const PixelSize canvas = cue.canvas;
+    const double pixel = cue.aspect > 0 ? cue.aspect * canvas.height / canvas.width : 1;
+    const double shape = frame.aspect * frame.raster.height / frame.raster.width / pixel;
     const double x = std::max(1.0 * (frame.raster.width - 2 * frame.barX) / canvas.width,
                               (frame.raster.height - 2 * frame.barY) / shape / canvas.height);
     const double y = x * shape;
@@ -87,13 +92,27 @@ int brightness(std::uint32_t color) {
                             (color & 0xFFU));
 }
 
+// What tells how much a colour is missed beside others.
+double missed(const std::pair<const std::uint32_t, double>& color,
+              std::initializer_list<std::uint32_t> others) {
+    const auto difference = [&](std::uint32_t other) {
+        return squaredDifference(color.first, other);
+    };
+    return color.second * std::ranges::min(others | std::views::transform(difference));
+}
+
 // The darker one for the outline.
 SubtitleColors colorsOf(const BitmapCue& cue) {
     constexpr std::uint32_t kMostlyOpaque = 0xC0;
     std::map<std::uint32_t, double> weights;
     for (const SubtitleBitmap& bitmap : cue.bitmaps) {
+        double* weight = nullptr;
+        std::uint32_t last = 0;
         for (const std::uint32_t pixel : bitmap.pixels) {
-            if (pixel >> 24U >= kMostlyOpaque) ++weights[pixel & 0xFFFFFFU];
+            if (pixel >> 24U < kMostlyOpaque) continue;
+            if (weight == nullptr || pixel != last) weight = &weights[pixel & 0xFFFFFFU];
+            last = pixel;
+            ++*weight;
         }
     }
     if (weights.empty()) return {0, 0, 0x808080, 0xFFFFFF};
@@ -105,14 +124,26 @@ SubtitleColors colorsOf(const BitmapCue& cue) {
         [&](const auto& each) { return each.second * squaredDifference(each.first, first); });
     const bool isDark = brightness(first) < brightness(second);
     const std::uint32_t outline = isDark ? first : second, letter = isDark ? second : first;
-    return {0, outline, colorBetween(outline, letter), letter};
+    const std::uint32_t between = colorBetween(outline, letter);
+    const std::uint32_t third = heaviest([&](const auto& each) {
+        return missed(each, {first, second, between});
+    });
+    double all = 0;
+    for (const auto& [color, weight] : weights)
+        all += weight;
+    // Where somebody else speaks in another colour; not the shades at the letters' edges.
+    constexpr double kLeastPart = 0.05;
+    constexpr int kOther = 3 * 64 * 64;
+    const bool isOther =
+        weights[third] > kLeastPart * all && missed({third, 1}, {first, second, between}) > kOther;
+    return {0, outline, isOther ? third : between, letter};
 }
 
 }  // namespace
 
 SubtitlePicture pictureOf(const BitmapCue& cue, const SubtitleFrame& frame) {
     if (cue.bitmaps.empty()) return {};
-    const Scale scale = scaleOf(cue.canvas, frame);
+    const Scale scale = scaleOf(cue, frame);
     int left = std::numeric_limits<int>::max(), top = left, right = 0, bottom = 0;
     for (const SubtitleBitmap& bitmap : cue.bitmaps) {
         left = std::min(left, static_cast<int>(scale.left + bitmap.x * scale.x));

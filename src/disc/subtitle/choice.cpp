@@ -4,12 +4,14 @@
 
 #include <algorithm>
 #include <array>
+#include <filesystem>
 #include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "disc/film/subtitle_words.h"
 #include "disc/run/fault.h"
+#include "disc/subtitle/vobsub_index.h"
 #include "system/files.h"
 #include "system/paths.h"
 
@@ -17,9 +19,10 @@ namespace tkv::disc {
 
 namespace {
 
-// What can be drawn: texts, and the pictures of Blu-ray discs.
-constexpr std::array<std::string_view, 8> kCodecs{
-    "subrip", "srt", "ass", "ssa", "webvtt", "mov_text", "text", "hdmv_pgs_subtitle"};
+// What can be drawn: texts, captions, and the pictures of Blu-ray discs, DVDs and television.
+constexpr std::array<std::string_view, 12> kCodecs{
+    "subrip", "srt",     "ass",     "ssa",          "webvtt",       "mov_text",
+    "text",   "eia_608", kCaptions, "dvd_subtitle", "dvb_subtitle", "hdmv_pgs_subtitle"};
 
 constexpr std::array<std::string_view, 16> kFilms{"mkv", "mp4", "m4v",  "mov", "avi", "mpg",
                                                   "vob", "ts",  "m2ts", "mts", "mxf", "webm",
@@ -39,14 +42,50 @@ bool isOfAnother(const std::string& subtitle, const std::string& stem,
     });
 }
 
+std::string textOf(const std::string& index) {
+    constexpr std::int64_t kMostBytes = 16 << 20;
+    const auto bytes = readFile(index, kMostBytes);
+    return bytes ? std::string(bytes->begin(), bytes->end()) : "";
+}
+
+bool isFolder(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
+// The tracks of a file: an index tells of several.
+std::vector<FilmSubtitle> tracksOf(const FilmSubtitle& file, std::vector<std::string>& notes) {
+    if (file.codec != "dvd_subtitle") return {file};
+    const std::string name = lastComponent(file.path);
+    if (unitsOfIndex(file.path).empty()) {
+        notes.push_back(fmt::format("{} has no {}.sub beside it, and is left out", name,
+                                    withoutExtension(name)));
+        return {};
+    }
+    const std::vector<std::string> languages = tracksInIndex(textOf(file.path));
+    if (languages.empty()) notes.push_back(name + " holds no subtitles, and is left out");
+    std::vector<FilmSubtitle> tracks;
+    for (const std::string& language : languages) {
+        FilmSubtitle& track = tracks.emplace_back(file);
+        track.index = static_cast<int>(tracks.size()) - 1;
+        if (languages.size() > 1 || file.language == "xx") track.language = language;
+        track.isDefault = file.isDefault && tracks.size() == 1;
+    }
+    return tracks;
+}
+
 FilmSubtitle requested(const SubtitleRequest& request, const std::string& film) {
+    if (isFolder(request.path)) {
+        throw DiscError(
+            fmt::format("{} is a folder. Name the files of subtitles in it.", request.path), film);
+    }
     const std::string name = lastComponent(request.path);
     const std::string stem = withoutExtension(lastComponent(film));
     auto found = subtitleNamed(name, stem);
     if (!found) found = subtitleNamed(name);
     if (!found) {
         throw DiscError(fmt::format("{} is no file of subtitles that is known here (.srt, .ass, "
-                                    ".ssa, .vtt or .sup).",
+                                    ".ssa, .vtt, .sup or .idx).",
                                     request.path),
                         film);
     }
@@ -61,14 +100,21 @@ FilmSubtitle requested(const SubtitleRequest& request, const std::string& film) 
 
 std::vector<FilmSubtitle> allOf(const FilmRequest& request, Film& film) {
     std::vector<FilmSubtitle> all;
+    const auto add = [&](const FilmSubtitle& file, const std::optional<std::string>& language) {
+        const auto tracks = tracksOf(file, film.notes);
+        for (const FilmSubtitle& track : tracks) {
+            if (tracks.size() == 1 || !language || track.language == *language)
+                all.push_back(track);
+        }
+    };
     if (!request.subtitles) {
-        all = subtitlesBeside(request.path);
+        for (const FilmSubtitle& each : subtitlesBeside(request.path))
+            add(each, {});
         std::ranges::move(film.subtitles, std::back_inserter(all));
         return all;
     }
-    all.reserve(request.subtitles->size());
     for (const SubtitleRequest& each : *request.subtitles)
-        all.push_back(requested(each, request.path));
+        add(requested(each, request.path), each.language);
     return all;
 }
 
@@ -82,13 +128,18 @@ std::vector<FilmSubtitle> subtitlesBeside(const std::string& film) {
         auto found = subtitleNamed(name, stem);
         if (!found || isOfAnother(name, stem, names)) continue;
         found->path = joinPath(folder, name);
+        if (isFolder(found->path)) continue;
         beside.push_back(std::move(*found));
     }
     return beside;
 }
 
 std::string nameOf(const FilmSubtitle& subtitle, const Film& film) {
-    if (!subtitle.path.empty()) return lastComponent(subtitle.path);
+    if (!subtitle.path.empty()) {
+        const bool isOne = subtitle.codec != "dvd_subtitle" || subtitle.index == 0;
+        return (isOne ? "" : fmt::format("track {} of ", subtitle.index)) +
+               lastComponent(subtitle.path);
+    }
     return fmt::format("track {} of {}", subtitle.index, lastComponent(film.source.path));
 }
 
@@ -99,8 +150,9 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
     if (areUnwanted) film.subtitles.clear();
     for (FilmSubtitle& each : areUnwanted ? std::vector<FilmSubtitle>{} : allOf(request, film)) {
         if (!isKnown(each)) {
-            film.notes.push_back(fmt::format("{} holds pictures of subtitles ({}), and is left out",
-                                             nameOf(each, film), each.codec));
+            film.notes.push_back(
+                fmt::format("{} holds subtitles that cannot be read ({}), and is left out",
+                            nameOf(each, film), each.codec));
         } else if (chosen.size() < kMostSubtitles) {
             chosen.push_back(std::move(each));
         } else {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "disc/run/fault.h"
+
 namespace tkv::disc {
 
 namespace {
@@ -22,29 +24,29 @@ std::vector<int> edgesOf(const std::vector<SubtitleDrawing::Span>& lines, const 
 
 }  // namespace
 
-std::vector<Cue> cuesOf(SubtitleDrawing& drawing, const CueTimes& times) {
+void cuesOf(SubtitleDrawing& drawing, const CueTimes& times, const ProgramStop& stop,
+            const std::function<void(const Cue& cue)>& take) {
     // A player is told after how long a picture goes, in 16 bits: less than twelve minutes.
     constexpr int kMostFrames = 10 * 60 * 24;
     const std::vector<int> edges = edgesOf(drawing.lines(), times);
-    std::vector<Cue> cues;
+    Cue cue;
+    const auto finish = [&] {
+        if (!cue.picture.isEmpty()) take(cue);
+    };
     for (std::size_t i = 1; i < edges.size(); ++i) {
+        if (stop.isStopped()) throw Interrupted();
         const double middle = (times.secondsOf(edges[i - 1]) + times.secondsOf(edges[i])) / 2;
-        SubtitlePicture picture = drawing.at(middle);
-        if (picture.isEmpty()) continue;
+        const SubtitlePicture picture = drawing.at(middle);
         for (int first = edges[i - 1]; first < edges[i];) {
             const int end = std::min(edges[i], first + kMostFrames);
-            const bool goesOn = !cues.empty() && cues.back().end == first &&
-                                end - cues.back().first <= kMostFrames &&
-                                cues.back().picture == picture;
-            if (goesOn) {
-                cues.back().end = end;
-            } else {
-                cues.push_back({first, end, picture});
+            if (end - cue.first > kMostFrames || cue.picture != picture) {
+                finish();
+                cue = {first, end, picture};
             }
-            first = end;
+            cue.end = first = end;
         }
     }
-    return cues;
+    finish();
 }
 
 }  // namespace tkv::disc

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <functional>
-#include <vector>
 
 #include "disc/subtitle/drawing.h"
+#include "system/processes.h"
 
 namespace tkv::disc {
 
@@ -11,6 +11,7 @@ namespace tkv::disc {
 struct Cue {
     int first = 0, end = 0;
     SubtitlePicture picture;
+    bool isForced = false;  ///< is it shown where subtitles are switched off, too?
 };
 
 /// How the times of a film become frames of the disc's.
@@ -20,8 +21,9 @@ struct CueTimes {
     int frames = 0;                              ///< of the disc's film
 };
 
-/// What a drawing's text shows, from picture to picture: those that last for no frame are left
-/// out, and none lies beyond the film.
-std::vector<Cue> cuesOf(SubtitleDrawing& drawing, const CueTimes& times);
+/// Tells `take` what a drawing's text shows, from picture to picture: those that last for no frame
+/// are left out, and none lies beyond the film. Throws Interrupted when `stop` says so.
+void cuesOf(SubtitleDrawing& drawing, const CueTimes& times, const ProgramStop& stop,
+            const std::function<void(const Cue& cue)>& take);
 
 }  // namespace tkv::disc

@@ -6,42 +6,23 @@
 #include <map>
 #include <utility>
 
+#include "disc/subtitle/bytes.h"
+
 namespace tkv::disc {
 
 namespace {
 
-using PgsBytes = std::span<const std::uint8_t>;
-
 // More than any film has.
 constexpr int kMostSide = 4096;
 
-// Numbers with the most significant byte first; 0 behind the end.
-class Reader {
-  public:
-    explicit Reader(PgsBytes bytes) : bytes_(bytes) {}
-
-    unsigned number(std::size_t count) {
-        unsigned value = 0;
-        for (std::size_t i = 0; i < count; ++i)
-            value = value << 8U | (i < bytes_.size() ? bytes_[i] : 0U);
-        skip(count);
-        return value;
-    }
-
-    int small(std::size_t count) { return static_cast<int>(number(count) & 0xFFFFU); }
-    void skip(std::size_t count) { bytes_ = bytes_.subspan(std::min(count, bytes_.size())); }
-    PgsBytes rest() const { return bytes_; }
-    bool isAtEnd() const { return bytes_.empty(); }
-
-  private:
-    PgsBytes bytes_;
-};
+// Bytes of all pictures that a player holds at once, four times as many as discs may have.
+constexpr std::size_t kMostHeld = 16 << 20;
 
 enum Segment : std::uint8_t {
     kPalette = 0x14,
     kObject = 0x15,
     kComposition = 0x16,
-    kPgsEnd = 0x80,
+    kEnd = 0x80,
 };
 
 // Studio levels of BT.709, as high definition has them.
@@ -68,36 +49,40 @@ struct Placed {
 
 class Decoder {
   public:
-    explicit Decoder(const std::function<void(const BitmapCue&)>& tell) : tell_(tell) {}
+    Decoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
 
-    void decode(PgsBytes bytes) {
+    void decode(std::istream& file) {
         constexpr double kTicks = 90'000;
-        Reader reader(bytes);
-        while (reader.rest().size() >= 13) {
+        std::vector<std::uint8_t> bytes;
+        const auto read = [&](std::size_t count) {
+            bytes.resize(count);
+            file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(count));
+            return static_cast<std::size_t>(file.gcount()) == count;
+        };
+        while (read(13)) {
+            ByteReader reader(bytes);
             if (reader.number(2) != 0x5047) break;  // "PG"
             const double time = reader.number(4) / kTicks;
             reader.skip(4);
             const unsigned kind = reader.number(1);
-            const std::size_t length = reader.number(2);
-            if (length > reader.rest().size()) break;
-            take(kind, reader.rest().first(length), time);
-            reader.skip(length);
+            if (!read(reader.number(2))) break;
+            take(kind, bytes, time);
         }
     }
 
   private:
-    void take(unsigned kind, PgsBytes bytes, double time) {
+    void take(unsigned kind, ByteSpan bytes, double time) {
         switch (kind) {
             case kPalette:
-                takePalette(Reader(bytes));
+                takePalette(ByteReader(bytes));
                 return;
             case kObject:
-                takeObject(Reader(bytes));
+                takeObject(ByteReader(bytes));
                 return;
             case kComposition:
-                takeComposition(Reader(bytes), time);
+                takeComposition(ByteReader(bytes), time);
                 return;
-            case kPgsEnd:
+            case kEnd:
                 show();
                 return;
             default:
@@ -105,7 +90,7 @@ class Decoder {
         }
     }
 
-    void takePalette(Reader reader) {
+    void takePalette(ByteReader reader) {
         auto& palette = palettes_[reader.number(1)];
         reader.skip(1);
         while (reader.rest().size() >= 5) {
@@ -116,7 +101,7 @@ class Decoder {
     }
 
     // One may come in several parts.
-    void takeObject(Reader reader) {
+    void takeObject(ByteReader reader) {
         constexpr unsigned kFirst = 0x80;
         Object& object = objects_[reader.number(2)];
         reader.skip(1);
@@ -124,19 +109,24 @@ class Decoder {
             reader.skip(3);
             object.size.width = reader.small(2);
             object.size.height = reader.small(2);
+            held_ -= object.runs.size();
             object.runs.clear();
         }
+        if (held_ + reader.rest().size() > kMostHeld) return;
+        held_ += reader.rest().size();
         object.runs.insert(object.runs.end(), reader.rest().begin(), reader.rest().end());
     }
 
-    void takeComposition(Reader reader, double time) {
-        constexpr unsigned kGoesOn = 0, kCropped = 0x80;
-        cue_ = {time, {}, {}};
+    void takeComposition(ByteReader reader, double time) {
+        constexpr unsigned kGoesOn = 0, kCropped = 0x80, kForced = 0x40;
+        cue_ = {};
+        cue_.begin = time;
         cue_.canvas.width = reader.small(2);
         cue_.canvas.height = reader.small(2);
         reader.skip(3);
         if (reader.number(1) != kGoesOn) {
             objects_.clear();
+            held_ = 0;
             palettes_.clear();
         }
         reader.skip(1);
@@ -152,13 +142,14 @@ class Decoder {
             placed.x = reader.small(2);
             placed.y = reader.small(2);
             if ((flags & kCropped) != 0) reader.skip(8);
+            cue_.isForced = cue_.isForced || (flags & kForced) != 0;
             placed_.push_back(placed);
         }
     }
 
     void show() {
         if (cue_.canvas.width <= 0 || cue_.canvas.width > kMostSide || cue_.canvas.height <= 0 ||
-            cue_.canvas.height > kMostSide)
+            cue_.canvas.height > kMostSide || cue_.begin >= until_)
             return;
         for (const Placed& placed : placed_) {
             const auto object = objects_.find(placed.object);
@@ -167,6 +158,10 @@ class Decoder {
             if (size.width <= 0 || size.height <= 0 || placed.x + size.width > cue_.canvas.width ||
                 placed.y + size.height > cue_.canvas.height)
                 continue;
+            if (!allowance_.take(cue_.begin, 1.0 * size.width * size.height)) {
+                cue_.isTooMuch = true;
+                continue;
+            }
             cue_.bitmaps.push_back({placed.x, placed.y, size, pixelsOf(object->second)});
         }
         tell_(std::exchange(cue_, {}));
@@ -178,7 +173,7 @@ class Decoder {
         const auto width = static_cast<std::size_t>(object.size.width);
         const auto height = static_cast<std::size_t>(object.size.height);
         std::vector<std::uint32_t> pixels(width * height);
-        Reader reader(object.runs);
+        ByteReader reader(object.runs);
         std::size_t row = 0, column = 0;
         while (!reader.isAtEnd() && row < height) {
             unsigned color = reader.number(1), length = 1;
@@ -204,17 +199,19 @@ class Decoder {
 
     std::map<unsigned, std::array<std::uint32_t, 256>> palettes_;
     std::map<unsigned, Object> objects_;
+    std::size_t held_ = 0;  // bytes of all objects
     unsigned palette_ = 0;
     std::vector<Placed> placed_;
     BitmapCue cue_;
-    const std::function<void(const BitmapCue&)>& tell_;
+    PixelAllowance allowance_;
+    double until_;
+    const BitmapReceiver& tell_;
 };
 
 }  // namespace
 
-void readPgs(std::span<const std::uint8_t> bytes,
-             const std::function<void(const BitmapCue& cue)>& take) {
-    Decoder(take).decode(bytes);
+void readPgs(std::istream& file, double until, const BitmapReceiver& take) {
+    Decoder(until, take).decode(file);
 }
 
 }  // namespace tkv::disc

@@ -4,12 +4,16 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
+#include <string_view>
 #include <utility>
 
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/encoding.h"
+#include "disc/subtitle/matroska.h"
+#include "disc/subtitle/vobsub_index.h"
 #include "system/files.h"
 #include "system/paths.h"
 
@@ -22,12 +26,23 @@ namespace {
 // Bytes of a text that somebody has written; a file that holds more is something else.
 constexpr std::int64_t kMostBytes = 16 << 20;
 
+// The same of pictures.
+constexpr std::uintmax_t kMostPictureBytes = 256 << 20;
+
+constexpr const char* kPgs = "hdmv_pgs_subtitle";
+constexpr const char* kDvb = "dvb_subtitle";
+
 bool isStyled(const FilmSubtitle& subtitle) {
     return subtitle.codec == "ass" || subtitle.codec == "ssa";
 }
 
-bool areBitmaps(const FilmSubtitle& subtitle) {
-    return subtitle.codec == "hdmv_pgs_subtitle";
+bool areUnits(const FilmSubtitle& subtitle) {
+    return subtitle.codec == "dvd_subtitle" || subtitle.codec == kDvb;
+}
+
+const char* extensionOf(const FilmSubtitle& subtitle) {
+    if (areUnits(subtitle)) return "mks";
+    return subtitle.codec == kPgs ? "sup" : "ass";
 }
 
 // Beside the text of subtitles: the encoding that was guessed, if any.
@@ -36,14 +51,25 @@ std::string guessPath(const std::string& text) {
 }
 
 std::string nameIn(const std::string& folder, std::size_t number, const FilmSubtitle& subtitle) {
-    return fmt::format("{}/{}.{}", folder, number, areBitmaps(subtitle) ? "sup" : "ass");
+    return fmt::format("{}/{}.{}", folder, number, extensionOf(subtitle));
+}
+
+// Whether a film says nothing of it when they are empty: most captions are.
+bool areCaptions(const FilmSubtitle& subtitle) {
+    return subtitle.codec == kCaptions || subtitle.codec == "eia_608";
 }
 
 // `path`: of what was read.
 bool hasCue(const FilmSubtitle& subtitle, const std::string& path) {
-    // Each part of a file of pictures begins like this.
-    if (areBitmaps(subtitle)) return readText(path).starts_with("PG");
-    return readText(path).find("\nDialogue:") != std::string::npos;
+    if (extensionOf(subtitle) == std::string_view("ass"))
+        return readText(path).find("\nDialogue:") != std::string::npos;
+    std::ifstream file(path, std::ios::binary);
+    // Each part of a file of PGS begins like this.
+    if (subtitle.codec == kPgs) return file.get() == 'P' && file.get() == 'G';
+    bool isThere = false;
+    readMatroska(
+        file, [](ByteSpan) {}, [&](const MatroskaPacket&) { isThere = true; });
+    return isThere;
 }
 
 // What all that is read depends on.
@@ -57,6 +83,10 @@ std::vector<std::string> inputsOf(const Film& film) {
             inputs.push_back(std::to_string(subtitle.index));
         } else {
             inputs.push_back(stampOf({subtitle.path}));
+            if (areUnits(subtitle)) {
+                inputs.push_back(stampOf({unitsOfIndex(subtitle.path)}));
+                inputs.push_back(std::to_string(subtitle.index));
+            }
             inputs.push_back(subtitle.language);
         }
     }
@@ -64,7 +94,7 @@ std::vector<std::string> inputsOf(const Film& film) {
     return inputs;
 }
 
-// Makes the texts of one film, with one run of ffmpeg.
+// Makes the texts of one film, its own with one run of ffmpeg.
 class TextReader {
   public:
     // `folder`: in the workshop, for the texts.
@@ -74,18 +104,17 @@ class TextReader {
     void run() {
         for (std::size_t i = 0; i < film_.subtitles.size(); ++i) {
             const FilmSubtitle& subtitle = film_.subtitles[i];
+            const std::string name = nameIn(folder_, i, subtitle);
             if (!subtitle.path.empty()) {
-                readFile(subtitle, textName(i));
+                readFile(subtitle, name);
+            } else if (subtitle.codec == kCaptions) {
+                readCaptions(name);
             } else {
-                outputs_.push_back({0, subtitle.index, textName(i), areBitmaps(subtitle)});
-                readsFilm_ = true;
+                addOutputs(subtitle, name);
             }
         }
         if (outputs_.empty()) return;
-        const std::string& path = film_.source.path;
-        workshop_.tools().run(command(),
-                              {path, fmt::format("The subtitles of {} could not be read", path),
-                               "Make the disc without them: --subtitles none"});
+        runFfmpeg(command());
         for (const std::string& input : inputs_)
             fs::remove(workshop_.path(input));
     }
@@ -94,19 +123,36 @@ class TextReader {
     struct Output {
         std::size_t input;
         int stream;
-        std::string name;
-        bool areBitmaps;
+        std::vector<std::string> words;
     };
 
-    std::string textName(std::size_t number) const {
-        return nameIn(folder_, number, film_.subtitles[number]);
+    // Of the film's own.
+    void addOutputs(const FilmSubtitle& subtitle, const std::string& name) {
+        readsFilm_ = true;
+        const auto add = [&](std::vector<std::string> words) {
+            outputs_.push_back({0, subtitle.index, std::move(words)});
+        };
+        if (subtitle.codec == kDvb) {
+            // With four colours each, as a disc has them, and with the ends that they have. Of any
+            // size: that of the whole is in what they were.
+            add({"-c", "dvdsub", "-s", "4096x4096", "-f", "matroska", name});
+            add({"-c", "copy", "-f", "data", dvbSource(name)});
+        } else if (areUnits(subtitle)) {
+            add({"-c", "copy", "-f", "matroska", name});
+        } else if (subtitle.codec == kPgs) {
+            add({"-c", "copy", "-f", "sup", name});
+        } else {
+            add({"-f", "ass", name});
+        }
     }
 
     // What is of another format than ASS is converted; one that cannot be read has no cue.
     void readFile(const FilmSubtitle& subtitle, const std::string& name) {
-        if (areBitmaps(subtitle)) {
+        if (areUnits(subtitle)) return readIndex(subtitle, name);
+        if (subtitle.codec == kPgs) {
             std::error_code error;
-            fs::copy_file(subtitle.path, workshop_.path(name), error);
+            if (fs::file_size(subtitle.path, error) <= kMostPictureBytes && !error)
+                fs::copy_file(subtitle.path, workshop_.path(name), error);
             return;
         }
         const auto bytes = tkv::readFile(subtitle.path, kMostBytes);
@@ -118,27 +164,66 @@ class TextReader {
         if (written == name) return;
         inputs_.push_back(written);
         formats_.emplace_back(subtitle.codec == "webvtt" ? "webvtt" : "srt");
-        outputs_.push_back({inputs_.size(), 0, name, false});
+        outputs_.push_back({inputs_.size(), 0, {"-f", "ass", name}});
+    }
+
+    // Without "-copyts" the first picture would be shown at once. One that is damaged is no reason
+    // to make no disc.
+    void readIndex(const FilmSubtitle& subtitle, const std::string& name) {
+        try {
+            runFfmpeg({"ffmpeg", "-nostdin", "-v", "error", "-y", "-copyts", "-f", "vobsub",
+                       "-sub_name", unitsOfIndex(subtitle.path), "-i", subtitle.path, "-map",
+                       fmt::format("0:{}", subtitle.index), "-c", "copy", "-f", "matroska", name});
+        } catch (const DiscError&) {
+            fs::remove(workshop_.path(name));
+        }
+    }
+
+    // Reads what stands in the film's pictures, which are decoded for that. The filter is given
+    // links with plain names, since its own words give many letters a meaning.
+    void readCaptions(const std::string& name) {
+        std::string links;
+        for (std::size_t i = 0; i < film_.source.files.size(); ++i) {
+            const std::string link = fmt::format("{}/film{}", folder_, i);
+            fs::create_symlink(film_.source.files[i], workshop_.path(link));
+            links += (i == 0 ? "" : "|") + link;
+        }
+        const bool isOne = film_.source.files.size() == 1;
+        const std::string container = film_.container.substr(0, film_.container.find(','));
+        runFfmpeg({"ffmpeg", "-nostdin", "-v", "error", "-y", "-copyts", "-itsoffset",
+                   fmt::format("{:.6f}", -film_.start), "-f", "lavfi", "-i",
+                   fmt::format("movie=filename={}{}:format_name={}:si={}[out+subcc]",
+                               isOne ? "" : "concat\\:", links, container, film_.video.index),
+                   "-map", "0:s", "-f", "ass", name});
+        for (std::size_t i = 0; i < film_.source.files.size(); ++i)
+            fs::remove(workshop_.path(fmt::format("{}/film{}", folder_, i)));
+    }
+
+    void runFfmpeg(const std::vector<std::string>& words) const {
+        const std::string& path = film_.source.path;
+        workshop_.tools().run(words,
+                              {path, fmt::format("The subtitles of {} could not be read", path),
+                               "Make the disc without them: --subtitles none"});
     }
 
     std::vector<std::string> command() const {
         std::vector<std::string> words{"ffmpeg", "-nostdin", "-v", "error", "-y"};
-        const auto add = [&](std::initializer_list<std::string> more) {
-            words.insert(words.end(), more);
+        const auto add = [&](const std::vector<std::string>& more) {
+            words.insert(words.end(), more.begin(), more.end());
         };
         for (std::size_t i = 0; readsFilm_ && i < film_.fonts.size(); ++i) {
             add({fmt::format("-dump_attachment:{}", film_.fonts[i]),
                  fmt::format("{}/{}.font", folder_, i)});
         }
-        // Where no stream of the film is wanted, it need not be read.
-        if (readsFilm_) add({"-i", inputName(film_.source.files)});
+        // Where no stream of the film is wanted, it need not be read. Without any offset ffmpeg has
+        // MPEG's streams begin at 0 with the first that is wanted.
+        if (readsFilm_) add({"-itsoffset", "0.000001", "-i", inputName(film_.source.files)});
         for (std::size_t i = 0; i < inputs_.size(); ++i)
             add({"-f", formats_[i], "-i", inputs_[i]});
         for (const Output& output : outputs_) {
             const std::size_t input = readsFilm_ ? output.input : output.input - 1;
             add({"-map", fmt::format("{}:{}", input, output.stream)});
-            if (output.areBitmaps) add({"-c", "copy"});
-            add({"-f", output.areBitmaps ? "sup" : "ass", output.name});
+            add(output.words);
         }
         return words;
     }
@@ -167,7 +252,8 @@ void readSubtitles(Film& film, Workshop& workshop) {
         const std::string name = nameOf(subtitle, film);
         const std::string guess = readText(workshop.path(guessPath(subtitle.text)));
         if (!hasCue(subtitle, workshop.path(subtitle.text))) {
-            film.notes.push_back(name + " holds no subtitles, and is left out");
+            if (!areCaptions(subtitle))
+                film.notes.push_back(name + " holds no subtitles, and is left out");
             subtitle.text.clear();
         } else if (!guess.empty()) {
             film.notes.push_back(
@@ -176,6 +262,10 @@ void readSubtitles(Film& film, Workshop& workshop) {
     }
     std::erase_if(film.subtitles,
                   [](const FilmSubtitle& subtitle) { return subtitle.text.empty(); });
+}
+
+std::string dvbSource(const std::string& text) {
+    return text + ".dvb";
 }
 
 std::vector<std::string> attachedFonts(const Film& film, const Workshop& workshop) {

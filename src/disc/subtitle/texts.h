@@ -13,6 +13,9 @@ namespace tkv::disc {
 /// be guessed is another. Throws DiscError when the film cannot be read.
 void readSubtitles(Film& film, Workshop& workshop);
 
+/// Beside what is read of pictures from television: the same as they were.
+std::string dvbSource(const std::string& text);
+
 /// The fonts attached to a film, as names in the workshop: those beside its subtitles' texts.
 std::vector<std::string> attachedFonts(const Film& film, const Workshop& workshop);
 

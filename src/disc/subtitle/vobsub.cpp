@@ -61,18 +61,6 @@ class RunWriter {
     bool isHalf_ = false;
 };
 
-// Commands of a unit's control sequences.
-enum Command : std::uint8_t {
-    kForcedStart = 0,
-    kStart = 1,
-    kStop = 2,
-    kSetColors = 3,
-    kSetContrasts = 4,
-    kSetArea = 5,
-    kSetFields = 6,
-    kEnd = 0xFF,
-};
-
 // Where the colours' numbers stand in a unit: behind where its control sequences begin.
 constexpr std::size_t kColorsPlace = 6;
 
@@ -196,10 +184,10 @@ std::optional<SubpictureUnit> unitOf(const SubtitlePicture& picture, double begi
     bytes.push_back(kSetFields);
     put(bytes, fields[0], 2);
     put(bytes, fields[1], 2);
-    bytes.push_back(kEnd);
+    bytes.push_back(kNoMore);
     put(bytes, ticksOf(end - begin), 2);
     put(bytes, control + kFirstBytes, 2);
-    bytes.insert(bytes.end(), {kStop, kEnd});
+    bytes.insert(bytes.end(), {kStop, kNoMore});
     if (bytes.size() > kMostUnitBytes) return {};
 
     const auto set = [&](std::size_t place, std::size_t value) {

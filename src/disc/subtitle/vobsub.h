@@ -15,6 +15,19 @@ namespace tkv::disc {
 /// Bytes that a unit may have, so that a player holds it.
 inline constexpr std::size_t kMostUnitBytes = 53'220;
 
+/// Commands of a unit's control sequences.
+enum SubpictureCommand : std::uint8_t {
+    kForcedStart = 0,
+    kStart = 1,
+    kStop = 2,
+    kSetColors = 3,
+    kSetContrasts = 4,
+    kSetArea = 5,
+    kSetFields = 6,
+    kSetParts = 7,
+    kNoMore = 0xFF,
+};
+
 /// What a player shows for a while.
 struct SubpictureUnit {
     double begin = 0, end = 0;                              ///< seconds of the disc's film
