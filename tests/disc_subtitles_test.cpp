@@ -122,6 +122,40 @@ TEST_F(Films, AreCopiedWithSubtitles) {
     folder_.write("ready.srt", "1\n00:00:00,400 --> 00:00:01,200\nA line\n");
     expectDisc("ready.mpg --no-menu --no-image -o out");
     EXPECT_EQ(changesOf(file("out/disc"), 1), "10-30 \n");
+
+    // The same as pictures: beside a film, and in films of several kinds.
+    const std::string in = "cd " + quoted(folder_.path()) + " && ";
+    run(in +
+        "cp out/work/subtitles-*/film.sub . && sed 's/^id: xx/id: fr/;/^palette/i size: 720x576' "
+        "out/work/subtitles-*/film.idx >film.idx && printf 'id: de, index: 1\\ntimestamp: "
+        "00:00:00:400, filepos: 000000000\\n' >>film.idx");
+    for (const auto& [name, words] :
+         {std::pair("film.mkv", "-map 0:v -map 0:a"),
+          std::pair("a.vob", "-map 0:v -map 0:a -map 1:0 -c:s copy"),
+          std::pair("b.ts", "-map 0:v -map 0:a -map 1:0 -c:s dvbsub")}) {
+        run(in + fmt::format("ffmpeg -v error -i ready.mpg -f vobsub -i film.idx {} -c:v copy "
+                             "-c:a copy {}",
+                             words, name));
+        const std::string said = makeDisc(fmt::format("{0} --no-menu --no-image -o {0}.d", name));
+        const bool areTwo = *name == 'f';
+        EXPECT_EQ(changesOf(file(name) + ".d/disc", areTwo ? 2 : 1),
+                  areTwo ? "10-30 \n10-30 \n" : "10-30 \n")
+            << said;
+        EXPECT_TRUE(!areTwo || said.find("subtitles: fr, de") != std::string::npos) << said;
+    }
+}
+
+TEST_F(Films, ShowTheirCaptions) {
+    // "Hello" from the tenth picture to the twentieth: two bytes stand in each.
+    run("cd " + quoted(folder_.path()) +
+        R"( && ffmpeg -v error -f lavfi -i testsrc2=s=320x240:d=1 -bf 0 -f mpeg2video a.m2v &&
+        perl -0777 -pe '@b = split / /, "9420 9420 94ae 94ae 9470 9470 c8e5 ecec ef80 8080 942f" .
+            " 8080" x 9 . " 942c"; s/(\0\0\x01\xb5[\x80-\x8f].*?)(?=\0\0\x01)/
+            $1 . "\0\0\1\xb2GA94\3\x41\xff\xfc" . pack("H4", shift @b || 8080) . "\xff"/gsex' a.m2v >b.m2v &&
+        ffmpeg -v error -i b.m2v -c:v libx264 "it's [b], c;\d.mkv")");
+    const std::string said = makeDisc(R"("it's [b], c;\d.mkv" --no-menu --no-image --pal -o out)");
+    EXPECT_NE(said.find("subtitles: unknown with sounds"), std::string::npos) << said;
+    EXPECT_EQ(changesOf(file("out/disc"), 1), "10-20 \n");
 }
 
 }  // namespace tkv::test::disc

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <fstream>
 #include <sstream>
 
 #include "disc/film/subtitle_words.h"
@@ -7,9 +8,12 @@
 #include "disc/subtitle/bitmap_picture.h"
 #include "disc/subtitle/choice.h"
 #include "disc/subtitle/drawing.h"
+#include "disc/subtitle/dvb_canvas.h"
+#include "disc/subtitle/dvd_units.h"
 #include "disc/subtitle/encoding.h"
 #include "disc/subtitle/pgs.h"
 #include "disc/subtitle/vobsub.h"
+#include "disc/subtitle/vobsub_index.h"
 #include "support.h"
 
 // Subtitles on their way from a text to what a player draws.
@@ -188,6 +192,70 @@ TEST(Subtitles, AreDecodedAsTheyWereCoded) {
     EXPECT_FALSE(unitOf(dense, 0, 1, false)) << "more bytes than players hold";
 }
 
+/// What is told of a track of DVD's units that ffmpeg has put into a file of the format Matroska.
+std::string cuesInUnits(const std::string& file) {
+    std::ifstream input(file, std::ios::binary);
+    std::string cues;
+    readDvdUnits(input, 9, [&](const BitmapCue& cue) {
+        cues += fmt::format("{:.2f}{} {}x{}", cue.begin, cue.isForced ? " forced" : "",
+                            cue.canvas.width, cue.canvas.height);
+        for (const SubtitleBitmap& bitmap : cue.bitmaps)
+            cues += fmt::format(" {},{} {:x} {:x}", bitmap.x, bitmap.y, bitmap.pixels.at(10),
+                                bitmap.pixels.at(11));
+        cues += "; ";
+    });
+    return cues;
+}
+
+TEST(Subtitles, AreReadFromUnits) {
+    const TempFolder folder;
+    const std::vector<std::uint8_t> row{0, 0, 3, 1, 1, 3, 0, 0};
+    SubtitlePicture picture{8, 100, 8, 2, row, {0, 0x102030, 0x808080, 0xF0F0F0}};
+    picture.pixels.insert(picture.pixels.end(), row.begin(), row.end());
+    std::vector<SubpictureUnit> units;
+    // The second goes on until the third is shown.
+    for (const auto& [begin, end] : {std::pair(0.5, 1.0), std::pair(2.0, 9.0), std::pair(3.0, 4.0)})
+        units.push_back(*unitOf(picture, begin, end, begin == 2));
+    const VobSub made = vobSubOf({{"en", units}});
+    folder.write("a.sub", {made.packs.begin(), made.packs.end()});
+    folder.write("a.idx", "size: 720x480\n" + made.index);
+    folder.write("b.idx", made.index.substr(0, made.index.find("palette")) +
+                              made.index.substr(made.index.find("\nid:")));
+    folder.write("b.sub", {made.packs.begin(), made.packs.end()});
+    std::string files;
+    for (const char* name : {"a", "b"}) {
+        files = folder.file(name);
+        run(fmt::format(
+            "ffmpeg -v error -copyts -f vobsub -i {0}.idx -map 0 -c copy -f matroska {0}.mks",
+            test::quoted(files)));
+        const bool hasHeader = *name == 'a';
+        const std::string canvas = hasHeader ? "720x480" : "0x0";
+        const std::string pixel =
+            hasHeader ? "8,100 fff0f0f0 ff102030; " : "8,100 ff000000 ffffffff; ";
+        EXPECT_EQ(cuesInUnits(files + ".mks"),
+                  fmt::format("0.50 {0} {1}0.99 {0}; 2.00 forced {0} {1}3.00 {0} {1}3.99 {0}; ",
+                              canvas, pixel));
+    }
+    // Damaged ones are read as far as they go.
+    const std::string whole = test::readText(files + ".mks");
+    for (std::size_t place = 0; place < whole.size(); place += 7) {
+        std::string damaged = whole;
+        damaged[place] = static_cast<char>(damaged[place] ^ 0x5B);
+        std::istringstream input(damaged);
+        readDvdUnits(input, 9, [](const BitmapCue&) {});
+    }
+}
+
+TEST(Subtitles, OfAnIndexAreTracks) {
+    EXPECT_EQ(tracksInIndex("palette: 0\nid: en, index: 0\ntimestamp: 1\ntimestamp: 2\n"
+                            "id: de, index: 1\nid: --, index: 2\r\ntimestamp: 3\n"),
+              (std::vector<std::string>{"en", "xx"}));
+    EXPECT_EQ(
+        dvbCanvas(std::string("\x0F\x10\0\1\0\2\xFF\x14\xFF\x0F\x14\0\1\0\5\0\7\x7F\4\x37", 20)),
+        (PixelSize{1920, 1080}));
+    EXPECT_EQ(dvbCanvas("damaged"), (PixelSize{720, 576}));
+}
+
 std::string numbers(std::initializer_list<std::pair<int, int>> values) {
     std::string bytes;
     for (const auto& [value, count] : values) {
@@ -244,6 +312,18 @@ TEST(Subtitles, AreScaledFromPictures) {
     EXPECT_EQ(cuesIn(file, wide), "1: 246 426 228 58; 3: 0 0 0 0; ");
     EXPECT_EQ(cuesIn(file, cropped), cuesIn(file, wide));
     EXPECT_EQ(cuesIn(file, narrow), "1: 210 356 300 48; 3: 0 0 0 0; ");
+    // What follows too fast is told, and not decoded.
+    std::string fast;
+    for (int i = 0; i < 200; ++i)
+        fast += file;
+    std::istringstream input(fast);
+    int shown = 0, leftOut = 0;
+    readPgs(input, 2, [&](const BitmapCue& cue) {
+        shown += static_cast<int>(cue.bitmaps.size());
+        leftOut += cue.isTooMuch ? 1 : 0;
+    });
+    EXPECT_EQ(shown, 154) << "ten million pixels in pictures of 64,800";
+    EXPECT_EQ(shown + leftOut, 200);
     // Damaged ones are read as far as they go.
     const auto ignore = [](const BitmapCue& cue) { pictureOf(cue, {{720, 576}, 1.5, 0, 0, {}}); };
     for (std::size_t place = 0; place < file.size(); place += 31) {

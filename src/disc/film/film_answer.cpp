@@ -193,6 +193,13 @@ bool isMovingPicture(const Json& stream) {
            intOf(stream, "height") > 0;
 }
 
+// Whether it is the half of a VobSub with the pictures.
+bool holdSubtitlesOnly(const Json& streams) {
+    return !streams.empty() && std::ranges::all_of(streams, [](const Json& stream) {
+        return isKind(stream, "subtitle");
+    });
+}
+
 // The one that players show; null when there is none.
 const Json* filmStream(const Json& streams) {
     const Json* first = nullptr;
@@ -276,6 +283,8 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
     const std::string& path = film.source.path;
     if (const std::string why = whyUndecodable(streams); !why.empty())
         throw DiscError(fmt::format("{} {}.", path, why), path);
+    if (stream == nullptr && holdSubtitlesOnly(streams))
+        throw NoFilm(fmt::format("{} holds subtitles only. Leave it out.", path), path);
     if (stream == nullptr || isPicture(film.container)) {
         throw DiscError(
             fmt::format("{} holds no moving picture. Leave it out, or name the film.", path), path);

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Bytes of a text that somebody has written; a file that holds more is something else.
-constexpr std::int64_t kMostBytes = 16 << 20;
+constexpr std::uintmax_t kMostBytes = 16 << 20;
 
 // The same of pictures.
 constexpr std::uintmax_t kMostPictureBytes = 256 << 20;
@@ -52,6 +52,13 @@ std::string guessPath(const std::string& text) {
 
 std::string nameIn(const std::string& folder, std::size_t number, const FilmSubtitle& subtitle) {
     return fmt::format("{}/{}.{}", folder, number, extensionOf(subtitle));
+}
+
+bool isTooLarge(const FilmSubtitle& subtitle) {
+    std::error_code error;
+    const auto bytes = fs::file_size(subtitle.path, error);
+    const bool areTexts = extensionOf(subtitle) == std::string_view("ass");
+    return !error && bytes > (areTexts ? kMostBytes : kMostPictureBytes);
 }
 
 // Whether a film says nothing of it when they are empty: most captions are.
@@ -151,11 +158,10 @@ class TextReader {
         if (areUnits(subtitle)) return readIndex(subtitle, name);
         if (subtitle.codec == kPgs) {
             std::error_code error;
-            if (fs::file_size(subtitle.path, error) <= kMostPictureBytes && !error)
-                fs::copy_file(subtitle.path, workshop_.path(name), error);
+            if (!isTooLarge(subtitle)) fs::copy_file(subtitle.path, workshop_.path(name), error);
             return;
         }
-        const auto bytes = tkv::readFile(subtitle.path, kMostBytes);
+        const auto bytes = tkv::readFile(subtitle.path, static_cast<std::int64_t>(kMostBytes));
         const auto text = bytes ? decodedText(*bytes, subtitle.language) : std::nullopt;
         const std::string written = isStyled(subtitle) ? name : name + ".text";
         writeText(workshop_.path(written), text ? text->text : "");
@@ -171,9 +177,17 @@ class TextReader {
     // to make no disc.
     void readIndex(const FilmSubtitle& subtitle, const std::string& name) {
         try {
-            runFfmpeg({"ffmpeg", "-nostdin", "-v", "error", "-y", "-copyts", "-f", "vobsub",
-                       "-sub_name", unitsOfIndex(subtitle.path), "-i", subtitle.path, "-map",
-                       fmt::format("0:{}", subtitle.index), "-c", "copy", "-f", "matroska", name});
+            runFfmpeg({"ffmpeg",    "-nostdin",
+                       "-v",        "error",
+                       "-y",        "-copyts",
+                       "-f",        "vobsub",
+                       "-sub_name", unitsOfIndex(subtitle.path),
+                       "-i",        subtitle.path,
+                       "-map",      fmt::format("0:{}", subtitle.index),
+                       "-c",        "copy",
+                       "-fs",       std::to_string(kMostPictureBytes),
+                       "-f",        "matroska",
+                       name});
         } catch (const DiscError&) {
             fs::remove(workshop_.path(name));
         }
@@ -193,7 +207,7 @@ class TextReader {
         runFfmpeg({"ffmpeg", "-nostdin", "-v", "error", "-y", "-copyts", "-itsoffset",
                    fmt::format("{:.6f}", -film_.start), "-f", "lavfi", "-i",
                    fmt::format("movie=filename={}{}:format_name={}:si={}[out+subcc]",
-                               isOne ? "" : "concat\\:", links, container, film_.video.index),
+                               isOne ? "" : "concat\\\\:", links, container, film_.video.index),
                    "-map", "0:s", "-f", "ass", name});
         for (std::size_t i = 0; i < film_.source.files.size(); ++i)
             fs::remove(workshop_.path(fmt::format("{}/film{}", folder_, i)));
@@ -225,6 +239,9 @@ class TextReader {
             add({"-map", fmt::format("{}:{}", input, output.stream)});
             add(output.words);
         }
+        // Where a DVD's clock begins anew, its pictures tell how far it has come.
+        if (readsFilm_ && film_.container.starts_with("mpeg"))
+            add({"-map", fmt::format("0:{}", film_.video.index), "-c", "copy", "-f", "null", "-"});
         return words;
     }
 
@@ -253,7 +270,9 @@ void readSubtitles(Film& film, Workshop& workshop) {
         const std::string guess = readText(workshop.path(guessPath(subtitle.text)));
         if (!hasCue(subtitle, workshop.path(subtitle.text))) {
             if (!areCaptions(subtitle))
-                film.notes.push_back(name + " holds no subtitles, and is left out");
+                film.notes.push_back(
+                    fmt::format("{} holds {}, and is left out", name,
+                                isTooLarge(subtitle) ? "more than subtitles do" : "no subtitles"));
             subtitle.text.clear();
         } else if (!guess.empty()) {
             film.notes.push_back(
