@@ -212,6 +212,14 @@ echo '{"streams": [{"codec_name": "png", "codec_type": "video", "width": 9, "hei
     printf 'PG\0\0\1\0\0\0\0\0\x16\0\x0b\0\x40\0\x24\x10\0\0\x80\0\0\0'
     printf 'PG\0\0\1\0\0\0\0\0\x80\0\0'
 } >subtitles/film.sup
+{
+    # A file of the format Matroska with colours and one unit, of four rows of four pixels.
+    printf '\x16\x54\xae\x6b\x9f\xae\x9d\x63\xa2\x9asize: 8x8\npalette: 0, ffff'
+    printf '\x1f\x43\xb6\x75\xb7\xe7\x81\x01\xa0\xb2\xa1\xac\x81\0\0\0'
+    printf '\0\x28\0\x0a\x01\x40\x90\x90\x90\x90\0\0\0\x22'
+    printf '\x01\x03\x32\x10\x04\xff\xf0\x05\0\0\x03\0\0\x03\x06\0\4\0\6\xff\0\x10\0\x22\x02\xff'
+    printf '\x9b\x82\0\x64'
+} >subtitles/film.mks
 printf '1\n00:00:01,000 --> 00:00:02,000\n\xa3\xf3d\xbc, Za\xbf\xf3\xb3\xe6\n' >subtitles/film.srt
 for count in 0 1 4 9 20; do
     { printf "\\$(printf %o $count)"; head -c 700 "$here/../examples/media/snow.jpg"; } >plan/$count

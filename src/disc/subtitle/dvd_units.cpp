@@ -57,9 +57,9 @@ class RunReader {
 
 using Colors = std::array<std::uint32_t, kSubpictureColors>;
 
-class Decoder {
+class UnitDecoder {
   public:
-    Decoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
+    UnitDecoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
 
     // Lines of text, as an .idx begins with.
     void takeHeader(ByteSpan header) {
@@ -236,7 +236,7 @@ class Decoder {
 }  // namespace
 
 void readDvdUnits(std::istream& file, double until, const BitmapReceiver& take) {
-    Decoder decoder(until, take);
+    UnitDecoder decoder(until, take);
     readMatroska(
         file, [&](ByteSpan header) { decoder.takeHeader(header); },
         [&](const MatroskaPacket& packet) { decoder.takeUnit(packet); });

@@ -11,7 +11,7 @@ namespace tkv::disc {
 namespace {
 
 // Of a packet: more than a unit of subtitles has.
-constexpr std::uint64_t kMostBytes = 1 << 20;
+constexpr std::uint64_t kMostElementBytes = 1 << 20;
 
 enum Element : std::uint64_t {
     kSegment = 0x18538067,
@@ -54,7 +54,7 @@ std::optional<Named> elementIn(std::istream& file) {
             file.ignore(static_cast<std::streamsize>(*size));
             continue;
         }
-        if (*size > kMostBytes) return {};
+        if (*size > kMostElementBytes) return {};
         std::vector<std::uint8_t> bytes(*size);
         if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(*size)))
             return {};

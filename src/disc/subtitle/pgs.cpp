@@ -47,9 +47,9 @@ struct Placed {
     int x = 0, y = 0;
 };
 
-class Decoder {
+class PgsDecoder {
   public:
-    Decoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
+    PgsDecoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
 
     void decode(std::istream& file) {
         constexpr double kTicks = 90'000;
@@ -211,7 +211,7 @@ class Decoder {
 }  // namespace
 
 void readPgs(std::istream& file, double until, const BitmapReceiver& take) {
-    Decoder(until, take).decode(file);
+    PgsDecoder(until, take).decode(file);
 }
 
 }  // namespace tkv::disc

@@ -24,7 +24,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // Bytes of a text that somebody has written; a file that holds more is something else.
-constexpr std::uintmax_t kMostBytes = 16 << 20;
+constexpr std::uintmax_t kMostTextBytes = 16 << 20;
 
 // The same of pictures.
 constexpr std::uintmax_t kMostPictureBytes = 256 << 20;
@@ -58,7 +58,7 @@ bool isTooLarge(const FilmSubtitle& subtitle) {
     std::error_code error;
     const auto bytes = fs::file_size(subtitle.path, error);
     const bool areTexts = extensionOf(subtitle) == std::string_view("ass");
-    return !error && bytes > (areTexts ? kMostBytes : kMostPictureBytes);
+    return !error && bytes > (areTexts ? kMostTextBytes : kMostPictureBytes);
 }
 
 // Whether a film says nothing of it when they are empty: most captions are.
@@ -161,7 +161,7 @@ class TextReader {
             if (!isTooLarge(subtitle)) fs::copy_file(subtitle.path, workshop_.path(name), error);
             return;
         }
-        const auto bytes = tkv::readFile(subtitle.path, static_cast<std::int64_t>(kMostBytes));
+        const auto bytes = tkv::readFile(subtitle.path, static_cast<std::int64_t>(kMostTextBytes));
         const auto text = bytes ? decodedText(*bytes, subtitle.language) : std::nullopt;
         const std::string written = isStyled(subtitle) ? name : name + ".text";
         writeText(workshop_.path(written), text ? text->text : "");
