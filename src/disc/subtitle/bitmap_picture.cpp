@@ -5,7 +5,6 @@
 #include <initializer_list>
 #include <limits>
 #include <map>
-#include <ranges>
 #include <utility>
 
 namespace tkv::disc {
@@ -95,10 +94,10 @@ int brightness(std::uint32_t color) {
 // What tells how much a colour is missed beside others.
 double missed(const std::pair<const std::uint32_t, double>& color,
               std::initializer_list<std::uint32_t> others) {
-    const auto difference = [&](std::uint32_t other) {
-        return squaredDifference(color.first, other);
-    };
-    return color.second * std::ranges::min(others | std::views::transform(difference));
+    int least = std::numeric_limits<int>::max();
+    for (const std::uint32_t other : others)
+        least = std::min(least, squaredDifference(color.first, other));
+    return color.second * least;
 }
 
 // The darker one for the outline.
