@@ -10,7 +10,7 @@ function(tkv_install component program)
 endfunction()
 tkv_install(tool tkvDvdMenuImg)
 tkv_install(disc tkvDvdDisc)
-if(DVDNAV_FOUND)
+if(DVDNAV_FOUND AND DVDREAD_FOUND)
   install(FILES docs/tkvDvdCheck.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT check)
 endif()
 install(FILES LICENSE RENAME copyright

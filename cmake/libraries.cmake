@@ -42,12 +42,13 @@ if(TKV_BUILD_BENCH)
   tkv_find(libbenchmark-dev benchmark)
 endif()
 
-# This one only tkvDvdCheck needs, and the tests, which press buttons with it.
+# These only tkvDvdCheck needs, and the tests, which press buttons with it.
 set(is_too_little ${missing})
 tkv_find(libdvdnav-dev DVDNAV dvdnav)
+tkv_find(libdvdread-dev DVDREAD dvdread>=6.1)
 if(is_too_little OR (missing AND TKV_BUILD_TESTS))
   list(JOIN missing " " missing)
   message(FATAL_ERROR "Libraries are missing. On Debian, as root:\n  apt-get install ${missing}\n")
 elseif(missing)
-  message(STATUS "There will be no tkvDvdCheck, since libdvdnav-dev is missing.")
+  message(STATUS "There will be no tkvDvdCheck, since ${missing} is missing.")
 endif()

@@ -51,8 +51,11 @@ void use(const Film& film) {
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string_view answer(reinterpret_cast<const char*>(data), size);
     Film film;
+    FilmSource source;
+    source.path = "/films/a.mp4";
+    source.files = {source.path};
     try {
-        film = filmFromAnswer({"/films/a.mp4", {"/films/a.mp4"}, 0, ""}, answer);
+        film = filmFromAnswer(source, answer);
     } catch (const DiscError&) {
         return 0;
     }

@@ -15,14 +15,17 @@
 #include <string>
 #include <string_view>
 
+#include "check/titles.h"
 #include "check/walk.h"
 
 // Walks a disc with libdvdnav, which players use:
 //
 //     tkvDvdCheck EXPECTATION.json DISC
+//     tkvDvdCheck --titles FOLDER
 //
-// Each fault is a line of the standard output, and without one what was looked at. Exit status 0:
-// the disc is as it is to be; 1: it is not; 2: nothing was looked at.
+// The second tells a disc's titles, as titlesOf returns them, with libdvdread. Each fault is a line
+// of the standard output, and without one what was looked at. Exit status 0: the disc is as it is
+// to be; 1: it is not; 2: nothing was looked at.
 
 namespace {
 
@@ -75,11 +78,18 @@ int check(const std::string& file, const std::string& disc) {
 
 int main(int argc, char** argv) {
     if (argc != 3) {
-        fmt::print(stderr, "Usage: tkvDvdCheck EXPECTATION.json DISC\n");
+        fmt::print(stderr,
+                   "Usage: tkvDvdCheck EXPECTATION.json DISC\n"
+                   "       tkvDvdCheck --titles FOLDER\n");
         return 2;
     }
     static_cast<void>(std::signal(SIGPROF, endByPatience));
     try {
+        if (argv[1] == std::string_view("--titles")) {
+            expectEnd("The titles");
+            tell(titlesOf(argv[2]));
+            return 0;
+        }
         return check(argv[1], argv[2]);
     } catch (const std::exception& error) {
         fmt::print(stderr, "tkvDvdCheck: {}\n", error.what());

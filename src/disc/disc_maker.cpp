@@ -62,8 +62,8 @@ void requireNothingLost(const Options& options, const FilmList& films) {
     }
 }
 
-FilmList safeFilms(const Options& options) {
-    FilmList films(options.project, options.keepsGoing);
+FilmList safeFilms(const Options& options, ProgramStop& stop) {
+    FilmList films(options.project, options.keepsGoing, stop);
     requireNothingLost(options, films);
     return films;
 }
@@ -89,7 +89,7 @@ class DiscMaker {
         : options_(options),
           stop_(stop),
           progress_(receiver),
-          films_(safeFilms(options)),
+          films_(safeFilms(options, stop)),
           folder_(options.output),
           workshop_(folder_.workPath(), stop,
                     {options.verifies, [this](std::string_view line) { progress_.say(line); }}) {}
@@ -253,8 +253,7 @@ class DiscMaker {
         pieces_ = {};
         for (const DiscFilm& film : plan_.films) {
             pieces_.films.push_back(filmName(film));
-            pieces_.palettes.push_back(
-                film.subtitles.empty() ? "" : subtitlePalette(subtitlesName(film)));
+            pieces_.palettes.push_back(subtitlePalette(film, workshop_));
         }
         folder_.requireSpace(neededSpace(plan_, pieces_.films, options_.makesImage, workshop_));
         FilmMaker maker(plan_, workshop_, progress_);

@@ -21,7 +21,7 @@ Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, Pro
     return outcomeOf([&] {
         requirePrograms({"ffprobe"});
         const Tools tools("", stop);
-        FilmList films(options.project, options.keepsGoing);
+        FilmList films(options.project, options.keepsGoing, stop);
         const auto passedOver = films.probe(stop, [&](const FilmSource& source) {
             return probedFilm(source, probeAnswer(source, tools), tools);
         });

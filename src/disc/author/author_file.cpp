@@ -143,6 +143,8 @@ class AuthorFile {
             pugi::xml_node stream = titles.append_child("subpicture");
             stream.append_attribute("lang") = subtitle.source.language.c_str();
             stream.append_attribute("content") = contentOf(subtitle.source.kind);
+            if (film.conversion.keepsSubtitles)
+                addStreams(stream, subtitle.source, film.conversion.isWide);
         }
         pugi::xml_node pgc = titles.append_child("pgc");
         if (!film.subtitles.empty())
@@ -165,6 +167,18 @@ class AuthorFile {
             if (each.isShown && each.source.kind == SubtitleKind::forced) track = i;
         }
         return fmt::format("subtitle = {};", track ? kFirstSubtitles + *track : kNoSubtitles);
+    }
+
+    // The streams of a copied film keep their numbers.
+    static void addStreams(pugi::xml_node& subpicture, const FilmSubtitle& own, bool isWide) {
+        constexpr int kFirstStream = 0x20;
+        const auto addStream = [&](const char* mode, int id) {
+            pugi::xml_node stream = subpicture.append_child("stream");
+            stream.append_attribute("id") = id - kFirstStream;
+            stream.append_attribute("mode") = mode;
+        };
+        addStream(isWide ? "widescreen" : "normal", own.id);
+        if (isWide) addStream("letterbox", own.letterboxedId);
     }
 
     // What the viewer has chosen stays from film to film. What a film has switched on is switched

@@ -12,10 +12,10 @@ namespace tkv::disc {
 /// Bytes of ffprobe's answer about a film; those of real ones take some thousands.
 inline constexpr std::size_t kMostAnswer = 64 << 20;
 
-/// Asks ffprobe about some files, as one input, and hands on the lines of its answer. `questions`:
-/// its arguments but for the input. Throws as Tools::run when it cannot read them, or answers more
+/// Asks ffprobe and hands on the lines of its answer. `input`: as inputWords returns it.
+/// `questions`: its other arguments. Throws as Tools::run when it cannot read them, or answers more
 /// than `most` bytes.
-void askFfprobe(const std::vector<std::string>& files, const std::vector<std::string>& questions,
+void askFfprobe(const std::vector<std::string>& input, const std::vector<std::string>& questions,
                 const Tools& tools, const Failure& failure,
                 const std::function<void(std::string_view line)>& onLine,
                 std::size_t most = kMostAnswer);

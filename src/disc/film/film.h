@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,7 @@ struct AudioTrack {
     std::int64_t bitRate = 0;     ///< bits a second; 0 when the file does not tell
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     int index = 0;                ///< among all streams of the sources
+    int id = 0;                   ///< the stream's number in the file, where it has one
     bool isWhole = true;          ///< Is it there all the time? False only once frames are counted.
     bool isUnbroken = true;       ///< Does each packet begin where the one before it ends?
     double late = 0;              ///< seconds after the film's first frame; below 0: before it
@@ -34,20 +36,15 @@ struct AudioTrack {
 /// Subtitle tracks of a disc's film. Those that a film has beyond are left out.
 inline constexpr std::size_t kMostSubtitles = 32;
 
-/// For whom subtitles are.
-enum class SubtitleKind {
-    normal,
-    hearing,     ///< for those who hear badly: they tell of sounds, too
-    commentary,  ///< of what somebody says about the film
-    forced,      ///< for those who understand the film's sound: signs, and what is said in others
-};
-
 /// What a track's codec is called whose text stands in the film's pictures (EIA-608).
 inline constexpr const char* kCaptions = "captions";
 
 struct FilmSubtitle {
-    std::string path;             ///< absolute, of a file of its own; empty: in the film
-    int index = 0;                ///< then: among all streams of the sources; else: of the file's
+    std::string path;  ///< absolute, of a file of its own; empty: in the film
+    /// Then among all streams of the sources, or -1, when it begins far behind; else of the file's.
+    int index = 0;
+    int id = 0;                   ///< the stream's number in the file, where it has one
+    int letterboxedId = 0;        ///< of a DVD's own: of displays that show the film between bars
     std::string codec;            ///< as ffmpeg calls it, or kCaptions
     std::string language = "xx";  ///< two letters of ISO 639-1; "xx" when unknown
     SubtitleKind kind = SubtitleKind::normal;
@@ -82,11 +79,13 @@ struct Film {
     VideoTrack video;
     std::vector<AudioTrack> audio;
     std::vector<FilmSubtitle> subtitles;  ///< its own; those for the disc once they are chosen
-    std::vector<int> fonts;               ///< attached to it: their places among all streams
-    std::vector<std::string> notes;       ///< what of it the disc lacks, and the like, in words
-    std::vector<Chapter> marks;           ///< its own, as they stand in the file
-    double start = 0;                     ///< of the file's own time, in seconds
-    double seconds = 0;          ///< by the file's word; by its frames once they are counted
+    /// Of its own subtitles, where it is a DVD's title that has some.
+    std::optional<DvdPalette> palette;
+    std::vector<int> fonts;          ///< attached to it: their places among all streams
+    std::vector<std::string> notes;  ///< what of it the disc lacks, and the like, in words
+    std::vector<Chapter> marks;      ///< its own, as they stand in the file
+    double start = 0;                ///< of the file's own time, in seconds
+    double seconds = 0;              ///< by the file's word; by its frames once they are counted
     double lost = 0;             ///< seconds before the first frame that can be decoded, as counted
     bool hasNavigation = false;  ///< DVD navigation packs
     /// Of each keyframe, in seconds from the first frame; empty until the frames are counted.

@@ -133,9 +133,19 @@ VideoTrack videoTrackOf(const Json& stream) {
     return video;
 }
 
+// "0x80"; 0 where there is none.
+int idOf(const Json& stream) {
+    const std::string text = textOf(stream, "id");
+    int number = 0;
+    if (text.starts_with("0x"))
+        std::from_chars(text.data() + 2, text.data() + text.size(), number, 16);
+    return number;
+}
+
 AudioTrack audioTrackOf(const Json& stream) {
     AudioTrack track;
     track.index = intOf(stream, "index");
+    track.id = idOf(stream);
     track.codec = textOf(stream, "codec_name");
     track.channels = intOf(stream, "channels");
     track.sampleRate = intOf(stream, "sample_rate");
@@ -147,6 +157,7 @@ AudioTrack audioTrackOf(const Json& stream) {
 FilmSubtitle subtitleOf(const Json& stream) {
     FilmSubtitle subtitle;
     subtitle.index = intOf(stream, "index");
+    subtitle.id = idOf(stream);
     subtitle.codec = textOf(stream, "codec_name");
     subtitle.language = discLanguage(tagOf(stream, "language", "LANGUAGE"));
     subtitle.kind = kindInTitle(tagOf(stream, "title", "TITLE"));

@@ -29,11 +29,14 @@ void keepFaultless(std::vector<Item>& items, const std::vector<std::optional<Fau
 
 }  // namespace
 
-FilmList::FilmList(Project project, bool keepsGoing)
+FilmList::FilmList(Project project, bool keepsGoing, ProgramStop& stop)
     : project_(std::move(project)), keepsGoing_(keepsGoing), sources_(project_.films.size()) {
     std::vector<std::optional<Fault>> faults;
     for (std::size_t i = 0; i < sources_.size(); ++i)
-        faults.push_back(faultOf([&] { sources_[i] = sourceOf(project_.films[i].path); }));
+        faults.push_back(faultOf([&] {
+            sources_[i] = sourceOf(project_.films[i].path);
+            takeLongestTitle(sources_[i], stop);
+        }));
     leaveOut(faults);
 }
 

@@ -16,10 +16,10 @@ namespace tkv::disc {
 /// end the run.
 class FilmList {
   public:
-    /// Looks for the films' files. `keepsGoing`: does the run go on without films that have a
-    /// fault? Else it ends with all that are found at once. Throws DiscError then, and where no
-    /// film is left.
-    FilmList(Project project, bool keepsGoing);
+    /// Looks for the films' files; of a DVD's title set its longest title is taken. `keepsGoing`:
+    /// does the run go on without films that have a fault? Else it ends with all that are found at
+    /// once. Throws DiscError then, and where no film is left.
+    FilmList(Project project, bool keepsGoing, ProgramStop& stop);
 
     /// What the person asks for, with the films that are left.
     const Project& project() const { return project_; }

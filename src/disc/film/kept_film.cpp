@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "disc/film/probe.h"
+#include "disc/film/title_facts.h"
 #include "disc/run/text_file.h"
 
 namespace tkv::disc {
@@ -55,11 +56,22 @@ void setCounts(Film& film, const Json& counts) {
 
 Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
     const Workshop::Lock lock(workshop, source.stamp);
-    const std::string name = workshop.result(
-        Workshop::nameOf("answer", ".json", {source.stamp}), [&](const std::string& made) {
-            writeText(workshop.path(made), probeAnswer(source, workshop.tools()));
-        });
-    return probedFilm(source, readText(workshop.path(name)), workshop.tools());
+    const auto probed = [&](const FilmSource& asked) {
+        std::vector<std::string> inputs{asked.stamp};
+        if (asked.looksFurther) inputs.emplace_back("looks further");
+        const std::string name = workshop.result(
+            Workshop::nameOf("answer", ".json", inputs), [&](const std::string& made) {
+                writeText(workshop.path(made), probeAnswer(asked, workshop.tools()));
+            });
+        return probedFilm(asked, readText(workshop.path(name)), workshop.tools());
+    };
+    Film film = probed(source);
+    if (!lacksSound(film)) return film;
+    FilmSource further = source;
+    further.looksFurther = true;
+    Film whole = probed(further);
+    // Tables may name sound that is nowhere.
+    return whole.audio.size() > film.audio.size() ? whole : film;
 }
 
 void countFramesOnce(Film& film, Workshop& workshop) {

@@ -15,6 +15,7 @@
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_answer.h"
 #include "disc/film/frame_counter.h"
+#include "disc/film/title_facts.h"
 #include "disc/run/fault.h"
 
 namespace tkv::disc {
@@ -40,7 +41,7 @@ void ask(const FilmSource& source, const std::vector<std::string>& questions, co
          const std::function<void(std::string_view)>& onLine, std::size_t most = kMostAnswer) {
     const std::string task = fmt::format("{} cannot be read as a film", source.path);
     try {
-        askFfprobe(source.files, questions, tools,
+        askFfprobe(inputWords(source), questions, tools,
                    {source.path, task, "Leave it out, or try whether ffplay shows it."}, onLine,
                    most);
     } catch (const NoFilm&) {
@@ -119,6 +120,7 @@ Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) 
     }
     Film film = filmFromAnswer(std::move(source), answer);
     findFields(film, tools);
+    addTitleFacts(film);
     return film;
 }
 

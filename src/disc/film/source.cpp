@@ -3,12 +3,15 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
+#include <utility>
 
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
 #include "system/files.h"
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -46,15 +49,38 @@ std::vector<std::string> largestTitle(const std::string& folder) {
     return largest;
 }
 
-// The files of a title, whose names ffmpeg is given with bars between.
+// A file of a title whose parts ffmpeg is given with bars between.
+void requireReadable(const std::string& file) {
+    if (file.find('|') == std::string::npos) return;
+    throw DiscError(
+        fmt::format("{} cannot be read, since a folder's name holds a '|'. Rename it.", file),
+        file);
+}
+
 const std::vector<std::string>& readable(const std::vector<std::string>& title) {
-    if (title.size() > 1 && title.front().find('|') != std::string::npos) {
-        throw DiscError(
-            fmt::format("{} cannot be read, since a folder's name holds a '|'. Rename it.",
-                        title.front()),
-            title.front());
-    }
+    if (title.size() > 1) requireReadable(title.front());
     return title;
+}
+
+// Some sectors of the files; none where the files are shorter.
+std::vector<FilePart> partsIn(const std::vector<std::string>& files, const SectorRange& range) {
+    std::vector<FilePart> parts;
+    std::int64_t start = 0, first = range.first * kSectorBytes;
+    const std::int64_t end = range.end * kSectorBytes;
+    for (const std::string& file : files) {
+        const std::int64_t bytes = bytesOf({file});
+        const std::int64_t here = std::min(end, start + bytes);
+        if (first < here) {
+            parts.push_back({file, first - start, here - start});
+            first = here;
+        }
+        start += bytes;
+    }
+    return first == end ? parts : std::vector<FilePart>{};
+}
+
+std::string nameOf(const FilePart& part) {
+    return fmt::format("subfile,,start,{},end,{},,:{}", part.first, part.end, part.path);
 }
 
 std::vector<std::string> filesOf(const std::string& path) {
@@ -95,10 +121,63 @@ FilmSource sourceOf(const std::string& path) {
     return source;
 }
 
-std::string inputName(const std::vector<std::string>& files) {
-    // Without the protocol's name, what stands before a colon would be taken for one.
-    if (files.size() == 1) return "file:" + files.front();
-    return fmt::format("concat:{}", fmt::join(files, "|"));
+int titleSetOf(const FilmSource& source) {
+    const auto part = dvdPartOf(source.files.front());
+    return part && part->isVob && part->number == 1 ? part->titleSet : 0;
+}
+
+bool takeTitle(FilmSource& source, DvdTitle title) {
+    std::vector<FilePart> parts;
+    for (const SectorRange& range : title.cells) {
+        const std::vector<FilePart> more = partsIn(source.files, range);
+        if (more.empty()) return false;
+        parts.insert(parts.end(), more.begin(), more.end());
+    }
+    const bool isWhole = title.cells == std::vector{SectorRange{0, source.bytes / kSectorBytes}};
+    // Angles can only be told from each other while they are played.
+    if (!isWhole && !title.isInterleaved) {
+        if (parts.size() > 1) requireReadable(source.files.front());
+        source.bytes = 0;
+        for (const FilePart& part : parts) {
+            source.bytes += part.end - part.first;
+            source.stamp += fmt::format("{} {}\n", part.first, part.end);
+        }
+        source.parts = std::move(parts);
+    }
+    source.title = std::move(title);
+    return true;
+}
+
+void takeLongestTitle(FilmSource& source, ProgramStop& stop) {
+    const int set = titleSetOf(source);
+    if (set == 0) return;
+    std::vector<DvdTitle> titles = dvdTitlesIn(parentFolder(source.files.front()), stop);
+    std::erase_if(titles, [&](const DvdTitle& title) { return title.titleSet != set; });
+    const auto longest = std::ranges::max_element(titles, {}, &DvdTitle::seconds);
+    if (longest != titles.end()) takeTitle(source, std::move(*longest));
+}
+
+// Without the protocol's name, what stands before a colon would be taken for one.
+std::string inputName(const std::string& file) {
+    return "file:" + file;
+}
+
+std::string inputName(const FilmSource& source) {
+    std::vector<std::string> names = source.files;
+    if (!source.parts.empty()) {
+        names.clear();
+        for (const FilePart& part : source.parts)
+            names.push_back(nameOf(part));
+        if (names.size() == 1) return names.front();
+    }
+    if (names.size() == 1) return inputName(names.front());
+    return fmt::format("concat:{}", fmt::join(names, "|"));
+}
+
+std::vector<std::string> inputWords(const FilmSource& source) {
+    if (!source.looksFurther) return {"-i", inputName(source)};
+    // Bytes and microseconds: a track that is silent at first may begin minutes later.
+    return {"-probesize", "1000000000", "-analyzeduration", "600000000", "-i", inputName(source)};
 }
 
 std::string stampOf(const std::vector<std::string>& files) {

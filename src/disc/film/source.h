@@ -1,17 +1,30 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "disc/film/dvd_titles.h"
+
 namespace tkv::disc {
+
+/// Some bytes of a file.
+struct FilePart {
+    std::string path;
+    std::int64_t first = 0, end = 0;  ///< behind the last
+    bool operator==(const FilePart&) const = default;
+};
 
 /// The files of a film, as they are on the disk now.
 struct FilmSource {
     std::string path;                ///< as asked for; messages name it
     std::vector<std::string> files;  ///< absolute; one, or the VOBs of a title in their order
-    std::int64_t bytes = 0;          ///< of all files together
+    std::vector<FilePart> parts;     ///< what is read of them, in order; empty: all
+    std::int64_t bytes = 0;          ///< of all that is read
     std::string stamp;               ///< differs after any of the files has changed
+    std::optional<DvdTitle> title;   ///< where they are those of a DVD's title set
+    bool looksFurther = false;       ///< do streams begin where ffmpeg does not look by itself?
 };
 
 /// The files that an absolute path stands for: itself, the VOBs of a VIDEO_TS folder's largest
@@ -19,9 +32,24 @@ struct FilmSource {
 /// or a folder holds no film.
 FilmSource sourceOf(const std::string& path);
 
-/// What is given to ffmpeg and ffprobe as the name of these files, whatever they are called.
-/// Several are read as one; their names then hold no '|'.
-std::string inputName(const std::vector<std::string>& files);
+/// The title set that a source's files are, from 1; 0 for all other films.
+int titleSetOf(const FilmSource& source);
+
+/// Has a source be a title of its set. False, and nothing is changed, where the title has sectors
+/// that the files have not. Throws as sourceOf.
+bool takeTitle(FilmSource& source, DvdTitle title);
+
+/// Has the source of a title set be its longest title, as far as the disc's tables tell. Throws as
+/// sourceOf, and Interrupted.
+void takeLongestTitle(FilmSource& source, ProgramStop& stop);
+
+/// What is given to ffmpeg and ffprobe as the name of a file or film, whatever it is called.
+/// Several files or parts are read as one; their names then hold no '|'.
+std::string inputName(const std::string& file);
+std::string inputName(const FilmSource& source);
+
+/// The same with the words before it: "-i" and its name.
+std::vector<std::string> inputWords(const FilmSource& source);
 
 /// Differs after any of the files has changed or been replaced.
 std::string stampOf(const std::vector<std::string>& files);

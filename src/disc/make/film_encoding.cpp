@@ -20,7 +20,7 @@ Arguments startedOn(const Film& film) {
     Arguments arguments = ffmpegStart();
     // Told often enough to say where a decoder complains.
     append(arguments, {"-stats_period", "0.1"});
-    append(arguments, {"-i", inputName(film.source.files)});
+    append(arguments, inputWords(film.source));
     return arguments;
 }
 
@@ -311,7 +311,7 @@ Arguments pictureCommand(const Film& film, const SourceColors& colors, const Mom
     // Raw streams have no times to look for.
     if (start > 0) append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
     append(arguments,
-           {"-i", inputName(film.source.files), "-map", fmt::format("0:{}", film.video.index)});
+           {"-i", inputName(film.source), "-map", fmt::format("0:{}", film.video.index)});
     std::string filters = stillFilters(film.video, colors, raster);
     if (moment.isExact) {
         const double from = seconds - start + (start > 0 ? 0 : film.video.start);

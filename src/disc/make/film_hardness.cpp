@@ -46,7 +46,7 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
         append(arguments,
                {"-noaccurate_seek", "-ss", fmt::format("{:.3f}", film.video.start + seconds)});
     }
-    append(arguments, {"-i", inputName(film.source.files)});
+    append(arguments, {"-i", inputName(film.source)});
     std::string outputs;
     for (const int quantiser : kLookQuantisers)
         outputs += fmt::format("[with{}]", quantiser);

@@ -29,14 +29,11 @@ std::optional<double> lastNumberAfter(const std::string& text, const char* word)
 
 Arguments loudnessCommand(const Film& film) {
     const int index = film.audio.empty() ? 0 : film.audio.front().index;
-    return {"ffmpeg",       "-nostdin",
-            "-hide_banner", "-nostats",
-            "-progress",    "pipe:1",
-            "-i",           inputName(film.source.files),
-            "-map",         fmt::format("0:{}", index),
-            "-af",          "ebur128=peak=true:framelog=verbose",
-            "-f",           "null",
-            "/dev/null"};
+    Arguments arguments{"ffmpeg", "-nostdin", "-hide_banner", "-nostats", "-progress", "pipe:1"};
+    append(arguments, inputWords(film.source));
+    append(arguments, {"-map", fmt::format("0:{}", index), "-af",
+                       "ebur128=peak=true:framelog=verbose", "-f", "null", "/dev/null"});
+    return arguments;
 }
 
 double gainFromAnswer(const std::string& answer) {

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <utility>
 
 #include "disc/make/film_loudness.h"
@@ -48,9 +49,48 @@ std::string damageName(const std::string& film) {
     return Workshop::nameOf("damage", ".txt", {film});
 }
 
-// The index of a film's subtitles, once they are made; empty without any.
+// The index of the subtitles that are drawn for a film, once they are made; empty without any.
 std::string indexOf(const DiscFilm& film) {
-    return film.subtitles.empty() ? "" : subtitleIndex(subtitlesName(film));
+    const std::string folder = subtitlesName(film);
+    return folder.empty() ? "" : subtitleIndex(folder);
+}
+
+// Whether a copied film's bytes stay what they are: it has navigation packs, and nothing is to be
+// added to its streams or left out of them.
+bool staysWhole(const DiscFilm& film) {
+    const Film& source = film.film;
+    if (!source.hasNavigation || source.audio.empty()) return false;
+    const auto& title = source.source.title;
+    const bool hasOwn = title && !title->subtitles.empty();
+    return hasOwn ? film.conversion.keepsSubtitles : film.subtitles.empty();
+}
+
+// Joins the parts of a source: those of a DVD's title are one stream.
+void join(const FilmSource& source, const std::string& output, const ProgramStop& stop,
+          Progress::Task& task) {
+    std::vector<FilePart> parts = source.parts;
+    for (const std::string& file : source.files) {
+        if (!source.parts.empty()) break;
+        parts.push_back({file, 0, static_cast<std::int64_t>(fs::file_size(file))});
+    }
+    std::ofstream made(output, std::ios::binary);
+    std::string bytes(std::size_t{4} << 20U, '\0');
+    std::int64_t done = 0;
+    for (const FilePart& part : parts) {
+        std::ifstream file(part.path, std::ios::binary);
+        file.seekg(part.first);
+        for (std::int64_t left = part.end - part.first; left > 0;) {
+            if (stop.isStopped()) throw Interrupted();
+            const auto count =
+                std::min<std::int64_t>(left, static_cast<std::int64_t>(bytes.size()));
+            if (!file.read(bytes.data(), count)) failOn(part.path, "read");
+            if (!made.write(bytes.data(), count)) failOn(output, "written");
+            left -= count;
+            done += count;
+            task.reach(static_cast<double>(done) / static_cast<double>(source.bytes));
+        }
+    }
+    if (!made.flush()) failOn(output, "written");
 }
 
 }  // namespace
@@ -61,7 +101,7 @@ std::string filmName(const DiscFilm& film) {
     if (conversion.isCopied) {
         const std::string_view extension = film.film.hasNavigation ? ".vob" : ".mpg";
         std::vector<std::string> inputs{source.path, source.stamp, "copied"};
-        if (!film.subtitles.empty()) inputs.push_back(indexOf(film));
+        if (!staysWhole(film)) inputs.push_back("in streams " + indexOf(film));
         return Workshop::nameOf("film", extension, inputs);
     }
     EncoderRun run;
@@ -105,14 +145,16 @@ std::vector<std::string> FilmMaker::make(const DiscFilm& film) {
     return names;
 }
 
-// A film with navigation packs is read where it is; another is put into a stream of its own.
+// A film that stays whole is read where it is, if it is one file; another is put into a stream of
+// its own.
 void FilmMaker::copy(const DiscFilm& film, const std::string& name) {
     const Film& source = film.film;
     Progress::Task task = taskFor(progress_, "Copying", film, weightOf(film.conversion));
     const std::string made = Workshop::unfinished(name);
     const std::string path = workshop_.path(made);
-    if (source.hasNavigation && source.source.files.size() == 1 && !source.audio.empty() &&
-        film.subtitles.empty()) {
+    if (staysWhole(film) && (source.source.files.size() > 1 || !source.source.parts.empty())) {
+        join(source.source, path, workshop_.tools().stop(), task);
+    } else if (staysWhole(film)) {
         std::error_code error;
         fs::create_symlink(source.source.files.front(), path, error);
         if (error) fs::copy_file(source.source.files.front(), path);

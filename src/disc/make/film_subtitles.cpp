@@ -171,6 +171,10 @@ class BitmapDrawing {
     Cue shown_;
 };
 
+std::string palettePath(const std::string& folder) {
+    return folder + "/film.rgb";
+}
+
 std::string notePath(const std::string& folder) {
     return folder + "/note";
 }
@@ -207,7 +211,7 @@ void writeSubtitles(const DiscFilm& film, const std::string& folder, const Works
     }
     const VobSub made = vobSubOf(std::move(tracks));
     writeText(workshop.path(subtitleIndex(folder)), made.index);
-    writeText(workshop.path(subtitlePalette(folder)), made.palette);
+    writeText(workshop.path(palettePath(folder)), made.palette);
     writeText(workshop.path(notePath(folder)), note);
     const std::string packs = workshop.path(withoutExtension(subtitleIndex(folder)) + ".sub");
     if (!writeFile(packs, made.packs)) failOn(packs, "written");
@@ -216,7 +220,7 @@ void writeSubtitles(const DiscFilm& film, const std::string& folder, const Works
 }  // namespace
 
 std::string subtitlesName(const DiscFilm& film) {
-    if (film.subtitles.empty()) return {};
+    if (film.subtitles.empty() || film.conversion.keepsSubtitles) return {};
     const Conversion& conversion = film.conversion;
     const SubtitleFrame frame = frameOf(film);
     std::vector<std::string> inputs{
@@ -239,13 +243,22 @@ std::string subtitleIndex(const std::string& folder) {
     return folder + "/film.idx";
 }
 
-std::string subtitlePalette(const std::string& folder) {
-    return folder + "/film.rgb";
+std::string subtitlePalette(const DiscFilm& film, Workshop& workshop) {
+    if (film.subtitles.empty()) return {};
+    if (!film.conversion.keepsSubtitles) return palettePath(subtitlesName(film));
+    // By any name that does not end like that of colours in RGB, dvdauthor takes them for what a
+    // disc has; so nothing is rounded.
+    std::string lines;
+    for (const std::uint32_t color : film.film.palette.value_or(DvdPalette{}))
+        lines += fmt::format("{:06x}\n", color);
+    return workshop.result(Workshop::nameOf("palette", ".yuv", {lines}),
+                           [&](const std::string& made) { writeText(workshop.path(made), lines); });
 }
 
 std::string makeSubtitles(const DiscFilm& film, Workshop& workshop) {
-    if (film.subtitles.empty()) return {};
-    const std::string name = workshop.result(subtitlesName(film), [&](const std::string& made) {
+    const std::string folder = subtitlesName(film);
+    if (folder.empty()) return {};
+    const std::string name = workshop.result(folder, [&](const std::string& made) {
         std::filesystem::create_directory(workshop.path(made));
         writeSubtitles(film, made, workshop);
     });

@@ -82,10 +82,10 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
     }
     const DiscFilm& first = plan.films.front();
     if (project.music && project.music != kNone) {
-        setting.sound = {inputName({*project.music}), 0, stampOf({*project.music})};
+        setting.sound = {inputName(*project.music), 0, stampOf({*project.music})};
     } else if (!project.music && !first.film.audio.empty()) {
         const FilmSource& source = first.film.source;
-        setting.sound = {inputName(source.files), first.span.from, source.stamp};
+        setting.sound = {inputName(source), first.span.from, source.stamp};
     }
     return setting;
 }

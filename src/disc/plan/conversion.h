@@ -73,7 +73,8 @@ struct DiscTrack {
 /// reads it here.
 struct Conversion {
     Standard standard = Standard::pal;
-    bool isCopied = false;  ///< its pictures and sound stay as they are
+    bool isCopied = false;        ///< its pictures and sound stay as they are
+    bool keepsSubtitles = false;  ///< and its own subtitles, which nothing is drawn beside
     FieldSource fields = FieldSource::none;
     bool isPulledDown = false;  ///< is it cinema's 24 pictures, with flags that make them 29.97?
     bool isTopFirst = false;    ///< of the film's own fields: is the upper one shown first?

@@ -72,8 +72,6 @@ std::vector<DiscFilm> recordsOf(const Project& project, std::vector<Film> films)
         record.request = project.films[i];
         record.film = std::move(films[i]);
         record.caption = captions[i];
-        record.subtitles =
-            discSubtitles(record.film, record.request.shown.value_or(project.subtitles));
         record.span = spanOf(record.request, record.film);
     }
     return records;
@@ -84,13 +82,27 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
     conversion = conversionOf(film.film, standard, isCopied);
     conversion.evensLoudness = project.evenVolume;
     conversion.keepsPitch = project.keepsPitch;
-    conversion.subtitleRate = static_cast<int>(film.subtitles.size()) * kSubtitleRate;
+    conversion.keepsSubtitles = isCopied && mayKeepSubtitles(film.film);
+    film.subtitles = discSubtitles(film.film, conversion.keepsSubtitles,
+                                   film.request.shown.value_or(project.subtitles));
+    conversion.subtitleRate =
+        conversion.keepsSubtitles ? 0 : static_cast<int>(film.subtitles.size()) * kSubtitleRate;
     setSound(film.film, kStereoRate, conversion);
     ChapterList list = chaptersOf(film.request, film.film, project.chapters, conversion);
     conversion.chapters = std::move(list.chapters);
     film.chaptersLeftOut = list.leftOut;
     const bool hasMenu = project.hasMenu && list.hasMenu;
     film.chapterPages.count = hasMenu ? pagesFor(conversion.chapters.size()) : 0;
+}
+
+// Pictures of subtitles that a copy would have kept.
+void noteSubtitles(DiscFilm& film) {
+    const std::size_t lost = film.film.subtitles.size() - film.subtitles.size();
+    if (lost == 0) return;
+    film.film.subtitleNotes.push_back(
+        fmt::format("{} of its subtitles are pictures (dvd_subtitle), and left out, since it is "
+                    "not copied with them alone",
+                    lost));
 }
 
 // What the keys do that belong to no page.
@@ -195,6 +207,7 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
         DiscFilm* const largest = rates.missing > 0 ? largestCopied(plan.films) : nullptr;
         if (largest == nullptr) {
             setRates(plan, rates);
+            std::ranges::for_each(plan.films, noteSubtitles);
             return plan;
         }
         convert(*largest, project, plan.standard, false);

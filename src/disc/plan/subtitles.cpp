@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "disc/project/project.h"
+#include "disc/subtitle/choice.h"
 
 namespace tkv::disc {
 
@@ -30,12 +31,21 @@ DiscSubtitle* find(std::vector<DiscSubtitle>& subtitles, SubtitleKind kind,
 
 }  // namespace
 
-std::vector<DiscSubtitle> discSubtitles(const Film& film, std::string_view shown) {
+bool mayKeepSubtitles(const Film& film) {
+    const auto isOwn = [](const FilmSubtitle& subtitle) {
+        return subtitle.path.empty() && subtitle.codec == "dvd_subtitle";
+    };
+    return film.palette && film.hasNavigation && !film.audio.empty() && !film.subtitles.empty() &&
+           std::ranges::all_of(film.subtitles, isOwn);
+}
+
+std::vector<DiscSubtitle> discSubtitles(const Film& film, bool keepsOwn, std::string_view shown) {
     std::vector<DiscSubtitle> subtitles;
     subtitles.reserve(film.subtitles.size());
-    for (const FilmSubtitle& each : film.subtitles)
-        subtitles.push_back({each, false});
-    std::ranges::stable_sort(subtitles, {}, placeOf);
+    for (const FilmSubtitle& each : film.subtitles) {
+        if (keepsOwn || areDrawable(each)) subtitles.push_back({each, false});
+    }
+    if (!keepsOwn) std::ranges::stable_sort(subtitles, {}, placeOf);
     if (shown == kNone) return subtitles;
 
     DiscSubtitle* first = nullptr;

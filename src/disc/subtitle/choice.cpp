@@ -28,8 +28,9 @@ constexpr std::array<std::string_view, 16> kFilms{"mkv", "mp4", "m4v",  "mov", "
                                                   "vob", "ts",  "m2ts", "mts", "mxf", "webm",
                                                   "wmv", "flv", "ogv",  "mpeg"};
 
-bool isKnown(const FilmSubtitle& subtitle) {
-    return std::ranges::find(kCodecs, subtitle.codec) != kCodecs.end();
+// A DVD's own, whose colours are known.
+bool areCopied(const FilmSubtitle& subtitle, const Film& film) {
+    return film.palette && subtitle.path.empty() && subtitle.codec == "dvd_subtitle";
 }
 
 // Whether a subtitle file belongs to another film, whose longer name it begins with.
@@ -120,6 +121,10 @@ std::vector<FilmSubtitle> allOf(const FilmRequest& request, Film& film) {
 
 }  // namespace
 
+bool areDrawable(const FilmSubtitle& subtitle) {
+    return subtitle.index >= 0 && std::ranges::find(kCodecs, subtitle.codec) != kCodecs.end();
+}
+
 std::vector<FilmSubtitle> subtitlesBeside(const std::string& film) {
     const std::string folder = parentFolder(film), stem = withoutExtension(lastComponent(film));
     const auto names = folderNames(folder).value_or(std::vector<std::string>{});
@@ -149,7 +154,7 @@ void chooseSubtitles(const FilmRequest& request, const Project& project, Film& f
     std::size_t beyond = 0;
     if (areUnwanted) film.subtitles.clear();
     for (FilmSubtitle& each : areUnwanted ? std::vector<FilmSubtitle>{} : allOf(request, film)) {
-        if (!isKnown(each)) {
+        if (!areDrawable(each) && !areCopied(each, film)) {
             film.notes.push_back(
                 fmt::format("{} holds subtitles that cannot be read ({}), and is left out",
                             nameOf(each, film), each.codec));

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -111,6 +112,7 @@ class TextReader {
     void run() {
         for (std::size_t i = 0; i < film_.subtitles.size(); ++i) {
             const FilmSubtitle& subtitle = film_.subtitles[i];
+            if (!areDrawable(subtitle)) continue;
             const std::string name = nameIn(folder_, i, subtitle);
             if (!subtitle.path.empty()) {
                 readFile(subtitle, name);
@@ -231,7 +233,10 @@ class TextReader {
         }
         // Where no stream of the film is wanted, it need not be read. Without any offset ffmpeg has
         // MPEG's streams begin at 0 with the first that is wanted.
-        if (readsFilm_) add({"-itsoffset", "0.000001", "-i", inputName(film_.source.files)});
+        if (readsFilm_) {
+            add({"-itsoffset", "0.000001"});
+            add(inputWords(film_.source));
+        }
         for (std::size_t i = 0; i < inputs_.size(); ++i)
             add({"-f", formats_[i], "-i", inputs_[i]});
         for (const Output& output : outputs_) {
@@ -256,7 +261,7 @@ class TextReader {
 }  // namespace
 
 void readSubtitles(Film& film, Workshop& workshop) {
-    if (film.subtitles.empty()) return;
+    if (std::ranges::none_of(film.subtitles, areDrawable)) return;
     const Workshop::Lock lock(workshop, film.source.stamp);
     const std::string folder = workshop.result(Workshop::nameOf("texts", "", inputsOf(film)),
                                                [&](const std::string& made) {
@@ -265,6 +270,7 @@ void readSubtitles(Film& film, Workshop& workshop) {
                                                });
     for (std::size_t i = 0; i < film.subtitles.size(); ++i) {
         FilmSubtitle& subtitle = film.subtitles[i];
+        if (!areDrawable(subtitle)) continue;
         subtitle.text = nameIn(folder, i, subtitle);
         const std::string name = nameOf(subtitle, film);
         const std::string guess = readText(workshop.path(guessPath(subtitle.text)));
@@ -279,8 +285,9 @@ void readSubtitles(Film& film, Workshop& workshop) {
                 fmt::format("{} does not tell its encoding; it was read as {}", name, guess));
         }
     }
-    std::erase_if(film.subtitles,
-                  [](const FilmSubtitle& subtitle) { return subtitle.text.empty(); });
+    std::erase_if(film.subtitles, [](const FilmSubtitle& subtitle) {
+        return subtitle.text.empty() && areDrawable(subtitle);
+    });
 }
 
 std::string dvbSource(const std::string& text) {
