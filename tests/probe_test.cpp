@@ -210,7 +210,7 @@ TEST(Probe, TakesTheLargestTitleOfADvd) {
     EXPECT_EQ(sourceOf(folder.file("VIDEO_TS")).files, second);
     EXPECT_EQ(sourceOf(second[0]).files, second);
     EXPECT_EQ(sourceOf(second[1]).files, Strings{second[1]});
-    EXPECT_EQ(inputName(second), "concat:" + second[0] + "|" + second[1]);
+    EXPECT_EQ(inputName(sourceOf(folder.path())), "concat:" + second[0] + "|" + second[1]);
     fs::remove_all(sets);
     EXPECT_THROW(sourceOf(folder.path()), DiscError);
 }

@@ -111,6 +111,7 @@ TEST(Subtitles, AreOrderedAndShown) {
     film.audio[0].language = "en";
     const auto add = [&](const char* language, SubtitleKind kind, bool isDefault = false) {
         FilmSubtitle subtitle;
+        subtitle.codec = "subrip";
         subtitle.language = language;
         subtitle.kind = kind;
         subtitle.isDefault = isDefault;
@@ -125,7 +126,7 @@ TEST(Subtitles, AreOrderedAndShown) {
          {std::pair("auto", 4), std::pair("fr", 2), std::pair("de", 4), std::pair("none", -1)}) {
         std::string words;
         int found = -1;
-        for (const DiscSubtitle& each : discSubtitles(film, shown)) {
+        for (const DiscSubtitle& each : discSubtitles(film, false, shown)) {
             if (each.isShown) found = static_cast<int>(std::ranges::count(words, ','));
             words += wordsOf(each.source) + ",";
         }
