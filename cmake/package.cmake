@@ -61,6 +61,7 @@ tkvDvdCheck reads a DVD-Video disc and presses its buttons by means of
 libdvdnav, as players do, and tells where it does not lead where it should,
 or has data that come too late for a player.
 
-tkvDvdDisc starts it when it has written a disc.")
+tkvDvdDisc starts it when it has written a disc, and has it read the tables
+of DVDs from which films are copied.")
 
 include(CPack)

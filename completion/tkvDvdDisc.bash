@@ -20,12 +20,13 @@ _tkvDvdDisc() {
             [[ ${COMPREPLY-} != *= ]] || compopt -o nospace
             ;;
         --subtitles) COMPREPLY=($(compgen -W 'auto none de en es fr it ja nl pt' -- "$cur")) ;;
+        --titles) COMPREPLY=($(compgen -W 'all longest' -- "$cur")) ;;
         --volume) COMPREPLY=($(compgen -W 'keep even' -- "$cur")) ;;
         --pitch) COMPREPLY=($(compgen -W 'keep film' -- "$cur")) ;;
         --language) COMPREPLY=($(compgen -W 'de en es fr it ja nl pt' -- "$cur")) ;;
         --label)
             COMPREPLY=($(compgen -S = -W 'play-all play-film previous next menu chapters chapter
-                minutes languages sound subtitles no-subtitles' -- "$cur"))
+                title minutes languages sound subtitles no-subtitles' -- "$cur"))
             compopt -o nospace
             ;;
         --title) ;;
@@ -34,7 +35,7 @@ _tkvDvdDisc() {
             if [[ $cur == -* ]]; then
                 COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean
                     --keep-going --verify --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
-                    --chapters --subtitles --volume --pitch --language --label --help --version' -- "$cur"))
+                    --chapters --subtitles --titles --volume --pitch --language --label --help --version' -- "$cur"))
             else
                 _filedir "@(toml|$films)"
             fi

@@ -11,7 +11,7 @@ _tkvDvdDisc_file_or_none() {
 }
 
 _tkvDvdDisc_label() {
-    compadd -S = play-all play-film previous next menu chapters chapter minutes \
+    compadd -S = play-all play-film previous next menu chapters chapter title minutes \
         languages sound subtitles no-subtitles
 }
 
@@ -39,6 +39,7 @@ _arguments -S \
     '--size=[the blank disc]:disc:((dvd5\:"4.7 GB" dvd9\:"8.5 GB"))' \
     '--chapters=[which films have a chapter menu]:rule:_tkvDvdDisc_chapters' \
     '--subtitles=[on demand, none, or a language to show]:which:(auto none de en es fr it ja nl pt)' \
+    '--titles=[of DVDs]:which:(all longest)' \
     '--volume=[loudness of the films]:how:(keep even)' \
     '--pitch=[of the sound of films that play faster]:how:(keep film)' \
     '--language=[language of the menus]:language:(de en es fr it ja nl pt)' \

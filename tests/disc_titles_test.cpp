@@ -1,4 +1,3 @@
-#include "disc/film/dvd_titles.h"
 #include "disc_films.h"
 
 // Discs that are made of other DVDs.
@@ -54,6 +53,57 @@ TEST_F(Films, StayWholeWhenADvdIsCopied) {
     for (const char* name : {"VTS_01_0.IFO", "VTS_01_0.BUP"})
         folder_.write("first/disc/VIDEO_TS/" + std::string(name), damaged);
     EXPECT_NE(makeDisc("first/disc --preview -o out").find("copied as it is\n"), std::string::npos);
+}
+
+TEST_F(Films, AreAllTitlesOfADvd) {
+    std::string titles;
+    for (const auto& [color, seconds] : {std::pair("red", 11), std::pair("blue", 12),
+                                         std::pair("lime", 2), std::pair("lime", 3)}) {
+        const std::string name = fmt::format("{}{}.vob", color, seconds);
+        make(name, fmt::format("-f lavfi -i color={0}:s=352x288:r=25:d={1} -f lavfi -i "
+                               "sine=r=48000:d={1} -t {1} -target pal-dvd -s 352x288 -aspect 4:3",
+                               color, seconds));
+        titles += fmt::format("<pgc><vob file='{}'/></pgc>", file(name));
+    }
+    folder_.write("dvd.xml", fmt::format("<dvdauthor><vmgm/><titleset><titles><audio lang='nl'/>{}"
+                                         "</titles></titleset></dvdauthor>",
+                                         titles));
+    run(fmt::format("cd {}; VIDEO_FORMAT=PAL dvdauthor -o dvd -x dvd.xml 2>&1", folder_.path()));
+    // The last title becomes another name of the first.
+    std::string tables = readText(file("dvd/VIDEO_TS/VIDEO_TS.IFO"));
+    const auto sector = static_cast<unsigned char>(tables.at(0xC7));
+    const std::size_t number = sector * 2048UL + 8 + 3 * 12 + 7;
+    ASSERT_EQ(tables.at(number), 4);
+    tables[number] = 1;
+    folder_.write("dvd/VIDEO_TS/VIDEO_TS.IFO", tables);
+
+    const std::string said = makeDisc("dvd --no-menu --no-image -o out");
+    for (const char* line :
+         {"PAL, 2 films, 0:23,", "dvd, title 1, 352 x 288", "dvd, title 2, 352 x 288",
+          "left out: 1 shorter title of dvd (0:02)\n",
+          "left out: 1 title of dvd, which others contain (0:11)\n", "status 0\n"})
+        EXPECT_NE(said.find(line), std::string::npos) << line << said;
+    const std::string sets = file("out/disc/VIDEO_TS/");
+    EXPECT_TRUE(near(colorAt(sets + "VTS_01_1.VOB", 10.5, "crop=100:100"), {253, 2, 2, 255}, 6));
+    EXPECT_TRUE(near(colorAt(sets + "VTS_02_1.VOB", 0.2, "crop=100:100"), {2, 2, 253, 255}, 6));
+    const std::string told = tablesOf(file("out/disc"));
+    EXPECT_NE(told.find("Length: 00:00:12.000"), std::string::npos) << told;
+    EXPECT_NE(told.find("Language: nl"), std::string::npos) << told;
+
+    // A project file names them one by one.
+    expectDisc("dvd --write all.toml");
+    const std::string project = readText(file("all.toml"));
+    EXPECT_NE(project.find("path = \"dvd\"\ntitle = 2\ncaption = \"Title 2\"\n"), std::string::npos)
+        << project;
+    folder_.write("one.toml", "[[film]]\npath = 'dvd'\ntitle = 2\n");
+    folder_.write("none.toml", "[[film]]\npath = 'dvd'\ntitle = 5\n");
+    for (const auto& [words, line] :
+         {std::pair("all.toml", "PAL, 2 films, 0:23,"),
+          std::pair("one.toml", "0:12  dvd, title 2,"),
+          std::pair("dvd --titles longest", "left out: 3 shorter titles of dvd (0:11, 0:02, 0:11)"),
+          std::pair("none.toml", "has no title 5 that could be read")})
+        EXPECT_NE(makeDisc(std::string(words) + " --preview -o out").find(line), std::string::npos)
+            << line;
 }
 
 }  // namespace tkv::test::disc

@@ -161,10 +161,9 @@ class DiscMaker {
             }
         });
         if (!options_.isPreview) {
-            films_.visit([&](Film& film, const FilmRequest&) {
-                const Progress::Task task(
-                    progress_, fmt::format("Looking through {}", lastComponent(film.source.path)),
-                    0);
+            films_.visit([&](Film& film, const FilmRequest& request) {
+                const Progress::Task task(progress_,
+                                          fmt::format("Looking through {}", shortName(request)), 0);
                 countFramesOnce(film, workshop_);
                 readSubtitles(film, workshop_);
             });
@@ -190,8 +189,7 @@ class DiscMaker {
         sideBySide(faults.size(), stop_, [&](std::size_t number) {
             const DiscFilm& film = plan_.films[number];
             const Progress::Task task(
-                progress_, fmt::format("Looking at {}", lastComponent(film.request.path)),
-                kLookingWeight);
+                progress_, fmt::format("Looking at {}", shortName(film.request)), kLookingWeight);
             const Workshop::Lock lock(workshop_, film.film.source.stamp);
             faults[number] = faultOf([&] { lookAt(film, workshop_); });
         });
@@ -222,8 +220,8 @@ class DiscMaker {
         sideBySide(plan_.films.size(), stop_, [&](std::size_t number) {
             DiscFilm& film = plan_.films[number];
             if (film.conversion.isCopied) return;
-            const Progress::Task task(
-                progress_, fmt::format("Looking at {}", lastComponent(film.request.path)), 0);
+            const Progress::Task task(progress_,
+                                      fmt::format("Looking at {}", shortName(film.request)), 0);
             const Workshop::Lock lock(workshop_, film.film.source.stamp);
             film.hardness = hardnessOf(film, workshop_);
         });

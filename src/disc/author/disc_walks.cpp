@@ -7,7 +7,7 @@
 #include <utility>
 #include <vector>
 
-#include "system/paths.h"
+#include "disc/project/names.h"
 
 namespace tkv::disc {
 
@@ -158,8 +158,8 @@ class Walk {
 
     void end() {
         const std::size_t film = viewer_.film();
-        const std::string what = fmt::format("The end of film {} ({})", film + 1,
-                                             lastComponent(plan_.films[film].request.path));
+        const std::string what =
+            fmt::format("The end of film {} ({})", film + 1, shortName(plan_.films[film].request));
         viewer_.end();
         add({{"key", "end"}}, what);
     }
@@ -293,8 +293,7 @@ std::string discWalks(const DiscPlan& plan) {
     Json films = Json::array();
     for (const DiscFilm& film : plan.films) {
         // When a copied film's packs come is its author's matter.
-        films.push_back(
-            {{"name", lastComponent(film.request.path)}, {"timed", !film.conversion.isCopied}});
+        films.push_back({{"name", shortName(film.request)}, {"timed", !film.conversion.isCopied}});
     }
     const Json walks{{"films", std::move(films)},
                      {"start", Viewer(plan).spot()},

@@ -60,6 +60,22 @@ std::optional<std::tm> momentIn(const std::string& text) {
     return moment;
 }
 
+// Of each request, which of a DVD's titles it is among those of the disc, from 1; 0 where it is the
+// only one, or no DVD's.
+std::vector<int> titleNumbers(const std::vector<FilmRequest>& requests) {
+    std::vector<int> numbers;
+    for (auto request = requests.begin(); request != requests.end(); ++request) {
+        const auto isSame = [&](const FilmRequest& other) {
+            return other.title > 0 && other.path == request->path;
+        };
+        const bool isOfSeveral = request->title > 0 && std::ranges::count_if(requests, isSame) > 1;
+        numbers.push_back(
+            isOfSeveral ? static_cast<int>(std::count_if(requests.begin(), request + 1, isSame))
+                        : 0);
+    }
+    return numbers;
+}
+
 std::string ownCaption(const FilmRequest& request, const Film& film, const std::string& language) {
     std::string caption = captionOf(request, film.title);
     const std::string name = withoutExtension(lastComponent(request.path));
@@ -91,10 +107,20 @@ std::optional<std::vector<std::string>> withoutNumbers(const std::vector<std::st
 }  // namespace
 
 std::vector<std::string> captionsOf(const std::vector<FilmRequest>& requests,
-                                    const std::vector<Film>& films, const std::string& language) {
+                                    const std::vector<Film>& films, const Labels& labels) {
+    const std::vector<int> numbers = titleNumbers(requests);
+    const bool isOneDvd = std::ranges::all_of(requests, [&](const FilmRequest& request) {
+        return request.path == requests.front().path;
+    });
     std::vector<std::string> captions;
-    for (std::size_t i = 0; i < films.size(); ++i)
-        captions.push_back(ownCaption(requests[i], films[i], language));
+    for (std::size_t i = 0; i < films.size(); ++i) {
+        std::string caption = ownCaption(requests[i], films[i], labels.language);
+        if (numbers[i] > 0 && !requests[i].caption) {
+            const std::string title = withNumber(labels.title, numbers[i]);
+            caption = isOneDvd ? title : caption + ", " + title;
+        }
+        captions.push_back(std::move(caption));
+    }
     const bool areGiven = std::ranges::any_of(
         requests, [](const FilmRequest& request) { return request.caption.has_value(); });
     if (areGiven || captions.size() < 2) return captions;

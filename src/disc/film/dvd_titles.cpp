@@ -17,12 +17,12 @@ using Json = nlohmann::json;
 
 // The library that reads the tables is under the GPL, and stays in a process of its own: a table so
 // damaged that the library gives up ends no more than that.
-constexpr const char* kProgram = "tkvDvdCheck";
+constexpr const char* kTableReader = "tkvDvdCheck";
 
 // Bytes of its answer; that of 99 titles with 99 chapters takes less than one of them.
-constexpr std::size_t kMostAnswer = 16 << 20;
+constexpr std::size_t kMostTables = 16 << 20;
 
-SubtitleKind kindOf(std::string_view word) {
+SubtitleKind kindNamed(std::string_view word) {
     if (word == "hearing") return SubtitleKind::hearing;
     if (word == "commentary") return SubtitleKind::commentary;
     return word == "forced" ? SubtitleKind::forced : SubtitleKind::normal;
@@ -33,7 +33,7 @@ std::vector<DvdStream> streamsFrom(const Json& list) {
     for (const Json& each : list) {
         const DvdStream stream{
             each.at("stream").get<int>(), discLanguage(each.at("language").get<std::string>()),
-            kindOf(each.at("kind").get<std::string>()), each.value("letterboxed", 0)};
+            kindNamed(each.at("kind").get<std::string>()), each.value("letterboxed", 0)};
         // Two names for one stream are one track of a copy.
         if (std::ranges::find(streams, stream.id, &DvdStream::id) == streams.end())
             streams.push_back(stream);
@@ -80,11 +80,11 @@ std::vector<DvdTitle> dvdTitlesFrom(const std::string& json) {
 std::vector<DvdTitle> dvdTitlesIn(const std::string& folder, ProgramStop& stop) {
     std::string answer;
     Program program;
-    program.command = {programBeside(kProgram), "--titles", folder};
+    program.command = {programBeside(kTableReader), "--titles", folder};
     program.onOutput = [&](std::string_view line) { answer += line; };
     // The library talks about what it does without.
     program.onError = [](std::string_view) {};
-    program.mostOutput = kMostAnswer;
+    program.mostOutput = kMostTables;
     if (program.command.front().empty()) return {};
     const ProgramEnd end = runProgram(std::move(program), stop);
     if (end.how == ProgramEnd::How::stopped) throw Interrupted();

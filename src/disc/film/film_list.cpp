@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "disc/film/film_sources.h"
 #include "disc/run/parallel_tasks.h"
 #include "system/paths.h"
 
@@ -30,14 +31,21 @@ void keepFaultless(std::vector<Item>& items, const std::vector<std::optional<Fau
 }  // namespace
 
 FilmList::FilmList(Project project, bool keepsGoing, ProgramStop& stop)
-    : project_(std::move(project)), keepsGoing_(keepsGoing), sources_(project_.films.size()) {
-    std::vector<std::optional<Fault>> faults;
-    for (std::size_t i = 0; i < sources_.size(); ++i)
-        faults.push_back(faultOf([&] {
-            sources_[i] = sourceOf(project_.films[i].path);
-            takeLongestTitle(sources_[i], stop);
-        }));
-    leaveOut(faults);
+    : project_(std::move(project)), keepsGoing_(keepsGoing) {
+    for (const FilmRequest& request : std::exchange(project_.films, {})) {
+        if (const auto fault = faultOf([&] { find(request, stop); })) leftOut_.push_back(*fault);
+    }
+    requireEnough();
+}
+
+void FilmList::find(const FilmRequest& request, ProgramStop& stop) {
+    std::vector<FilmSource> found = sourcesOf(request, project_.hasAllTitles, stop);
+    const bool areSeveral = found.size() > 1;
+    for (FilmSource& source : found) {
+        FilmRequest& film = project_.films.emplace_back(request);
+        if (areSeveral) film.title = source.title->number;
+        sources_.push_back(std::move(source));
+    }
 }
 
 std::vector<std::string> FilmList::probe(ProgramStop& stop,
@@ -84,6 +92,10 @@ void FilmList::leaveOut(const std::vector<std::optional<Fault>>& faults) {
     for (const std::optional<Fault>& fault : faults) {
         if (fault) leftOut_.push_back(*fault);
     }
+    requireEnough();
+}
+
+void FilmList::requireEnough() const {
     if (!leftOut_.empty() && (!keepsGoing_ || project_.films.empty())) throw DiscError(leftOut_);
 }
 

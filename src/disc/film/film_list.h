@@ -16,9 +16,9 @@ namespace tkv::disc {
 /// end the run.
 class FilmList {
   public:
-    /// Looks for the films' files; of a DVD's title set its longest title is taken. `keepsGoing`:
-    /// does the run go on without films that have a fault? Else it ends with all that are found at
-    /// once. Throws DiscError then, and where no film is left.
+    /// Looks for the films' files; a request for a DVD becomes one for each of its titles.
+    /// `keepsGoing`: does the run go on without films that have a fault? Else it ends with all that
+    /// are found at once. Throws DiscError then, and where no film is left.
     FilmList(Project project, bool keepsGoing, ProgramStop& stop);
 
     /// What the person asks for, with the films that are left.
@@ -46,6 +46,9 @@ class FilmList {
     void leaveOut(const std::vector<std::optional<Fault>>& faults);
 
   private:
+    void find(const FilmRequest& request, ProgramStop& stop);
+    void requireEnough() const;
+
     Project project_;
     bool keepsGoing_;
     std::vector<FilmSource> sources_;

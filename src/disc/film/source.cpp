@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <utility>
@@ -11,7 +10,6 @@
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
 #include "system/files.h"
-#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -113,12 +111,20 @@ std::vector<std::string> filesOf(const std::string& path) {
 }  // namespace
 
 FilmSource sourceOf(const std::string& path) {
+    return sourceOf(path, filesOf(path));
+}
+
+FilmSource sourceOf(const std::string& path, std::vector<std::string> files) {
     FilmSource source;
     source.path = path;
-    source.files = filesOf(path);
+    source.files = std::move(files);
     source.bytes = bytesOf(source.files);
     source.stamp = stampOf(source.files);
     return source;
+}
+
+std::vector<std::string> titleSetIn(const std::string& folder, int number) {
+    return readable(titlesOf(folder)[number]);
 }
 
 int titleSetOf(const FilmSource& source) {
@@ -146,15 +152,6 @@ bool takeTitle(FilmSource& source, DvdTitle title) {
     }
     source.title = std::move(title);
     return true;
-}
-
-void takeLongestTitle(FilmSource& source, ProgramStop& stop) {
-    const int set = titleSetOf(source);
-    if (set == 0) return;
-    std::vector<DvdTitle> titles = dvdTitlesIn(parentFolder(source.files.front()), stop);
-    std::erase_if(titles, [&](const DvdTitle& title) { return title.titleSet != set; });
-    const auto longest = std::ranges::max_element(titles, {}, &DvdTitle::seconds);
-    if (longest != titles.end()) takeTitle(source, std::move(*longest));
 }
 
 // Without the protocol's name, what stands before a colon would be taken for one.

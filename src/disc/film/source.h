@@ -24,6 +24,7 @@ struct FilmSource {
     std::int64_t bytes = 0;          ///< of all that is read
     std::string stamp;               ///< differs after any of the files has changed
     std::optional<DvdTitle> title;   ///< where they are those of a DVD's title set
+    std::vector<std::string> notes;  ///< what is worth telling of it, a sentence each
     bool looksFurther = false;       ///< do streams begin where ffmpeg does not look by itself?
 };
 
@@ -32,16 +33,18 @@ struct FilmSource {
 /// or a folder holds no film.
 FilmSource sourceOf(const std::string& path);
 
+/// The same of files that have been found: they are there, and may be read.
+FilmSource sourceOf(const std::string& path, std::vector<std::string> files);
+
+/// The VOBs of a title set in a folder, in their order; none where it has no such set.
+std::vector<std::string> titleSetIn(const std::string& folder, int number);
+
 /// The title set that a source's files are, from 1; 0 for all other films.
 int titleSetOf(const FilmSource& source);
 
 /// Has a source be a title of its set. False, and nothing is changed, where the title has sectors
 /// that the files have not. Throws as sourceOf.
 bool takeTitle(FilmSource& source, DvdTitle title);
-
-/// Has the source of a title set be its longest title, as far as the disc's tables tell. Throws as
-/// sourceOf, and Interrupted.
-void takeLongestTitle(FilmSource& source, ProgramStop& stop);
 
 /// What is given to ffmpeg and ffprobe as the name of a file or film, whatever it is called.
 /// Several files or parts are read as one; their names then hold no '|'.

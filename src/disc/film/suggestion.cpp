@@ -7,8 +7,7 @@
 namespace tkv::disc {
 
 void addSuggestions(Project& project, const std::vector<Film>& films) {
-    const std::vector<std::string> captions =
-        captionsOf(project.films, films, project.labels.language);
+    const std::vector<std::string> captions = captionsOf(project.films, films, project.labels);
     const bool countsMarks = project.chapters.source == ChapterRule::Source::marks;
     for (std::size_t i = 0; i < films.size(); ++i) {
         FilmRequest& request = project.films[i];

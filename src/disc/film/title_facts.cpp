@@ -11,14 +11,14 @@ namespace {
 
 // Whoever authors a disc of streams with numbers takes the first of each format, then the second of
 // each: AC-3, MPEG, LPCM.
-std::pair<int, int> placeOf(const AudioTrack& track) {
+std::pair<int, int> copyPlaceOf(const AudioTrack& track) {
     constexpr std::array<std::string_view, 3> kFormats{"ac3", "mp2", "pcm_dvd"};
     const auto* const format = std::ranges::find(kFormats, track.codec);
     return {track.id & 7, static_cast<int>(format - kFormats.begin())};
 }
 
 // Those that begin behind what ffprobe has looked at are not among its answers.
-FilmSubtitle subtitleOf(const DvdStream& stream, const std::vector<FilmSubtitle>& found) {
+FilmSubtitle titleSubtitle(const DvdStream& stream, const std::vector<FilmSubtitle>& found) {
     FilmSubtitle subtitle;
     subtitle.codec = "dvd_subtitle";
     subtitle.id = stream.id;
@@ -46,10 +46,10 @@ void addTitleFacts(Film& film) {
         const auto stream = std::ranges::find(title.sound, track.id, &DvdStream::id);
         if (stream != title.sound.end()) track.language = stream->language;
     }
-    std::ranges::stable_sort(film.audio, {}, placeOf);
+    std::ranges::stable_sort(film.audio, {}, copyPlaceOf);
     std::vector<FilmSubtitle> subtitles;
     for (const DvdStream& stream : title.subtitles)
-        subtitles.push_back(subtitleOf(stream, film.subtitles));
+        subtitles.push_back(titleSubtitle(stream, film.subtitles));
     film.subtitles = std::move(subtitles);
     if (!film.subtitles.empty()) film.palette = title.palette;
     // What one title plays between the sectors of another has other times.

@@ -41,7 +41,7 @@ double weightOf(const Conversion& conversion) {
 
 Progress::Task taskFor(Progress& progress, std::string_view doing, const DiscFilm& film,
                        double weight) {
-    return {progress, fmt::format("{} {}", doing, lastComponent(film.request.path)), weight};
+    return {progress, fmt::format("{} {}", doing, shortName(film.request)), weight};
 }
 
 // What is to be told of a film whenever it goes onto a disc.

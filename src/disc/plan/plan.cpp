@@ -50,6 +50,10 @@ std::string titleOf(const Project& project, const std::vector<DiscFilm>& films) 
         return std::filesystem::path(film.path).parent_path();
     };
     const auto first = folder(project.films.front());
+    const bool isOneDvd = std::ranges::all_of(project.films, [&](const FilmRequest& film) {
+        return film.title > 0 && film.path == project.films.front().path;
+    });
+    if (isOneDvd && films.size() > 1) return readableName(project.films.front().path);
     if (films.size() == 1 || isPlain(first, project)) return films.front().caption;
     const bool isCommon = std::ranges::all_of(
         project.films, [&](const FilmRequest& film) { return folder(film) == first; });
@@ -63,8 +67,7 @@ Span spanOf(const FilmRequest& request, const Film& film) {
 
 // What is known of the films before they are converted.
 std::vector<DiscFilm> recordsOf(const Project& project, std::vector<Film> films) {
-    const std::vector<std::string> captions =
-        captionsOf(project.films, films, project.labels.language);
+    const std::vector<std::string> captions = captionsOf(project.films, films, project.labels);
     std::vector<DiscFilm> records(films.size());
     for (std::size_t i = 0; i < films.size(); ++i) {
         DiscFilm& record = records[i];

@@ -10,7 +10,6 @@
 
 #include "disc/plan/chapters.h"
 #include "disc/project/names.h"
-#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -78,7 +77,7 @@ std::string filmLine(const DiscFilm& film) {
             : fmt::format(", without the {:.1f} s before its first keyframe", film.film.lost);
     std::string line = fmt::format(
         "  {}  {}, {} x {}, {:.4g} frames a second: ", timeText(std::round(film.film.seconds)),
-        lastComponent(film.request.path), video.shown.width, video.shown.height,
+        shortName(film.request), video.shown.width, video.shown.height,
         video.frameRate.perSecond());
     if (conversion.isCopied) return line + "copied as it is" + lost + subtitleWords(film);
     line += fmt::format("{} at {} kb/s", conversion.isWide ? "16:9" : "4:3", conversion.videoRate);
@@ -115,6 +114,7 @@ std::vector<std::string> leftOutLines(const DiscFilm& film) {
     if (film.chaptersLeftOut > 0)
         lines.push_back(fmt::format("{} left out, since a disc's film has {}, 2 s apart or more",
                                     counted(film.chaptersLeftOut, "chapter"), kMostChapters));
+    std::ranges::copy(film.film.source.notes, std::back_inserter(lines));
     std::ranges::copy(film.film.notes, std::back_inserter(lines));
     return lines;
 }

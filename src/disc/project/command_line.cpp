@@ -131,7 +131,7 @@ std::vector<OptionRow> optionRows() {
     rows.push_back({kDisc, "--label", "NAME=TEXT",
                     "words a label of the menus; may be repeated. NAME:\n"
                     "play-all, play-film, previous, next, menu,\n"
-                    "chapters, chapter or minutes",
+                    "chapters, chapter, title or minutes",
                     setLabel});
     return rows;
 }

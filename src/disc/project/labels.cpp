@@ -16,22 +16,25 @@ namespace {
 std::span<const Labels> knownLabels() {
     static const std::array<Labels, 8> labels{{
         {"de", "Alle abspielen", "Film starten", "Zurück", "Weiter", "Hauptmenü", "Kapitel",
-         "Kapitel {}", "{} Min.", "Sprachen", "Ton", "Untertitel", "Keine Untertitel"},
+         "Kapitel {}", "Titel {}", "{} Min.", "Sprachen", "Ton", "Untertitel", "Keine Untertitel"},
         {"en", "Play all", "Play film", "Previous", "Next", "Main menu", "Chapters", "Chapter {}",
-         "{} min", "Languages", "Sound", "Subtitles", "No subtitles"},
+         "Title {}", "{} min", "Languages", "Sound", "Subtitles", "No subtitles"},
         {"es", "Reproducir todo", "Ver película", "Anterior", "Siguiente", "Menú principal",
-         "Capítulos", "Capítulo {}", "{} min", "Idiomas", "Audio", "Subtítulos", "Sin subtítulos"},
+         "Capítulos", "Capítulo {}", "Título {}", "{} min", "Idiomas", "Audio", "Subtítulos",
+         "Sin subtítulos"},
         {"fr", "Tout lire", "Lire le film", "Précédent", "Suivant", "Menu principal", "Chapitres",
-         "Chapitre {}", "{} min", "Langues", "Son", "Sous-titres", "Sans sous-titres"},
+         "Chapitre {}", "Titre {}", "{} min", "Langues", "Son", "Sous-titres", "Sans sous-titres"},
         {"it", "Riproduci tutto", "Guarda il film", "Indietro", "Avanti", "Menu principale",
-         "Capitoli", "Capitolo {}", "{} min", "Lingue", "Audio", "Sottotitoli",
+         "Capitoli", "Capitolo {}", "Titolo {}", "{} min", "Lingue", "Audio", "Sottotitoli",
          "Senza sottotitoli"},
         {"ja", "すべて再生", "本編再生", "前へ", "次へ", "メインメニュー", "チャプター",
-         "チャプター {}", "{}分", "言語", "音声", "字幕", "字幕なし"},
+         "チャプター {}", "タイトル {}", "{}分", "言語", "音声", "字幕", "字幕なし"},
         {"nl", "Alles afspelen", "Film afspelen", "Vorige", "Volgende", "Hoofdmenu", "Hoofdstukken",
-         "Hoofdstuk {}", "{} min.", "Talen", "Geluid", "Ondertitels", "Geen ondertitels"},
+         "Hoofdstuk {}", "Titel {}", "{} min.", "Talen", "Geluid", "Ondertitels",
+         "Geen ondertitels"},
         {"pt", "Reproduzir tudo", "Ver o filme", "Anterior", "Seguinte", "Menu principal",
-         "Capítulos", "Capítulo {}", "{} min", "Idiomas", "Áudio", "Legendas", "Sem legendas"},
+         "Capítulos", "Capítulo {}", "Título {}", "{} min", "Idiomas", "Áudio", "Legendas",
+         "Sem legendas"},
     }};
     return labels;
 }

@@ -14,6 +14,7 @@ struct Labels {
     std::string menu;       ///< leads from a chapter menu or a further page back to the films
     std::string chapters;   ///< leads to the chapter menu of an only film
     std::string chapter;    ///< a chapter without a name; its number is put in at "{}"
+    std::string title;      ///< one of a DVD's; its number is put in at "{}"
     std::string minutes;    ///< the jacket's line, with the playing time at "{}"
     std::string languages;  ///< leads to the choice of a film's sound and subtitles
     std::string sound, subtitles, noSubtitles;
@@ -25,7 +26,7 @@ struct LabelName {
     std::string_view name;
     std::string Labels::*text;
 };
-inline constexpr std::array<LabelName, 12> kLabelNames{{
+inline constexpr std::array<LabelName, 13> kLabelNames{{
     {"play-all", &Labels::playAll},
     {"play-film", &Labels::playFilm},
     {"previous", &Labels::previous},
@@ -33,6 +34,7 @@ inline constexpr std::array<LabelName, 12> kLabelNames{{
     {"menu", &Labels::menu},
     {"chapters", &Labels::chapters},
     {"chapter", &Labels::chapter},
+    {"title", &Labels::title},
     {"minutes", &Labels::minutes},
     {"languages", &Labels::languages},
     {"sound", &Labels::sound},

@@ -103,6 +103,12 @@ std::string captionOf(const FilmRequest& request, std::string_view tag) {
     return title.empty() ? readableName(request.path) : title;
 }
 
+std::string shortName(const FilmRequest& request) {
+    std::string name = lastComponent(request.path);
+    if (request.title > 0) name += fmt::format(", title {}", request.title);
+    return name;
+}
+
 std::string volumeLabel(std::string_view text) {
     std::string label;
     for (const char c : upperCased(latinLetters(text))) {

@@ -22,6 +22,9 @@ std::string withCapital(const std::string& text);
 /// `tag`: its own title; may be empty.
 std::string captionOf(const FilmRequest& request, std::string_view tag);
 
+/// What a film is called where a run tells of it: its name, and of a DVD's titles which.
+std::string shortName(const FilmRequest& request);
+
 /// What a disc image may be called: the text in capital letters without accents, digits and
 /// underscores, at most 32 of them, "DVD" when nothing is left.
 std::string volumeLabel(std::string_view text);

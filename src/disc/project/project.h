@@ -60,6 +60,8 @@ struct FilmRequest {
     std::optional<std::vector<SubtitleRequest>> subtitles{};  ///< instead of those found
     /// Two letters of the subtitles that are shown from the start, or kNone; else as Project's.
     std::optional<std::string> shown{};
+    /// Of a DVD's titles, from 1, the only one that is meant; 0: as Project's.
+    int title = 0;
     bool operator==(const FilmRequest&) const = default;
 };
 
@@ -80,6 +82,7 @@ struct Project {
     ChapterRule chapters;
     /// Two letters of the subtitles that are shown from the start, kAuto or kNone.
     std::string subtitles{kAuto};
+    bool hasAllTitles = true;     ///< of DVDs, or else only their longest?
     bool evenVolume = false;      ///< are the films made equally loud?
     bool keepsPitch = true;       ///< of the sound of films that play faster?
     bool playsFirstFilm = false;  ///< before the menu comes

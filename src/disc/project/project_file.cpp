@@ -21,8 +21,11 @@ namespace {
 
 constexpr std::int64_t kMostBytes = 16 << 20;
 constexpr const char* kFilmTables = "[[film]], one such line above the settings of each film";
-constexpr std::array<std::string_view, 6> kFilmKeys{"path",     "caption",   "excerpt",
+constexpr std::array<std::string_view, 7> kFilmKeys{"path",     "title",     "caption", "excerpt",
                                                     "chapters", "subtitles", "show"};
+
+// Of a DVD.
+constexpr int kMostTitles = 99;
 
 constexpr const char* kLanguage = "the two letters of a language";
 
@@ -137,6 +140,11 @@ class Reader {
         if (path == nullptr) fail(table.source(), "this film has no path");
         film.path = pathOf(textIn(*path, "path", "the name of a film"));
         if (film.path.empty()) refuse(*path, "path", "the name of a film");
+        if (const toml::node* title = table.get("title")) {
+            film.title = static_cast<int>(title->value_exact<std::int64_t>().value_or(0));
+            if (film.title < 1 || film.title > kMostTitles)
+                refuse(*title, "title", "the number of a DVD's title, from 1");
+        }
         if (const toml::node* caption = table.get("caption"))
             film.caption = textIn(*caption, "caption", "a text");
         if (const toml::node* excerpt = table.get("excerpt")) film.excerpts = excerptsIn(*excerpt);

@@ -28,6 +28,7 @@ constexpr const char* kAboveLabels = R"(
 constexpr const char* kAboveFilms = R"(
 # The films, in their order; for each:
 #   path      a film, a VIDEO_TS folder, or the first VOB of a title
+#   title     of a DVD's titles the only one that is meant: 1, 2 and so on
 #   caption   what the menu calls it
 #   excerpt   where the menu's moving picture begins; else where something is to be seen.
 #             Of two or three films the menu shows several pictures each: a list names them all
@@ -95,6 +96,7 @@ class Writer {
     void writeFilm(const FilmRequest& request) {
         text_ += "\n[[film]]\n";
         writeLine(false, "path", quoted(shortPath(request.path, folder_)));
+        if (request.title > 0) writeLine(false, "title", std::to_string(request.title));
         writeLine(false, "caption", quoted(captionOf(request, "")));
         writeExcerpts(request.excerpts);
         if (request.chapters) {

@@ -72,7 +72,7 @@ std::optional<std::string> textOf(const Project& project) {
 std::span<const TextSetting> textSettings() {
     static const std::string languages = labelLanguages();
     static const std::string ofMenus = "of the menus: " + languages;
-    static const std::array<TextSetting, 10> settings{{
+    static const std::array<TextSetting, 11> settings{{
         {"title", "TEXT", "heads the menus and names the disc", "a text", "Our summer", false,
          setText<&Project::title>, textOf<&Project::title>},
         {"background", "PICTURE", "picture behind the menus, or none; else the first film's",
@@ -111,6 +111,15 @@ std::span<const TextSetting> textSettings() {
              return true;
          },
          [](const Project& project) -> std::optional<std::string> { return project.subtitles; }},
+        {"titles", "WHICH", "of DVDs: all, or only the longest", "all or longest", "", false,
+         [](Project& project, const std::string& text) {
+             const auto areAll = choice(text, "longest", "all");
+             if (areAll) project.hasAllTitles = *areAll;
+             return areAll.has_value();
+         },
+         [](const Project& project) -> std::optional<std::string> {
+             return project.hasAllTitles ? "all" : "longest";
+         }},
         {"volume", "HOW", "keep, or even for films of one loudness", "keep or even", "", false,
          [](Project& project, const std::string& text) {
              const auto isEven = choice(text, "keep", "even");
