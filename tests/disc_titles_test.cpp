@@ -72,7 +72,8 @@ TEST_F(Films, AreAllTitlesOfADvd) {
     // The last title becomes another name of the first.
     std::string tables = readText(file("dvd/VIDEO_TS/VIDEO_TS.IFO"));
     const auto sector = static_cast<unsigned char>(tables.at(0xC7));
-    const std::size_t number = sector * 2048UL + 8 + 3 * 12 + 7;
+    constexpr std::size_t kFourth = 8 + 3 * 12 + 7;
+    const std::size_t number = sector * 2048UL + kFourth;
     ASSERT_EQ(tables.at(number), 4);
     tables[number] = 1;
     folder_.write("dvd/VIDEO_TS/VIDEO_TS.IFO", tables);
@@ -89,6 +90,15 @@ TEST_F(Films, AreAllTitlesOfADvd) {
     const std::string told = tablesOf(file("out/disc"));
     EXPECT_NE(told.find("Length: 00:00:12.000"), std::string::npos) << told;
     EXPECT_NE(told.find("Language: nl"), std::string::npos) << told;
+
+    // In one title, each with times of its own, they have pictures in the menus.
+    folder_.write("two.xml", fmt::format("<dvdauthor><vmgm/><titleset><titles><pgc><vob file='{}' "
+                                         "chapters='0,9'/><vob file='{}' chapters='0,9'/></pgc>"
+                                         "</titles></titleset></dvdauthor>",
+                                         file("red11.vob"), file("blue12.vob")));
+    run(fmt::format("cd {}; VIDEO_FORMAT=PAL dvdauthor -o two -x two.xml 2>&1", folder_.path()));
+    EXPECT_NE(makeDisc("two --no-image -o menus").find("status 0"), std::string::npos);
+    EXPECT_NE(run("lsdvd " + quoted(file("menus/disc"))).find("Chapters: 04"), std::string::npos);
 
     // A project file names them one by one.
     expectDisc("dvd --write all.toml");

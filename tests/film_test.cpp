@@ -277,7 +277,7 @@ TEST(FilmEncoding, CutsExcerptsOfTheRightFrames) {
         encoder.excerpts = {{{160, 120}, {{2, 2}, {8, 3}}, folder.file("a%06d.jpg")},
                             {{480, 360}, {{19, 1}}, folder.file("b%06d.jpg")}};
         const Film result = encoded(folder, film, conversion, encoder);
-        runQuietly(excerptCommand(result.source.path, conversion, {90, 3}, {160, 120},
+        runQuietly(excerptCommand(result.source.path, result, conversion, {90, 3}, {160, 120},
                                   folder.file("c%06d.jpg")));
         const auto expectFrame = [&](const std::string& name, int frame) {
             const int picture = isPal ? frame

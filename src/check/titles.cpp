@@ -152,8 +152,11 @@ class SetReader {
             if (cell.last_sector < cell.first_sector) return false;
             if (cell.interleaved != 0) title["isInterleaved"] = true;
             const double length = lengthOf(cell);
-            title["cells"].push_back(
-                {{"first", cell.first_sector}, {"last", cell.last_sector}, {"seconds", length}});
+            const auto times = timesAt(cell.first_sector);
+            title["cells"].push_back({{"first", cell.first_sector},
+                                      {"last", cell.last_sector},
+                                      {"seconds", length},
+                                      {"start", times ? times->vobu_s_ptm / kTicks : -1}});
             seconds += length;
         }
         return true;

@@ -1,5 +1,7 @@
 #include "disc/film/captions.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <ctime>
 #include <optional>
@@ -117,7 +119,7 @@ std::vector<std::string> captionsOf(const std::vector<FilmRequest>& requests,
         std::string caption = ownCaption(requests[i], films[i], labels.language);
         if (numbers[i] > 0 && !requests[i].caption) {
             const std::string title = withNumber(labels.title, numbers[i]);
-            caption = isOneDvd ? title : caption + ", " + title;
+            caption = isOneDvd ? title : fmt::format("{}, {}", caption, title);
         }
         captions.push_back(std::move(caption));
     }

@@ -1,6 +1,7 @@
 #include "disc/film/dvd_titles.h"
 
 #include <algorithm>
+#include <cmath>
 #include <nlohmann/json.hpp>
 #include <string_view>
 #include <utility>
@@ -41,15 +42,26 @@ std::vector<DvdStream> streamsFrom(const Json& list) {
     return streams;
 }
 
+// Seconds by which a cell may begin earlier or later than the one before it ends.
+constexpr double kSeam = 0.1;
+
 DvdTitle titleFrom(const Json& json) {
     DvdTitle title;
     json.at("number").get_to(title.number);
     json.at("titleSet").get_to(title.titleSet);
     json.at("isInterleaved").get_to(title.isInterleaved);
+    double end = -1;  // of the cell before, in the stream's own time; below 0: not known
+    std::int64_t sectors = 0;
     for (const Json& cell : json.at("cells")) {
         const SectorRange range{cell.at("first").get<std::int64_t>(),
                                 cell.at("last").get<std::int64_t>() + 1};
-        title.seconds += cell.at("seconds").get<double>();
+        const double start = cell.at("start").get<double>(),
+                     length = cell.at("seconds").get<double>();
+        const bool goesOn = start < 0 || end < 0 || std::abs(start - end) < kSeam;
+        if (title.runs.empty() || !goesOn) title.runs.push_back({title.seconds, sectors});
+        end = start < 0 ? -1 : start + length;
+        sectors += range.end - range.first;
+        title.seconds += length;
         if (!title.cells.empty() && title.cells.back().end == range.first) {
             title.cells.back().end = range.end;
         } else {

@@ -38,12 +38,20 @@ struct SectorRange {
 /// Sixteen colours: Y, Cr and Cb, eight bits each.
 using DvdPalette = std::array<std::uint32_t, 16>;
 
+/// A part of a title in which time goes on; the next one begins anew.
+struct TitleRun {
+    double seconds = 0;       ///< of the title, when it begins
+    std::int64_t sector = 0;  ///< of all that the title plays
+    bool operator==(const TitleRun&) const = default;
+};
+
 /// A title: what is shown as one film.
 struct DvdTitle {
     int number = 0;    ///< on the disc, from 1
     int titleSet = 0;  ///< whose VOBs it is in
     double seconds = 0;
     std::vector<SectorRange> cells;           ///< what it plays, in order; neighbours are joined
+    std::vector<TitleRun> runs;               ///< the first is all of most titles
     std::vector<double> chapters;             ///< seconds, rising; the first is at 0
     std::vector<DvdStream> sound, subtitles;  ///< in the order of the disc
     DvdPalette palette{};                     ///< of the subtitles

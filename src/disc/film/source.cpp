@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <map>
 #include <utility>
@@ -77,8 +78,13 @@ std::vector<FilePart> partsIn(const std::vector<std::string>& files, const Secto
     return first == end ? parts : std::vector<FilePart>{};
 }
 
-std::string nameOf(const FilePart& part) {
-    return fmt::format("subfile,,start,{},end,{},,:{}", part.first, part.end, part.path);
+std::string inputName(const std::vector<FilePart>& parts) {
+    std::vector<std::string> names;
+    names.reserve(parts.size());
+    for (const FilePart& part : parts)
+        names.push_back(
+            fmt::format("subfile,,start,{},end,{},,:{}", part.first, part.end, part.path));
+    return names.size() == 1 ? names.front() : fmt::format("concat:{}", fmt::join(names, "|"));
 }
 
 std::vector<std::string> filesOf(const std::string& path) {
@@ -160,15 +166,40 @@ std::string inputName(const std::string& file) {
 }
 
 std::string inputName(const FilmSource& source) {
-    std::vector<std::string> names = source.files;
-    if (!source.parts.empty()) {
-        names.clear();
-        for (const FilePart& part : source.parts)
-            names.push_back(nameOf(part));
-        if (names.size() == 1) return names.front();
+    if (!source.parts.empty()) return inputName(source.parts);
+    if (source.files.size() == 1) return inputName(source.files.front());
+    return fmt::format("concat:{}", fmt::join(source.files, "|"));
+}
+
+std::vector<FilePart> partsOf(const FilmSource& source) {
+    if (!source.parts.empty()) return source.parts;
+    std::vector<FilePart> parts;
+    for (const std::string& file : source.files)
+        parts.push_back({file, 0, bytesOf({file})});
+    return parts;
+}
+
+FilmPlace placeIn(const FilmSource& source, double entry, double moment) {
+    // What is left is to hold a keyframe.
+    constexpr double kTail = 2;
+    if (!source.title || source.title->runs.size() < 2) return {inputName(source), entry};
+    const std::vector<TitleRun>& runs = source.title->runs;
+    const auto next = std::ranges::upper_bound(runs, moment, {}, &TitleRun::seconds);
+    const auto run = next == runs.begin() ? next : next - 1;
+    const bool isLast = next == runs.end();
+    const std::int64_t first = run->sector * kSectorBytes;
+    const std::int64_t end = isLast ? source.bytes : next->sector * kSectorBytes;
+    const double length = (isLast ? source.title->seconds : next->seconds) - run->seconds;
+    std::vector<FilePart> parts;
+    std::int64_t start = 0;
+    for (const FilePart& part : partsOf(source)) {
+        const FilePart cut{part.path, std::max(part.first, part.first + first - start),
+                           std::min(part.end, part.first + end - start)};
+        if (cut.first < cut.end) parts.push_back(cut);
+        start += part.end - part.first;
     }
-    if (names.size() == 1) return inputName(names.front());
-    return fmt::format("concat:{}", fmt::join(names, "|"));
+    const double seconds = std::clamp(entry - run->seconds, 0.0, std::max(0.0, length - kTail));
+    return {inputName(parts), seconds, run->seconds, true};
 }
 
 std::vector<std::string> inputWords(const FilmSource& source) {

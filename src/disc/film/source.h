@@ -51,6 +51,22 @@ bool takeTitle(FilmSource& source, DvdTitle title);
 std::string inputName(const std::string& file);
 std::string inputName(const FilmSource& source);
 
+/// What is read of a film, in order.
+std::vector<FilePart> partsOf(const FilmSource& source);
+
+/// Where a film is entered, on the way to a moment.
+struct FilmPlace {
+    std::string input;    ///< as inputName returns it
+    double seconds = 0;   ///< of that
+    double begin = 0;     ///< of the film, where that begins
+    bool isPart = false;  ///< Is it less than the film? Its streams have other numbers then.
+};
+
+/// Where ffmpeg finds a moment of a film when it enters it at `entry`, both in seconds from its
+/// begin: of a DVD's title whose time begins anew on the way, which it does not see, the part in
+/// which that moment is.
+FilmPlace placeIn(const FilmSource& source, double entry, double moment);
+
 /// The same with the words before it: "-i" and its name.
 std::vector<std::string> inputWords(const FilmSource& source);
 

@@ -279,7 +279,11 @@ Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conver
     return arguments;
 }
 
-Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
+std::string videoIn(const Film& film, const FilmPlace& place) {
+    return place.isPart ? "0:v:0" : fmt::format("0:{}", film.video.index);
+}
+
+Arguments excerptCommand(const std::string& dvdFilm, const Film& film, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern) {
     const FrameRate rate = factsOf(conversion.standard).frameRate;
     const int frame = conversion.frameAt(range.first / rate.perSecond());
@@ -288,9 +292,11 @@ Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversio
     // Times that count from the place of entry may be those of the next frame or field. Those of a
     // copied film need not count from its start.
     if (!conversion.isCopied) append(arguments, {"-copyts", "-start_at_zero"});
-    const double from = conversion.isCopied ? seconds - start : seconds;
-    append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", start)});
-    append(arguments, {"-i", "file:" + dvdFilm, "-map", "0:v:0"});
+    FilmPlace place = placeIn(film.source, start, seconds);
+    if (!conversion.isCopied || !place.isPart) place = {inputName(dvdFilm), start};
+    const double from = conversion.isCopied ? seconds - place.begin - place.seconds : seconds;
+    append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.6f}", place.seconds)});
+    append(arguments, {"-i", place.input, "-map", "0:v:0"});
     append(arguments, {"-vf", framesFrom(from, rate) + excerptFiltersOf(size, conversion)});
     append(arguments, {"-frames:v", fmt::format("{}", range.count)});
     append(arguments, jpegArguments(pattern));
@@ -309,12 +315,14 @@ Arguments pictureCommand(const Film& film, const SourceColors& colors, const Mom
     append(arguments, {"-noaccurate_seek"});
     if (!moment.isExact) append(arguments, {"-skip_frame", "nokey"});
     // Raw streams have no times to look for.
-    if (start > 0) append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + start)});
-    append(arguments,
-           {"-i", inputName(film.source), "-map", fmt::format("0:{}", film.video.index)});
+    const FilmPlace place = placeIn(film.source, start, seconds);
+    if (start > 0)
+        append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + place.seconds)});
+    append(arguments, {"-i", place.input, "-map", videoIn(film, place)});
     std::string filters = stillFilters(film.video, colors, raster);
     if (moment.isExact) {
-        const double from = seconds - start + (start > 0 ? 0 : film.video.start);
+        const double from =
+            seconds - place.begin - place.seconds + (start > 0 ? 0 : film.video.start);
         filters = framesFrom(from, film.video.frameRate) + filters;
     }
     append(arguments, {"-vf", filters, "-frames:v", "1"});

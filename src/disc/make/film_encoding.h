@@ -47,8 +47,11 @@ Arguments remuxCommand(const Film& film, const Conversion& conversion, const std
 Arguments interleaveCommand(const std::string& dvdFilm, const Conversion& conversion,
                             const std::string& subtitles, const std::string& output);
 
+/// The picture's stream, as ffmpeg is told of it, where a film is entered in that place.
+std::string videoIn(const Film& film, const FilmPlace& place);
+
 /// Cuts frames out of a disc's film. `pattern`: as ExcerptOutput's.
-Arguments excerptCommand(const std::string& dvdFilm, const Conversion& conversion,
+Arguments excerptCommand(const std::string& dvdFilm, const Film& film, const Conversion& conversion,
                          const FrameRange& range, PixelSize size, const std::string& pattern);
 
 /// A moment of a film: a keyframe near it, which is found quickly, or its own frame.

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "disc/make/ffmpeg_arguments.h"
+#include "disc/make/film_encoding.h"
 #include "disc/make/film_filters.h"
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
@@ -42,16 +43,17 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
     const int frames = framesOfSample(conversion);
     Arguments arguments = ffmpegStart();
     // Raw streams have no times to look for.
+    const FilmPlace place = placeIn(film.source, seconds, seconds);
     if (seconds > 0) {
-        append(arguments,
-               {"-noaccurate_seek", "-ss", fmt::format("{:.3f}", film.video.start + seconds)});
+        append(arguments, {"-noaccurate_seek", "-ss",
+                           fmt::format("{:.3f}", film.video.start + place.seconds)});
     }
-    append(arguments, {"-i", inputName(film.source)});
+    append(arguments, {"-i", place.input});
     std::string outputs;
     for (const int quantiser : kLookQuantisers)
         outputs += fmt::format("[with{}]", quantiser);
-    append(arguments, {"-filter_complex", fmt::format("[0:{}]{},trim=end_frame={},split={}{}",
-                                                      film.video.index, discFrames(conversion),
+    append(arguments, {"-filter_complex", fmt::format("[{}]{},trim=end_frame={},split={}{}",
+                                                      videoIn(film, place), discFrames(conversion),
                                                       frames, kLookQuantisers.size(), outputs)});
     for (const int quantiser : kLookQuantisers) {
         append(arguments, {"-map", fmt::format("[with{}]", quantiser), "-c:v", "mpeg2video"});

@@ -68,15 +68,10 @@ bool staysWhole(const DiscFilm& film) {
 // Joins the parts of a source: those of a DVD's title are one stream.
 void join(const FilmSource& source, const std::string& output, const ProgramStop& stop,
           Progress::Task& task) {
-    std::vector<FilePart> parts = source.parts;
-    for (const std::string& file : source.files) {
-        if (!source.parts.empty()) break;
-        parts.push_back({file, 0, static_cast<std::int64_t>(fs::file_size(file))});
-    }
     std::ofstream made(output, std::ios::binary);
     std::string bytes(std::size_t{4} << 20U, '\0');
     std::int64_t done = 0;
-    for (const FilePart& part : parts) {
+    for (const FilePart& part : partsOf(source)) {
         std::ifstream file(part.path, std::ios::binary);
         file.seekg(part.first);
         for (std::int64_t left = part.end - part.first; left > 0;) {
@@ -230,7 +225,7 @@ void FilmMaker::cut(const DiscFilm& film, const std::string& name, const WantedE
         const std::string folder =
             workshop_.newFolder(fmt::format("{}-{}", wanted.name, parts.size()));
         workshop_.tools().encode(
-            excerptCommand(name, film.conversion, range, wanted.shape.picture(),
+            excerptCommand(name, film.film, film.conversion, range, wanted.shape.picture(),
                            joinPath(folder, kFramePattern)),
             {path, why, ""});
         parts.push_back(picturesIn(folder, 0, range.count, workshop_));

@@ -85,7 +85,8 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
         setting.sound = {inputName(*project.music), 0, stampOf({*project.music})};
     } else if (!project.music && !first.film.audio.empty()) {
         const FilmSource& source = first.film.source;
-        setting.sound = {inputName(source), first.span.from, source.stamp};
+        const FilmPlace place = placeIn(source, first.span.from, first.span.from);
+        setting.sound = {place.input, place.seconds, source.stamp};
     }
     return setting;
 }

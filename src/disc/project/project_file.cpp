@@ -141,9 +141,10 @@ class Reader {
         film.path = pathOf(textIn(*path, "path", "the name of a film"));
         if (film.path.empty()) refuse(*path, "path", "the name of a film");
         if (const toml::node* title = table.get("title")) {
-            film.title = static_cast<int>(title->value_exact<std::int64_t>().value_or(0));
-            if (film.title < 1 || film.title > kMostTitles)
+            const auto number = title->value_exact<std::int64_t>().value_or(0);
+            if (number < 1 || number > kMostTitles)
                 refuse(*title, "title", "the number of a DVD's title, from 1");
+            film.title = static_cast<int>(number);
         }
         if (const toml::node* caption = table.get("caption"))
             film.caption = textIn(*caption, "caption", "a text");
