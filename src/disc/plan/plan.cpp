@@ -102,7 +102,7 @@ void convert(DiscFilm& film, const Project& project, Standard standard, bool isC
 void noteSubtitles(DiscFilm& film) {
     const std::size_t lost = film.film.subtitles.size() - film.subtitles.size();
     if (lost == 0) return;
-    film.film.subtitleNotes.push_back(fmt::format(
+    film.film.notes.push_back(fmt::format(
         "{} of its subtitles are left out: those of a DVD (dvd_subtitle) stay where the "
         "film is copied, with no others beside them",
         lost));
