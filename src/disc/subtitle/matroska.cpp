@@ -11,7 +11,7 @@ namespace tkv::disc {
 namespace {
 
 // Of a packet: more than a unit of subtitles has.
-constexpr std::uint64_t kMostElementBytes = 1 << 20;
+constexpr std::uint64_t kMostInElement = 1 << 20;
 
 enum Element : std::uint64_t {
     kSegment = 0x18538067,
@@ -54,7 +54,7 @@ std::optional<Named> elementIn(std::istream& file) {
             file.ignore(static_cast<std::streamsize>(*size));
             continue;
         }
-        if (*size > kMostElementBytes) return {};
+        if (*size > kMostInElement) return {};
         std::vector<std::uint8_t> bytes(*size);
         if (!file.read(reinterpret_cast<char*>(bytes.data()), static_cast<std::streamsize>(*size)))
             return {};
@@ -74,7 +74,8 @@ void readMatroska(std::istream& file, const std::function<void(ByteSpan header)>
         packet.reset();
     };
     while (auto element = elementIn(file)) {
-        auto& [name, bytes] = *element;
+        const std::uint64_t name = element->first;
+        const std::vector<std::uint8_t>& bytes = element->second;
         ByteReader reader(bytes);
         const auto value = [&] { return reader.number(std::min<std::size_t>(bytes.size(), 4)); };
         if (name == kCodecHeader) onHeader(bytes);

@@ -25,7 +25,7 @@ std::vector<std::string> tracksInIndex(std::string_view index) {
 
 std::string unitsOfIndex(const std::string& index) {
     for (const char* extension : {".sub", ".SUB"}) {
-        const std::string units = withoutExtension(index) + extension;
+        std::string units = withoutExtension(index) + extension;
         if (canBeRead(units)) return units;
     }
     return {};
