@@ -39,7 +39,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string bytes(data, data + size);
     std::istringstream pictures(bytes), units(bytes);
     readPgs(pictures, 100, check);
-    readDvdUnits(units, 100, check);
+    readDvdUnits(units, {}, 100, check);
     tracksInIndex(bytes);
     dvbCanvas(bytes);
     return 0;

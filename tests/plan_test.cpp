@@ -40,6 +40,12 @@ Film filmOf(double seconds, std::size_t chapters = 0) {
     return film;
 }
 
+FilmSubtitle textSubtitle() {
+    FilmSubtitle subtitle;
+    subtitle.codec = "srt";
+    return subtitle;
+}
+
 Project projectOf(const std::vector<Film>& films) {
     Project project;
     for (const Film& film : films)
@@ -194,7 +200,7 @@ TEST(Plan, EveryPlaceIsReachedAndCanBeLeft) {
             const bool areSpoken = count < 9;
             Film one = filmOf(250, chapters);
             if (areSpoken) one.audio.resize(2, one.audio.at(0));
-            if (areSpoken) one.subtitles.resize(10);
+            if (areSpoken) one.subtitles.resize(10, textSubtitle());
             const std::vector<Film> films(count, one);
             Project project = projectOf(films);
             project.size = DiscSize::dvd9;
@@ -223,7 +229,7 @@ TEST(Plan, LanguagesAreCalledAsTheyCallThemselves) {
     film.audio[0].language = film.audio[1].language = "fr";
     film.audio[1].channels = 6;
     film.audio[2].language = "ja";
-    film.subtitles.resize(4);
+    film.subtitles.resize(4, textSubtitle());
     film.subtitles[0].language = film.subtitles[1].language = film.subtitles[2].language = "de";
     film.subtitles[1].kind = SubtitleKind::hearing;
     film.subtitles[2].kind = SubtitleKind::commentary;

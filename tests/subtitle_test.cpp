@@ -197,7 +197,7 @@ TEST(Subtitles, AreDecodedAsTheyWereCoded) {
 std::string cuesInUnits(const std::string& file) {
     std::ifstream input(file, std::ios::binary);
     std::string cues;
-    readDvdUnits(input, 9, [&](const BitmapCue& cue) {
+    readDvdUnits(input, {}, 9, [&](const BitmapCue& cue) {
         cues += fmt::format("{:.2f}{} {}x{}", cue.begin, cue.isForced ? " forced" : "",
                             cue.canvas.width, cue.canvas.height);
         for (const SubtitleBitmap& bitmap : cue.bitmaps)
@@ -243,7 +243,7 @@ TEST(Subtitles, AreReadFromUnits) {
         std::string damaged = whole;
         damaged[place] = static_cast<char>(damaged[place] ^ 0x5B);
         std::istringstream input(damaged);
-        readDvdUnits(input, 9, [](const BitmapCue&) {});
+        readDvdUnits(input, {}, 9, [](const BitmapCue&) {});
     }
 }
 

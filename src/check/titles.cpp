@@ -42,9 +42,9 @@ constexpr std::size_t kFirstPacket = 14, kSecondPacket = 0x400, kTimes = 0x2D;
 constexpr double kTicks = 90'000;
 
 bool isNavigation(const std::uint8_t* pack) {
-    constexpr std::array<std::uint8_t, 4> kPack{0, 0, 1, 0xBA}, kSystem{0, 0, 1, 0xBB},
+    constexpr std::array<std::uint8_t, 4> kBegin{0, 0, 1, 0xBA}, kSystem{0, 0, 1, 0xBB},
         kPrivate{0, 0, 1, 0xBF};
-    return std::equal(kPack.begin(), kPack.end(), pack) &&
+    return std::equal(kBegin.begin(), kBegin.end(), pack) &&
            std::equal(kSystem.begin(), kSystem.end(), pack + kFirstPacket) &&
            std::equal(kPrivate.begin(), kPrivate.end(), pack + kSecondPacket);
 }

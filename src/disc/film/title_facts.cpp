@@ -12,9 +12,9 @@ namespace {
 // Whoever authors a disc of streams with numbers takes the first of each format, then the second of
 // each: AC-3, MPEG, LPCM.
 std::pair<int, int> copyPlaceOf(const AudioTrack& track) {
-    constexpr std::array<std::string_view, 3> kFormats{"ac3", "mp2", "pcm_dvd"};
-    const auto* const format = std::ranges::find(kFormats, track.codec);
-    return {track.id & 7, static_cast<int>(format - kFormats.begin())};
+    constexpr std::array<std::string_view, 3> kInOrder{"ac3", "mp2", "pcm_dvd"};
+    const auto* const format = std::ranges::find(kInOrder, track.codec);
+    return {track.id & 7, static_cast<int>(format - kInOrder.begin())};
 }
 
 // Those that begin behind what ffprobe has looked at are not among its answers.

@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -115,6 +116,24 @@ double aspectOf(PixelSize canvas, const FilmSubtitle& subtitle, const VideoTrack
     return video.aspect > kBetween ? kWideAspect : kNarrowAspect;
 }
 
+// Of a DVD's title, whose tables have what its units lack. They count in video's range.
+std::optional<UnitPalette> paletteOf(const Film& film) {
+    if (!film.palette) return std::nullopt;
+    UnitPalette palette{};
+    for (std::size_t i = 0; i < palette.size(); ++i) {
+        const auto byte = [&](unsigned shift) { return (*film.palette)[i] >> shift & 0xFFU; };
+        const double light = 1.164 * (byte(16) - 16.0), red = byte(8) - 128.0,
+                     blue = byte(0) - 128.0;
+        const auto channel = [](double value) {
+            return static_cast<std::uint32_t>(std::lround(std::clamp(value, 0.0, 255.0)));
+        };
+        palette[i] = channel(light + 1.596 * red) << 16U |
+                     channel(light - 0.813 * red - 0.391 * blue) << 8U |
+                     channel(light + 2.018 * blue);
+    }
+    return palette;
+}
+
 // The pictures that a file in the workshop holds.
 class BitmapDrawing {
   public:
@@ -122,6 +141,7 @@ class BitmapDrawing {
         : frame_(frameOf(film)),
           times_(timesOf(film)),
           subtitle_(subtitle),
+          film_(film.film),
           video_(film.film.video),
           workshop_(workshop),
           path_(workshop.path(subtitle.text)) {}
@@ -136,7 +156,7 @@ class BitmapDrawing {
         if (subtitle_.text.ends_with(".sup")) {
             readPgs(file, until, take);
         } else {
-            readDvdUnits(file, until, take);
+            readDvdUnits(file, paletteOf(film_), until, take);
         }
         change(times_.frames, {}, units);
     }
@@ -164,6 +184,7 @@ class BitmapDrawing {
     SubtitleFrame frame_;
     CueTimes times_;
     const FilmSubtitle& subtitle_;
+    const Film& film_;
     const VideoTrack& video_;
     const Workshop& workshop_;
     std::string path_;

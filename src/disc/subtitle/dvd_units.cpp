@@ -1,9 +1,7 @@
 #include "disc/subtitle/dvd_units.h"
 
-#include <array>
 #include <charconv>
 #include <limits>
-#include <optional>
 #include <string_view>
 
 #include "disc/subtitle/matroska.h"
@@ -59,7 +57,8 @@ using Colors = std::array<std::uint32_t, kSubpictureColors>;
 
 class UnitDecoder {
   public:
-    UnitDecoder(double until, const BitmapReceiver& tell) : until_(until), tell_(tell) {}
+    UnitDecoder(const std::optional<UnitPalette>& palette, double until, const BitmapReceiver& tell)
+        : palette_(palette), until_(until), tell_(tell) {}
 
     // Lines of text, as an .idx begins with.
     void takeHeader(ByteSpan header) {
@@ -78,8 +77,8 @@ class UnitDecoder {
         std::string_view size = behind("size:"), colors = behind("palette:");
         canvas_.width = number(size, 0, 10);
         canvas_.height = number(size, 0, 10);
-        hasPalette_ = !colors.empty();
-        for (std::uint32_t& color : palette_)
+        if (colors.empty()) return;
+        for (std::uint32_t& color : palette_.emplace())
             color = number(colors, 0U, 16) & 0xFFFFFFU;
     }
 
@@ -194,9 +193,9 @@ class UnitDecoder {
             return numbers >> 4 * value & 0xFU;
         };
         Colors colors{};
-        if (!hasPalette_) colors = guessed(state.contrasts, values, width);
+        if (!palette_) colors = guessed(state.contrasts, values, width);
         for (std::size_t i = 0; i < colors.size(); ++i) {
-            if (hasPalette_) colors[i] = palette_[bitsOf(state.colors, i)];
+            if (palette_) colors[i] = (*palette_)[bitsOf(state.colors, i)];
             colors[i] |= bitsOf(state.contrasts, i) * 0x11U << 24U;
         }
         return colors;
@@ -225,8 +224,7 @@ class UnitDecoder {
     }
 
     PixelSize canvas_;
-    bool hasPalette_ = false;
-    std::array<std::uint32_t, 16> palette_{};
+    std::optional<UnitPalette> palette_;
     std::optional<double> end_;  // of what is shown, still to be told
     PixelAllowance allowance_;
     double until_;
@@ -235,8 +233,9 @@ class UnitDecoder {
 
 }  // namespace
 
-void readDvdUnits(std::istream& file, double until, const BitmapReceiver& take) {
-    UnitDecoder decoder(until, take);
+void readDvdUnits(std::istream& file, const std::optional<UnitPalette>& palette, double until,
+                  const BitmapReceiver& take) {
+    UnitDecoder decoder(palette, until, take);
     readMatroska(
         file, [&](ByteSpan header) { decoder.takeHeader(header); },
         [&](const MatroskaPacket& packet) { decoder.takeUnit(packet); });
