@@ -78,7 +78,7 @@ Rgba Player::highlightColor(std::uint32_t highlight, int value) const {
 
 std::pair<int, int> Player::tracks() {
     constexpr int kHidden = 0x80;
-    const int subtitles = dvdnav_get_active_spu_stream(nav());
+    const std::int8_t subtitles = dvdnav_get_active_spu_stream(nav());
     return {dvdnav_get_active_audio_stream(nav()), (subtitles & kHidden) != 0 ? -1 : subtitles};
 }
 
