@@ -11,8 +11,8 @@ namespace {
 
 // Brings HDR down to what a television shows. Its reference white, which BT.2408 has at 203 cd/m2,
 // is a little below a television's: what is up to half as bright stays as it is, and what is
-// brighter shares the rest. Colours that a television lacks are the nearest that it has, since whole
-// numbers are not below 0: a missing green would be taken off the red.
+// brighter shares the rest. Colours that a television lacks are the nearest that it has, since
+// whole numbers are not below 0: a missing green would be taken off the red.
 std::string toneMapped(const SourceColors& colors, PixelSize size) {
     return fmt::format(
         "zscale=w={}:h={}:filter=bicubic:tin={}:pin=2020:min={}:rin={}:transfer=linear"
