@@ -68,10 +68,11 @@ void readMatroska(std::istream& file, const std::function<void(ByteSpan header)>
                   const std::function<void(const MatroskaPacket& packet)>& onPacket) {
     constexpr double kTicks = 1000;  // unless the file says otherwise, as ffmpeg's never do
     double cluster = 0;
-    std::optional<MatroskaPacket> packet;  // whose duration may follow
+    MatroskaPacket packet;  // whose duration may follow
+    bool isOpen = false;
     const auto finish = [&] {
-        if (packet) onPacket(*packet);
-        packet.reset();
+        if (isOpen) onPacket(packet);
+        isOpen = false;
     };
     while (auto element = elementIn(file)) {
         const std::uint64_t name = element->first;
@@ -80,13 +81,14 @@ void readMatroska(std::istream& file, const std::function<void(ByteSpan header)>
         const auto value = [&] { return reader.number(std::min<std::size_t>(bytes.size(), 4)); };
         if (name == kCodecHeader) onHeader(bytes);
         if (name == kTimestamp) cluster = value() / kTicks;
-        if (name == kDuration && packet) packet->duration = value() / kTicks;
+        if (name == kDuration && isOpen) packet.duration = value() / kTicks;
         if (name != kBlock && name != kSimpleBlock) continue;
         finish();
         reader.skip(1);  // the track's number
         const auto ticks = static_cast<std::int16_t>(reader.number(2));
         reader.skip(1);
         packet = {cluster + ticks / kTicks, 0, {reader.rest().begin(), reader.rest().end()}};
+        isOpen = true;
     }
     finish();
 }
