@@ -118,7 +118,7 @@ class SetReader {
         title["subtitles"] = subtitlesOf(*first);
         for (const std::uint32_t color : first->palette)
             title["palette"].push_back(color);
-        return title;
+        return std::optional<Json>(std::in_place, std::move(title));
     }
 
   private:
