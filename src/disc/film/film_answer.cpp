@@ -171,6 +171,16 @@ FilmSubtitle subtitleOf(const Json& stream) {
     return subtitle;
 }
 
+// Whether there are captions in the first pictures.
+bool hasCaptions(const Json& frames) {
+    return std::ranges::any_of(frames, [](const Json& frame) {
+        const Json& data = member(frame, "side_data_list");
+        return std::ranges::any_of(data, [](const Json& each) {
+            return textOf(each, "side_data_type").starts_with("ATSC A53");
+        });
+    });
+}
+
 // Of whatever is said, for those who do not hear it.
 FilmSubtitle captionsIn(const Film& film) {
     FilmSubtitle subtitle;
@@ -320,7 +330,7 @@ Film filmFromAnswer(FilmSource source, std::string_view json) {
         if (textOf(each, "codec_name") == "dvd_nav_packet") film.hasNavigation = true;
     }
     film.notes = leftOutOf(streams, *stream);
-    if (intOf(*stream, "closed_captions") != 0) film.subtitles.push_back(captionsIn(film));
+    if (hasCaptions(member(answer, "frames"))) film.subtitles.push_back(captionsIn(film));
     film.start = numberOf(format, "start_time");
     film.video.start = std::max(0.0, numberOf(*stream, "start_time") - film.start);
     const double start = film.start + film.video.start;

@@ -107,7 +107,7 @@ std::string probeAnswer(const FilmSource& source, const Tools& tools) {
     // Whether there are captions in its pictures is known when one is decoded.
     ask(source,
         {"-of", "json", "-show_format", "-show_streams", "-show_chapters", "-show_entries",
-         "frame=pts", "-read_intervals", "%+#8"},
+         "frame=pts:frame_side_data=side_data_type", "-read_intervals", "%+#8"},
         tools, [&](std::string_view line) { answer.append(line).append("\n"); });
     return answer;
 }
