@@ -34,7 +34,7 @@ _tkvDvdDisc() {
             $split && return
             if [[ $cur == -* ]]; then
                 COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean
-                    --keep-going --verify --quiet --pal --ntsc --first-film --no-menu --title --background --music --size
+                    --keep-going --verify --quiet --pal --ntsc --first-film --join --no-menu --title --background --music --size
                     --chapters --subtitles --titles --volume --pitch --language --label --help --version' -- "$cur"))
             else
                 _filedir "@(toml|$films)"

@@ -32,6 +32,7 @@ _arguments -S \
     '(--ntsc)--pal[a PAL disc]' \
     '(--pal)--ntsc[an NTSC disc]' \
     '--first-film[play the first film before the menu comes]' \
+    '--join[one film of the pieces of a recording]' \
     '--no-menu[the films just play]' \
     '--title=[heads the menus and names the disc]:text: ' \
     "--background=[picture behind the menus]:picture: _tkvDvdDisc_file_or_none '$pictures'" \

@@ -310,7 +310,7 @@ TEST_F(Films, EndWithAReason) {
         {"", "-o others ready.vob", "holds files of others"},
         {"", "-o faults missing.mp4", "there is no such film"},
         {"", "-o ready.vob chap*.mp4", "ready.vob is a file. Name a folder with -o."},
-        {"", "-o faults others", "others is a folder without a DVD's films"},
+        {"", "-o faults others", "others is a folder in which there is no film"},
         {"", "-o faults --background no.jpg cut.mp4", "no.jpg cannot stand behind the menus"},
         {"", "-o faults --music no.mp3 cut.mp4", "no.mp3 cannot be heard in the menus"},
         {"", "-o faults text.mp4", "cannot be read as a film: it is a text. Leave it out."},

@@ -12,8 +12,10 @@
 #include "disc/author/layer_break.h"
 #include "disc/author/output_folder.h"
 #include "disc/film/ffprobe.h"
+#include "disc/film/film_choices.h"
 #include "disc/film/film_list.h"
 #include "disc/film/kept_film.h"
+#include "disc/make/bars.h"
 #include "disc/make/cover_pictures.h"
 #include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
@@ -63,7 +65,7 @@ void requireNothingLost(const Options& options, const FilmList& films) {
 }
 
 FilmList safeFilms(const Options& options, ProgramStop& stop) {
-    FilmList films(options.project, options.keepsGoing, stop);
+    FilmList films(options.project, options.output, options.keepsGoing, stop);
     requireNothingLost(options, films);
     return films;
 }
@@ -151,9 +153,13 @@ class DiscMaker {
     }
 
     void findFilms() {
-        const auto passedOver = films_.probe(
-            stop_, [&](const FilmSource& source) { return probeFilmOnce(source, workshop_); });
+        const auto probe = [&](const FilmSource& source) {
+            return probeFilmOnce(source, workshop_);
+        };
+        const auto passedOver = films_.probe(stop_, probe);
         if (!passedOver.empty()) progress_.say(passedOverLine(passedOver));
+        for (const std::string& line : films_.joinClips(probe))
+            progress_.say(line);
         films_.visit([&](Film& film, const FilmRequest& request) {
             chooseSubtitles(request, options_.project, film);
             for (const FilmSubtitle& subtitle : film.subtitles) {
@@ -168,6 +174,10 @@ class DiscMaker {
                 readSubtitles(film, workshop_);
             });
         }
+        films_.visit([&](Film& film, FilmRequest& request) {
+            applyChoices(request, film);
+            if (request.choices.cutsBars) cutEdges(film, barsOf(film, workshop_));
+        });
         sayLeftOut();
     }
 

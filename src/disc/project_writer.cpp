@@ -21,11 +21,16 @@ Outcome writeProjectFile(const Options& options, ProgressReceiver& receiver, Pro
     return outcomeOf([&] {
         requirePrograms({"ffprobe"});
         const Tools tools("", stop);
-        FilmList films(options.project, options.keepsGoing, stop);
-        const auto passedOver = films.probe(stop, [&](const FilmSource& source) {
-            return probedFilm(source, probeAnswer(source, tools), tools);
-        });
+        FilmList films(options.project, options.output, options.keepsGoing, stop);
+        const auto probe = [&](const FilmSource& source) {
+            return filmOf(source, [&](const FilmSource& each) {
+                return probedFilm(each, probeAnswer(each, tools), tools);
+            });
+        };
+        const auto passedOver = films.probe(stop, probe);
         if (!passedOver.empty()) receiver.say(passedOverLine(passedOver));
+        for (const std::string& line : films.joinClips(probe))
+            receiver.say(line);
         // All that a person may want to change of what the films say.
         Project project = films.project();
         addSuggestions(project, films.films());

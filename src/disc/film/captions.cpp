@@ -28,14 +28,6 @@ constexpr const char* kCamera =
     "(?:(?:vid|img|pxl|mvi|mov|video|dsc[fn]?|gopr|g[hpx]|dji|mah|sam|cimg|imag|hpim|sdc|pict|clip|"
     "trim|p|c)[-_ ]?\\d{3,8}(?:[-_]wa\\d+)?|\\d{5}|";
 
-bool isCameraName(const std::string& name) {
-    static const std::regex pattern(std::string(kCamera) +
-                                    "(?:vid|img|pxl|mvi|mov|video|dji|trim|signal|whatsapp "
-                                    "video|screen[-_ ]?recording)?[-_ ]?" +
-                                    kMoment + "[-_\\d]*)");
-    return std::regex_match(asciiLowered(name), pattern);
-}
-
 // Of a tag in ISO 8601, or a name; of Greenwich's time the user's. What is longer is neither, and
 // too much for a regular expression.
 std::optional<std::tm> momentIn(const std::string& text) {
@@ -107,6 +99,14 @@ std::optional<std::vector<std::string>> withoutNumbers(const std::vector<std::st
 }
 
 }  // namespace
+
+bool isCameraName(const std::string& name) {
+    static const std::regex pattern(std::string(kCamera) +
+                                    "(?:vid|img|pxl|mvi|mov|video|dji|trim|signal|whatsapp "
+                                    "video|screen[-_ ]?recording)?[-_ ]?" +
+                                    kMoment + "[-_\\d]*)");
+    return std::regex_match(asciiLowered(name), pattern);
+}
 
 std::vector<std::string> captionsOf(const std::vector<FilmRequest>& requests,
                                     const std::vector<Film>& films, const Labels& labels) {

@@ -65,9 +65,11 @@ struct VideoTrack {
     PixelSize size;                           ///< as stored
     PixelSize shown;                          ///< turned upright, before the pixels' shape counts
     double aspect = 0;                        ///< width to height of the picture as shown
+    Edges cut;                                ///< what is left out of it, in pixels of `shown`
     double start = 0;     ///< of the first frame, in seconds after the film's earliest track begins
     FrameRate frameRate;  ///< of whole pictures, on average
     Fields fields = Fields::progressive;
+    bool isToBeWhole = false;     ///< are whole pictures to be made of its fields?
     std::int64_t maxBitRate = 0;  ///< of the decoder's buffer, bits a second; 0 when not told
 };
 
@@ -87,12 +89,22 @@ struct Film {
     double start = 0;                ///< of the file's own time, in seconds
     double seconds = 0;              ///< by the file's word; by its frames once they are counted
     double lost = 0;             ///< seconds before the first frame that can be decoded, as counted
+    double skipped = 0;          ///< seconds before its first frame that nobody wants
+    double soundDelay = 0;       ///< seconds by which its sound is to come later
+    bool endsEarly = false;      ///< does it go on in the file, where nobody wants it?
+    bool isAltered = false;      ///< is something wanted otherwise than a copy would have it?
+    bool picksSound = false;     ///< were its sound tracks chosen?
     bool hasNavigation = false;  ///< DVD navigation packs
     /// Of each keyframe, in seconds from the first frame; empty until the frames are counted.
     std::vector<double> keyframes;
     int frames = 0;            ///< 0 until they are counted
     int keyframeInterval = 0;  ///< frames at most from one keyframe to the next, once counted
 };
+
+/// Where ffmpeg finds a moment of a film: the same of times after its first frame, wherever that is
+/// in its source. `seconds` is the input's own time then, 0 where it is to be read from its start,
+/// and `begin` the film's time at the input's 0.
+FilmPlace placeIn(const Film& film, double entry, double moment);
 
 /// Has the film begin with a frame at that time, in seconds after its earliest track begins; its
 /// chapters' times follow.

@@ -287,12 +287,6 @@ bool isPicture(const std::string& container) {
 
 }  // namespace
 
-void beginAt(Film& film, double start) {
-    for (Chapter& mark : film.marks)
-        mark.seconds = std::max(0.0, mark.seconds - (start - film.video.start));
-    film.video.start = start;
-}
-
 Film filmFromAnswer(FilmSource source, std::string_view json) {
     const Json answer = Json::parse(json, nullptr, false);
     const Json& format = member(answer, "format");

@@ -1,9 +1,16 @@
 #include "disc/film/film_list.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
+#include <array>
+#include <filesystem>
 #include <utility>
 
+#include "disc/film/clips.h"
 #include "disc/film/film_sources.h"
+#include "disc/film/folder.h"
+#include "disc/film/joined_film.h"
 #include "disc/run/parallel_tasks.h"
 #include "system/paths.h"
 
@@ -15,6 +22,15 @@ namespace {
 bool isClutter(const std::string& path) {
     const std::string name = asciiLowered(lastComponent(path));
     return name.starts_with(".") || name == "thumbs.db" || name == "desktop.ini";
+}
+
+// Whether a file is about as large as the file systems of cards allow, or as cameras do, which keep
+// below 2 or 4 GB.
+bool isFull(std::int64_t bytes) {
+    constexpr std::int64_t kGiB = std::int64_t{1} << 30U;
+    return std::ranges::any_of(std::array{2 * kGiB, 4 * kGiB}, [&](std::int64_t most) {
+        return bytes <= most && bytes > most - most / 10;
+    });
 }
 
 // Of items that belong to one film each, those of films without a fault.
@@ -30,12 +46,52 @@ void keepFaultless(std::vector<Item>& items, const std::vector<std::optional<Fau
 
 }  // namespace
 
-FilmList::FilmList(Project project, bool keepsGoing, ProgramStop& stop)
+FilmList::FilmList(Project project, const std::string& output, bool keepsGoing, ProgramStop& stop)
     : project_(std::move(project)), keepsGoing_(keepsGoing) {
     for (const FilmRequest& request : std::exchange(project_.films, {})) {
-        if (const auto fault = faultOf([&] { find(request, stop); })) leftOut_.push_back(*fault);
+        const auto fault = faultOf([&] {
+            for (const FilmRequest& film : requestsIn(request, output))
+                find(film, stop);
+        });
+        if (fault) leftOut_.push_back(*fault);
     }
     requireEnough();
+    const std::size_t count = sources_.size();
+    if (count > kMostFilms)
+        throw DiscError(fmt::format("{} films are too many: a disc holds {}. Make several discs.",
+                                    count, kMostFilms));
+}
+
+std::vector<FilmRequest> FilmList::requestsIn(const FilmRequest& request,
+                                              const std::string& output) {
+    const std::string& path = request.path;
+    std::error_code error;
+    if (!std::filesystem::is_directory(path, error)) return {request};
+    const FolderContents contents = contentsOf(path, output);
+    if (contents.films.empty())
+        throw DiscError(fmt::format("{} is a folder in which there is no film.", path), path);
+    const bool isOne = contents.films.size() == 1;
+    // A DVD is called as the folder that holds its own.
+    if (isOne && (contents.films[0] == path || contents.films[0] == joinPath(path, "VIDEO_TS")))
+        return {request};
+    if (!isOne && request.isOfOne()) {
+        throw DiscError(fmt::format("{} holds {} films, and what is said is of one. Name them one "
+                                    "by one.",
+                                    path, contents.films.size()),
+                        path);
+    }
+    std::vector<FilmRequest> requests;
+    for (const std::string& film : contents.films) {
+        requests.push_back(request);
+        requests.back().path = film;
+        requests.back().folder = path;
+        requests.back().isListed = true;
+    }
+    for (const auto* const names : {&contents.pictures, &contents.sounds, &contents.others}) {
+        for (const std::string& name : *names)
+            passedOver_.push_back(lastComponent(name));
+    }
+    return requests;
 }
 
 void FilmList::find(const FilmRequest& request, ProgramStop& stop) {
@@ -65,11 +121,12 @@ std::vector<std::string> FilmList::probe(ProgramStop& stop,
         });
         (isNone && project_.films[i].isListed ? noFilms : faults)[i] = fault;
     });
-    std::vector<std::string> passedOver;
+    std::vector<std::string> passedOver = passedOver_;
     for (std::size_t i = 0; i < noFilms.size(); ++i) {
         if (noFilms[i]) passedOver.push_back(lastComponent(sources_[i].path));
     }
-    if (passedOver.size() == sources_.size()) std::swap(faults, noFilms);
+    const auto isFilm = [](const std::optional<Fault>& none) { return !none; };
+    if (std::ranges::none_of(noFilms, isFilm)) std::swap(faults, noFilms);
     keepFaultless(project_.films, noFilms);
     keepFaultless(sources_, noFilms);
     keepFaultless(films_, noFilms);
@@ -78,7 +135,61 @@ std::vector<std::string> FilmList::probe(ProgramStop& stop,
     return passedOver;
 }
 
-void FilmList::visit(const std::function<void(Film&, const FilmRequest&)>& action) {
+// Whether a film seems to be the piece of a recording that follows on the film before it.
+bool FilmList::goesOn(std::size_t film) const {
+    if (film == 0 || film >= films_.size()) return false;
+    const Film &before = films_[film - 1], &piece = films_[film];
+    for (const std::size_t each : {film - 1, film}) {
+        const FilmSource& source = films_[each].source;
+        if (source.files.size() > 1 || source.title || project_.films[each].isOfOne()) return false;
+    }
+    if (!canGoOn(before, piece)) return false;
+    const std::string &first = before.source.path, &second = piece.source.path;
+    if (parentFolder(first) == parentFolder(second) && areOneStream({before, piece})) return true;
+    const auto a = clipNamed(first), b = clipNamed(second);
+    const bool isNext = a && b && a->recording == b->recording && a->number + 1 == b->number;
+    return isNext && (a->isSure || project_.joinsClips || isFull(before.source.bytes));
+}
+
+std::vector<std::string> FilmList::joinClips(const std::function<Film(const FilmSource&)>& probe) {
+    std::vector<std::string> lines;
+    for (std::size_t first = films_.size(); first-- > 0;) {
+        if (goesOn(first)) continue;
+        std::size_t end = first + 1;
+        while (goesOn(end))
+            ++end;
+        if (end == first + 1) continue;
+        lines.push_back(fmt::format(
+            "{} to {} ({} files) {}", lastComponent(films_[first].source.path),
+            lastComponent(films_[end - 1].source.path), end - first,
+            project_.joinsClips ? "are one film"
+                                : "look like one recording: --join makes one film of them"));
+        if (project_.joinsClips) join(first, end, probe);
+    }
+    if (project_.joinsClips && lines.empty())
+        lines.emplace_back("--join: no films look like the pieces of one recording");
+    std::ranges::reverse(lines);
+    return lines;
+}
+
+void FilmList::join(std::size_t first, std::size_t end,
+                    const std::function<Film(const FilmSource&)>& probe) {
+    FilmRequest& request = project_.films[first];
+    for (std::size_t piece = first; piece < end; ++piece)
+        request.parts.push_back(project_.films[piece].path);
+    sources_[first] = joinedSource(request);
+    films_[first] = probe(sources_[first]);
+    const auto eraseOthers = [&](auto& items) {
+        const auto begin = items.begin();
+        items.erase(begin + static_cast<std::ptrdiff_t>(first) + 1,
+                    begin + static_cast<std::ptrdiff_t>(end));
+    };
+    eraseOthers(project_.films);
+    eraseOthers(sources_);
+    eraseOthers(films_);
+}
+
+void FilmList::visit(const std::function<void(Film&, FilmRequest&)>& action) {
     std::vector<std::optional<Fault>> faults;
     for (std::size_t i = 0; i < films_.size(); ++i)
         faults.push_back(faultOf([&] { action(films_[i], project_.films[i]); }));

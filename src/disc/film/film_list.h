@@ -16,10 +16,11 @@ namespace tkv::disc {
 /// end the run.
 class FilmList {
   public:
-    /// Looks for the films' files; a request for a DVD becomes one for each of its titles.
-    /// `keepsGoing`: does the run go on without films that have a fault? Else it ends with all that
-    /// are found at once. Throws DiscError then, and where no film is left.
-    FilmList(Project project, bool keepsGoing, ProgramStop& stop);
+    /// Looks for the films' files; a request for a folder becomes one for each film in it, but for
+    /// what is in `output`, one for a DVD becomes one for each of its titles. `keepsGoing`: does
+    /// the run go on without films that have a fault? Else it ends with all that are found at once.
+    /// Throws DiscError then, and where no film is left, or more than a disc holds.
+    FilmList(Project project, const std::string& output, bool keepsGoing, ProgramStop& stop);
 
     /// What the person asks for, with the films that are left.
     const Project& project() const { return project_; }
@@ -31,22 +32,30 @@ class FilmList {
     /// Why others are not among them.
     const std::vector<Fault>& leftOut() const { return leftOut_; }
 
-    /// Probes the films side by side, and returns the names of files that are none: of requests
-    /// that stand on the command line, as a shell lists a folder, texts and pictures are passed
-    /// over as long as there is a film. `probe` is called from several threads. Throws as the
-    /// constructor.
+    /// Probes the films side by side, and returns the names of files that are none: of folders, and
+    /// of requests that stand on the command line, as a shell lists a folder, texts and pictures
+    /// are passed over as long as there is a film. `probe` is called from several threads. Throws
+    /// as the constructor.
     std::vector<std::string> probe(ProgramStop& stop,
                                    const std::function<Film(const FilmSource&)>& probe);
 
+    /// Puts the pieces of recordings together, where the project says so, and returns lines on
+    /// those that there are. `probe`: as before. Throws as the constructor.
+    std::vector<std::string> joinClips(const std::function<Film(const FilmSource&)>& probe);
+
     /// Does something with each film and what is asked of it, in turn. Throws as the constructor.
-    void visit(const std::function<void(Film&, const FilmRequest&)>& action);
+    void visit(const std::function<void(Film&, FilmRequest&)>& action);
 
     /// Leaves out films. `faults`: one for each film, none for those that stay. Throws as the
     /// constructor.
     void leaveOut(const std::vector<std::optional<Fault>>& faults);
 
   private:
+    std::vector<FilmRequest> requestsIn(const FilmRequest& request, const std::string& output);
     void find(const FilmRequest& request, ProgramStop& stop);
+    bool goesOn(std::size_t film) const;
+    void join(std::size_t first, std::size_t end,
+              const std::function<Film(const FilmSource&)>& probe);
     void requireEnough() const;
 
     Project project_;
@@ -54,6 +63,7 @@ class FilmList {
     std::vector<FilmSource> sources_;
     std::vector<Film> films_;
     std::vector<Fault> leftOut_;
+    std::vector<std::string> passedOver_;  // in folders
 };
 
 }  // namespace tkv::disc

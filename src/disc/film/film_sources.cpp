@@ -39,11 +39,6 @@ bool isPartOf(const DvdTitle& title, const DvdTitle& other) {
            (other.number < title.number || !contains(title, other));
 }
 
-// Whether it is one film that somebody describes.
-bool isOfOne(const FilmRequest& request) {
-    return request.caption || request.chapters || request.subtitles || !request.excerpts.empty();
-}
-
 using Titles = std::vector<FilmSource>;
 
 double playingTimeOf(const FilmSource& source) {
@@ -97,8 +92,20 @@ Titles named(Titles titles, const FilmRequest& request) {
 
 }  // namespace
 
+FilmSource joinedSource(const FilmRequest& request) {
+    for (const std::string& part : request.parts) {
+        if (sourceOf(part).files.size() > 1 || part.find_first_of("|\n") != std::string::npos)
+            throw DiscError(fmt::format("{} cannot be a part of a film.", part), request.path);
+    }
+    FilmSource source = sourceOf(request.path, request.parts);
+    for (const std::string& part : request.parts)
+        source.clips.push_back({part});
+    return source;
+}
+
 std::vector<FilmSource> sourcesOf(const FilmRequest& request, bool areAllWanted,
                                   ProgramStop& stop) {
+    if (!request.parts.empty()) return {joinedSource(request)};
     FilmSource source = sourceOf(request.path);
     const bool isFolder = std::filesystem::is_directory(request.path);
     Titles titles;
@@ -106,7 +113,7 @@ std::vector<FilmSource> sourcesOf(const FilmRequest& request, bool areAllWanted,
     if (request.title > 0) return named(std::move(titles), request);
     if (titles.empty()) return {std::move(source)};
     const FilmSource& longest = std::ranges::max(titles, {}, playingTimeOf);
-    const bool areWanted = areAllWanted && !isOfOne(request);
+    const bool areWanted = areAllWanted && !request.isOfOne();
     const double least = std::min(kLeastTitle, playingTimeOf(longest));
     const Titles shorter = takeOut(
         titles, [areWanted, least, number = longest.title->number](const FilmSource& title) {

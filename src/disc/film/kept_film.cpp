@@ -29,6 +29,19 @@ Json countsOf(const Film& film) {
             {"tracks", tracks}};
 }
 
+// What counting the frames of its clips changes of a film.
+void takeCounts(Film& film, Film counted) {
+    film.source = std::move(counted.source);
+    film.audio = std::move(counted.audio);
+    film.marks = std::move(counted.marks);
+    film.keyframes = std::move(counted.keyframes);
+    film.video.start = counted.video.start;
+    film.seconds = counted.seconds;
+    film.lost = counted.lost;
+    film.frames = counted.frames;
+    film.keyframeInterval = counted.keyframeInterval;
+}
+
 void setCounts(Film& film, const Json& counts) {
     counts.at("seconds").get_to(film.seconds);
     counts.at("lost").get_to(film.lost);
@@ -54,7 +67,9 @@ void setCounts(Film& film, const Json& counts) {
 
 }  // namespace
 
-Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
+namespace {
+
+Film probeOne(const FilmSource& source, Workshop& workshop) {
     const Workshop::Lock lock(workshop, source.stamp);
     const auto probed = [&](const FilmSource& asked) {
         std::vector<std::string> inputs{asked.stamp};
@@ -74,7 +89,21 @@ Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
     return whole.audio.size() > film.audio.size() ? whole : film;
 }
 
+}  // namespace
+
+Film probeFilmOnce(const FilmSource& source, Workshop& workshop) {
+    return filmOf(source, [&](const FilmSource& each) { return probeOne(each, workshop); });
+}
+
 void countFramesOnce(Film& film, Workshop& workshop) {
+    if (!film.source.clips.empty()) {
+        takeCounts(film, filmOf(film.source, [&](const FilmSource& each) {
+                       Film clip = probeOne(each, workshop);
+                       countFramesOnce(clip, workshop);
+                       return clip;
+                   }));
+        return;
+    }
     const std::string name = workshop.result(
         Workshop::nameOf("counts", ".json", {film.source.stamp}), [&](const std::string& made) {
             Film counted = film;

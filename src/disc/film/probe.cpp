@@ -15,6 +15,7 @@
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_answer.h"
 #include "disc/film/frame_counter.h"
+#include "disc/film/joined_film.h"
 #include "disc/film/title_facts.h"
 #include "disc/run/fault.h"
 
@@ -121,6 +122,20 @@ Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) 
     Film film = filmFromAnswer(std::move(source), answer);
     findFields(film, tools);
     addTitleFacts(film);
+    return film;
+}
+
+Film filmOf(const FilmSource& source, const std::function<Film(const FilmSource&)>& filmOf) {
+    if (source.clips.empty()) return filmOf(source);
+    std::vector<Film> clips;
+    clips.reserve(source.clips.size());
+    for (const FilmClip& clip : source.clips)
+        clips.push_back(filmOf(sourceOf(clip.file)));
+    if (!areOneStream(clips)) return joinedFilm(source, clips);
+    FilmSource whole = source;
+    whole.clips.clear();
+    Film film = filmOf(whole);
+    film.marks = clipMarks(clips);
     return film;
 }
 

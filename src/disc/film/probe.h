@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,10 @@ std::string probeAnswer(const FilmSource& source, const Tools& tools);
 /// its pictures are fields. The film's length is the file's word. Throws DiscError when it has no
 /// moving picture.
 Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools);
+
+/// The film of a source, whatever that is: of clips the film that they make. `filmOf`: makes those
+/// of sources that are no clips. Throws as joinedFilm and `filmOf`.
+Film filmOf(const FilmSource& source, const std::function<Film(const FilmSource&)>& filmOf);
 
 /// Reads the whole film, without decoding it: fills in its frames and keyframes, and corrects its
 /// length. Throws DiscError when it ends long before the file's word says it does.

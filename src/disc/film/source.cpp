@@ -87,6 +87,35 @@ std::string inputName(const std::vector<FilePart>& parts) {
     return names.size() == 1 ? names.front() : fmt::format("concat:{}", fmt::join(names, "|"));
 }
 
+// Has each clip's first frame follow the last of the one before, however long its sound lasts.
+std::string listOf(const std::vector<FilmClip>& clips) {
+    std::string list = "data:,ffconcat version 1.0\n";
+    for (std::size_t i = 0; i < clips.size(); ++i) {
+        const double next = i + 1 < clips.size() ? clips[i + 1].start : 0;
+        std::string name;
+        for (const char byte : clips[i].file)
+            name += byte == '\'' ? std::string("'\\''") : std::string(1, byte);
+        list += fmt::format("file 'file:{}'\nduration {:.6f}\n", name,
+                            clips[i].start + clips[i].seconds - next);
+    }
+    return list;
+}
+
+// Where a moment is in the clips: also behind the end of all.
+FilmPlace placeInClips(const std::vector<FilmClip>& clips, double entry, double moment) {
+    // What is left is to hold a frame.
+    constexpr double kTail = 0.1;
+    double begin = 0;
+    auto clip = clips.begin();
+    while (clip + 1 != clips.end() && moment >= begin + clip->seconds) {
+        begin += clip->seconds;
+        ++clip;
+    }
+    const double last = std::max(0.0, clip->seconds - kTail);
+    return {tkv::disc::inputName(clip->file), std::clamp(entry - begin, 0.0, last), begin,
+            clip != clips.begin(), clip->start - clips.front().start};
+}
+
 std::vector<std::string> filesOf(const std::string& path) {
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
@@ -97,9 +126,7 @@ std::vector<std::string> filesOf(const std::string& path) {
         std::vector<std::string> title = largestTitle(path);
         if (!title.empty()) return readable(title);
         throw DiscError(
-            fmt::format("{0} is a folder without a DVD's films (VTS_01_1.VOB and so on). Name the "
-                        "films in it: {0}/*",
-                        path),
+            fmt::format("{} is a folder without a DVD's films (VTS_01_1.VOB and so on).", path),
             path);
     }
     // A pipe would be waited for, and a device has no end.
@@ -166,6 +193,7 @@ std::string inputName(const std::string& file) {
 }
 
 std::string inputName(const FilmSource& source) {
+    if (!source.clips.empty()) return listOf(source.clips);
     if (!source.parts.empty()) return inputName(source.parts);
     if (source.files.size() == 1) return inputName(source.files.front());
     return fmt::format("concat:{}", fmt::join(source.files, "|"));
@@ -182,6 +210,7 @@ std::vector<FilePart> partsOf(const FilmSource& source) {
 FilmPlace placeIn(const FilmSource& source, double entry, double moment) {
     // What is left is to hold a keyframe.
     constexpr double kTail = 2;
+    if (!source.clips.empty()) return placeInClips(source.clips, entry, moment);
     if (!source.title || source.title->runs.size() < 2) return {inputName(source), entry};
     const std::vector<TitleRun>& runs = source.title->runs;
     const auto next = std::ranges::upper_bound(runs, moment, {}, &TitleRun::seconds);
@@ -203,6 +232,7 @@ FilmPlace placeIn(const FilmSource& source, double entry, double moment) {
 }
 
 std::vector<std::string> inputWords(const FilmSource& source) {
+    if (!source.clips.empty()) return {"-f", "concat", "-safe", "0", "-i", inputName(source)};
     if (!source.looksFurther) return {"-i", inputName(source)};
     // Bytes and microseconds: a track that is silent at first may begin minutes later.
     return {"-probesize", "1000000000", "-analyzeduration", "600000000", "-i", inputName(source)};

@@ -16,10 +16,20 @@ struct FilePart {
     bool operator==(const FilePart&) const = default;
 };
 
+/// One of the files that make a film together.
+struct FilmClip {
+    std::string file;
+    double start = 0;    ///< of its first frame, in seconds after its earliest track begins
+    double seconds = 0;  ///< from that to the end of its last one
+};
+
 /// The files of a film, as they are on the disk now.
 struct FilmSource {
-    std::string path;                ///< as asked for; messages name it
-    std::vector<std::string> files;  ///< absolute; one, or the VOBs of a title in their order
+    std::string path;  ///< as asked for; messages name it
+    /// Absolute; one, or in their order those of a film that lies in several: a title's VOBs, or
+    /// what a person has joined.
+    std::vector<std::string> files;
+    std::vector<FilmClip> clips;     ///< where each file has a clock of its own; else empty
     std::vector<FilePart> parts;     ///< what is read of them, in order; empty: all
     std::int64_t bytes = 0;          ///< of all that is read
     std::string stamp;               ///< differs after any of the files has changed
@@ -47,7 +57,8 @@ int titleSetOf(const FilmSource& source);
 bool takeTitle(FilmSource& source, DvdTitle title);
 
 /// What is given to ffmpeg and ffprobe as the name of a file or film, whatever it is called.
-/// Several files or parts are read as one; their names then hold no '|'.
+/// Several files or parts are read as one; their names then hold no '|'. Of a film of clips it is a
+/// list for ffmpeg's demuxer "concat", as inputWords names it.
 std::string inputName(const std::string& file);
 std::string inputName(const FilmSource& source);
 
@@ -57,14 +68,15 @@ std::vector<FilePart> partsOf(const FilmSource& source);
 /// Where a film is entered, on the way to a moment.
 struct FilmPlace {
     std::string input;    ///< as inputName returns it
-    double seconds = 0;   ///< of that
+    double seconds = 0;   ///< of that, after its first frame
     double begin = 0;     ///< of the film, where that begins
     bool isPart = false;  ///< Is it less than the film? Its streams have other numbers then.
+    double shift = 0;     ///< seconds by which its first frame is later in it than the film's is
 };
 
 /// Where ffmpeg finds a moment of a film when it enters it at `entry`, both in seconds from its
 /// begin: of a DVD's title whose time begins anew on the way, which it does not see, the part in
-/// which that moment is.
+/// which that moment is; of clips, the one in which it is.
 FilmPlace placeIn(const FilmSource& source, double entry, double moment);
 
 /// The same with the words before it: "-i" and its name.

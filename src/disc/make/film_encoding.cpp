@@ -16,10 +16,29 @@ constexpr int kMuxRate = 10'080'000;  // bit/s
 constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
 
+// Where a film is entered whose beginning nobody wants, in seconds after its earliest track begins:
+// so long before that there is a keyframe. A stream whose clock begins anew is read from its start.
+double entryOf(const Film& film) {
+    constexpr double kLead = 10;
+    const bool hasOneClock = !film.source.title || film.source.title->runs.size() < 2;
+    if (film.skipped == 0 || !hasOneClock) return 0;
+    return std::max(0.0, std::floor(film.video.start - kLead));
+}
+
+// The time of the first wanted frame behind that.
+double startOf(const Film& film) {
+    return film.video.start - entryOf(film);
+}
+
 Arguments startedOn(const Film& film) {
     Arguments arguments = ffmpegStart();
     // Told often enough to say where a decoder complains.
     append(arguments, {"-stats_period", "0.1"});
+    if (entryOf(film) > 0) append(arguments, {"-ss", fmt::format("{:.6f}", entryOf(film))});
+    if (film.endsEarly) {
+        constexpr double kTail = 5;
+        append(arguments, {"-t", fmt::format("{:.6f}", startOf(film) + film.seconds + kTail)});
+    }
     append(arguments, inputWords(film.source));
     return arguments;
 }
@@ -51,7 +70,13 @@ void appendSubtitles(Arguments& arguments, const std::string& subtitles, int inp
 // The graph that makes the disc's frames, "film", and the excerpts' pictures of them, "excerpt0"
 // and so on.
 std::string graphOf(const Film& film, const Conversion& conversion, const EncoderRun& run) {
-    const std::string frames = fmt::format("[0:{}]{}", film.video.index, discFrames(conversion));
+    std::string wanted;
+    // Half a frame before its time, the first frame is still to come.
+    if (film.skipped > 0)
+        wanted = fmt::format("trim=start={:.6f},",
+                             startOf(film) - 0.5 / film.video.frameRate.perSecond());
+    const std::string frames =
+        fmt::format("[0:{}]{}{}", film.video.index, wanted, discFrames(conversion));
     if (run.excerpts.empty() || run.pass == Pass::first) return frames + "[film]";
 
     std::string outputs = "[film]", excerpts;
@@ -152,13 +177,23 @@ std::string hastened(double speed, bool keepsPitch) {
         kSilence, speed, kSilence / speed);
 }
 
+// How times that do not follow from each other are made good: by silence, or by leaving something
+// out. Where clips were joined, pieces of one recording go on to the sample, whatever their times
+// say to a frame of sound; that of others is stretched by a hundredth, which nobody hears as a gap
+// would be. A resampler that were made for that on the way would begin to count anew.
+std::string_view compensation(const Film& film) {
+    return film.source.clips.empty() ? "async=1"
+                                     : "async=500:min_comp=0.03:min_hard_comp=0.1:flags=res";
+}
+
 // A track that begins and ends with the picture: late ones are filled from the start, short ones
 // to the end.
 std::string soundFilters(const Film& film, const Conversion& conversion, const DiscTrack& track,
                          double gain) {
     std::string filters;
-    if (film.video.start > 0) filters = fmt::format("asetpts=PTS-{:.6f}/TB,", film.video.start);
-    filters += fmt::format("aresample={}:async=1:first_pts=0", kSampleRate);
+    const double start = startOf(film) - film.soundDelay;
+    if (start != 0) filters = fmt::format("asetpts=PTS-({:.6f})/TB,", start);
+    filters += fmt::format("aresample={}:first_pts=0:{}", kSampleRate, compensation(film));
     filters += hastened(conversion.speed, conversion.keepsPitch);
     if (gain != 0) filters += fmt::format(",volume={:.2f}dB", gain);
     return fmt::format("{},aformat=sample_fmts=fltp:channel_layouts={},apad,atrim=end_sample={}",
@@ -310,21 +345,17 @@ Arguments pictureCommand(const Film& film, const SourceColors& colors, const Mom
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;
     const double last = std::max(0.0, film.seconds - (moment.isExact ? 0.1 : tail));
     const double seconds = std::clamp(moment.seconds, 0.0, last);
-    const double start = moment.isExact ? entryBefore(seconds, moment.lead) : seconds;
+    const double start = moment.isExact ? std::floor(seconds) - std::ceil(moment.lead) : seconds;
     Arguments arguments = ffmpegStart();
     append(arguments, {"-noaccurate_seek"});
     if (!moment.isExact) append(arguments, {"-skip_frame", "nokey"});
     // Raw streams have no times to look for.
-    const FilmPlace place = placeIn(film.source, start, seconds);
-    if (start > 0)
-        append(arguments, {"-ss", fmt::format("{:.6f}", film.video.start + place.seconds)});
+    const FilmPlace place = placeIn(film, start, seconds);
+    if (place.seconds > 0) append(arguments, {"-ss", fmt::format("{:.6f}", place.seconds)});
     append(arguments, {"-i", place.input, "-map", videoIn(film, place)});
     std::string filters = stillFilters(film.video, colors, raster);
-    if (moment.isExact) {
-        const double from =
-            seconds - place.begin - place.seconds + (start > 0 ? 0 : film.video.start);
-        filters = framesFrom(from, film.video.frameRate) + filters;
-    }
+    if (moment.isExact)
+        filters = framesFrom(seconds - place.begin - place.seconds, film.video.frameRate) + filters;
     append(arguments, {"-vf", filters, "-frames:v", "1"});
     // The keyframe's time is before 0 here, where pictures would otherwise be dropped.
     append(arguments, {"-fps_mode", "passthrough", "-c:v", "mjpeg", "-q:v", "3"});

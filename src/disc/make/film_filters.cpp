@@ -134,6 +134,9 @@ std::string motionFilters(const Conversion& conversion) {
                    timed(fields, 1);
         case FieldSource::pictures:
             return timed(fields, 1);
+        case FieldSource::merged:
+            return fmt::format("bwdif=send_frame:{}:all,", conversion.isTopFirst ? "tff" : "auto") +
+                   timed(frames, conversion.speed);
     }
     return {};
 }
@@ -145,6 +148,13 @@ std::string shownFrames(const Conversion& conversion) {
     const FrameRate stored = conversion.frameRate(), shown = factsOf(conversion.standard).frameRate;
     return fmt::format("settb=1/90000,setpts=(N+0.1)*{}/({}*TB),fps={}/{},", stored.denominator,
                        stored.numerator, shown.numerator, shown.denominator);
+}
+
+// Leaves a part of a picture.
+std::string cutOff(const Edges& edges) {
+    if (edges == Edges{}) return {};
+    return fmt::format("crop=iw-{}:ih-{}:{}:{},", edges.left + edges.right,
+                       edges.top + edges.bottom, edges.left, edges.top);
 }
 
 std::string_view weavingFilter(FieldSource source) {
@@ -166,9 +176,9 @@ std::string discFrames(const Conversion& conversion) {
     // What rounding leaves out or puts in at the end is made good, but no more: a film that ends
     // too early is to be noticed.
     return fmt::format(
-        "{}{}{},setdar={}{},setparams=field_mode={}:range=unspecified:color_primaries=unknown"
+        "{}{}{}{},setdar={}{},setparams=field_mode={}:range=unspecified:color_primaries=unknown"
         ":color_trc=unknown:colorspace=unknown,tpad=stop=2:stop_mode=clone,trim=end_frame={}",
-        motionFilters(conversion),
+        cutOff(conversion.cut), motionFilters(conversion),
         scaled(conversion.colors, {placement.width, placement.height}, rows),
         padded(placement, raster), conversion.isWide ? "16/9" : "4/3",
         weavingFilter(conversion.fields), conversion.hasFields() ? "tff" : "prog",
@@ -199,8 +209,8 @@ std::string stillFilters(const VideoTrack& video, const SourceColors& colors,
     const auto inColors = [&](PixelSize to) { return scaled(colors, to, Rows::together); };
     Seen seen;
     seen.aspect = video.aspect;
-    return fmt::format("{}{},{}", isFields ? "field=top," : "", filled(seen, raster, inColors),
-                       asJpeg(raster.size));
+    return fmt::format("{}{}{},{}", cutOff(video.cut), isFields ? "field=top," : "",
+                       filled(seen, raster, inColors), asJpeg(raster.size));
 }
 
 bool isCutToFill(double aspect, double shape) {

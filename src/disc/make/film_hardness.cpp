@@ -24,10 +24,10 @@ namespace {
 // Samples of a film, each a group of pictures, which has as many of each kind as the encoder's
 // have.
 constexpr int kSamples = 12;
-constexpr int kBetween = 2;  // B-frames between two that others refer to
+constexpr int kBFramesBetween = 2;  // B-frames between two that others refer to
 
 int framesOfSample(const Conversion& conversion) {
-    return (conversion.keyframeInterval() - 1) / (kBetween + 1) * (kBetween + 1) + 1;
+    return (conversion.keyframeInterval() - 1) / (kBFramesBetween + 1) * (kBFramesBetween + 1) + 1;
 }
 
 // The file of a quantiser. `output`: a name that all have in common.
@@ -43,11 +43,9 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
     const int frames = framesOfSample(conversion);
     Arguments arguments = ffmpegStart();
     // Raw streams have no times to look for.
-    const FilmPlace place = placeIn(film.source, seconds, seconds);
-    if (seconds > 0) {
-        append(arguments, {"-noaccurate_seek", "-ss",
-                           fmt::format("{:.3f}", film.video.start + place.seconds)});
-    }
+    const FilmPlace place = placeIn(film, seconds, seconds);
+    if (place.seconds > 0)
+        append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.3f}", place.seconds)});
     append(arguments, {"-i", place.input});
     std::string outputs;
     for (const int quantiser : kLookQuantisers)
@@ -57,7 +55,7 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
                                                       frames, kLookQuantisers.size(), outputs)});
     for (const int quantiser : kLookQuantisers) {
         append(arguments, {"-map", fmt::format("[with{}]", quantiser), "-c:v", "mpeg2video"});
-        append(arguments, {"-trellis", "1", "-bf", fmt::format("{}", kBetween)});
+        append(arguments, {"-trellis", "1", "-bf", fmt::format("{}", kBFramesBetween)});
         append(arguments, {"-g", fmt::format("{}", frames), "-sc_threshold", "1000000000"});
         append(arguments, {"-r", fmt::format("{}/{}", rate.numerator, rate.denominator)});
         append(arguments, {"-flags", conversion.hasFields() ? "+cgop+ilme+ildct" : "+cgop"});

@@ -59,7 +59,7 @@ std::string indexOf(const DiscFilm& film) {
 // added to its streams or left out of them.
 bool staysWhole(const DiscFilm& film) {
     const Film& source = film.film;
-    if (!source.hasNavigation || source.audio.empty()) return false;
+    if (!source.hasNavigation || source.audio.empty() || source.picksSound) return false;
     const auto& title = source.source.title;
     const bool hasOwn = title && !title->subtitles.empty();
     return hasOwn ? film.conversion.keepsSubtitles : film.subtitles.empty();
@@ -96,7 +96,11 @@ std::string filmName(const DiscFilm& film) {
     if (conversion.isCopied) {
         const std::string_view extension = film.film.hasNavigation ? ".vob" : ".mpg";
         std::vector<std::string> inputs{source.path, source.stamp, "copied"};
-        if (!staysWhole(film)) inputs.push_back("in streams " + indexOf(film));
+        if (!staysWhole(film)) {
+            inputs.push_back("in streams " + indexOf(film));
+            for (const DiscTrack& track : conversion.tracks)
+                inputs.push_back(std::to_string(track.index));
+        }
         return Workshop::nameOf("film", extension, inputs);
     }
     EncoderRun run;

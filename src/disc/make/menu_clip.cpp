@@ -37,7 +37,8 @@ Arguments menuClipCommand(const MenuSound& sound, Standard standard, int rate,
     } else {
         append(arguments, {"-ss", fmt::format("{:.3f}", sound.from), "-i", sound.input});
     }
-    append(arguments, {"-map", "0:v:0", "-map", "1:a:0"});
+    append(arguments,
+           {"-map", "0:v:0", "-map", "1:" + (sound.input.empty() ? "a:0" : sound.stream)});
     append(arguments, {"-vf", fmt::format("scale={}:{}:out_color_matrix=bt601:out_range=tv,"
                                           "format=yuv420p,setparams=color_primaries=unknown:"
                                           "color_trc=unknown:colorspace=unknown",

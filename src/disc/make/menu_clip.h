@@ -12,9 +12,10 @@ namespace tkv::disc {
 
 /// What is heard in a menu: from that moment of the input on; silence without an input.
 struct MenuSound {
-    std::string input;  ///< as ffmpeg names it
-    double from = 0;    ///< seconds
-    std::string stamp;  ///< differs after the input's files have changed
+    std::string input;           ///< as ffmpeg names it
+    double from = 0;             ///< seconds
+    std::string stream = "a:0";  ///< of that input, in its words
+    std::string stamp;           ///< differs after the input's files have changed
 };
 
 /// Makes the menu's film of the composer's frames, whose pixels it reads from its standard input,

@@ -82,11 +82,13 @@ MenuSetting menuSettingOf(const Project& project, const DiscPlan& plan) {
     }
     const DiscFilm& first = plan.films.front();
     if (project.music && project.music != kNone) {
-        setting.sound = {inputName(*project.music), 0, stampOf({*project.music})};
+        setting.sound = {.input = inputName(*project.music), .stamp = stampOf({*project.music})};
     } else if (!project.music && !first.film.audio.empty()) {
         const FilmSource& source = first.film.source;
-        const FilmPlace place = placeIn(source, first.span.from, first.span.from);
-        setting.sound = {place.input, place.seconds, source.stamp};
+        const FilmPlace place = placeIn(first.film, first.span.from, first.span.from);
+        const AudioTrack& track = first.film.audio.front();
+        setting.sound = {place.input, place.seconds,
+                         place.isPart ? "a:0" : std::to_string(track.index), source.stamp};
     }
     return setting;
 }

@@ -37,6 +37,7 @@ std::string noteOn(double from, double to) {
 
 FieldSource fieldsOf(const VideoTrack& video, Standard standard) {
     const double rate = video.frameRate.perSecond();
+    if (video.isToBeWhole) return FieldSource::merged;
     if (video.fields != Fields::progressive) {
         const bool isOwn = isNear(rate, factsOf(standard).frameRate.perSecond());
         return isOwn ? FieldSource::kept : FieldSource::other;
@@ -61,6 +62,7 @@ void decideMotion(const VideoTrack& video, Conversion& conversion) {
             conversion.note = noteOn(rate, 2 * discRate);
             return;
         case FieldSource::none:
+        case FieldSource::merged:
             break;
     }
     if (isCinema(rate) && conversion.standard == Standard::ntsc) {
@@ -99,6 +101,7 @@ bool isWide(const VideoTrack& video) {
 
 void decideShape(const VideoTrack& video, Conversion& conversion) {
     conversion.isWide = isWide(video);
+    conversion.cut = video.cut;
     // Columns are even, rows in fours, so that each field has whole rows of colour.
     conversion.placement =
         placedIn({kRasterWidth, factsOf(conversion.standard).rasterHeight},
@@ -162,7 +165,8 @@ bool beginsRight(const AudioTrack& track, const Film& film) {
 bool isTaken(const AudioTrack& track, const Film& film, const Conversion& conversion) {
     return track.codec == "ac3" && track.sampleRate == 48000 && track.bitRate > 0 &&
            track.bitRate <= kTopAc3Rate * std::int64_t{1000} && track.isWhole && track.isUnbroken &&
-           beginsRight(track, film) && conversion.speed == 1 && !conversion.evensLoudness;
+           beginsRight(track, film) && conversion.speed == 1 && !conversion.evensLoudness &&
+           film.skipped == 0 && film.soundDelay == 0;
 }
 
 }  // namespace

@@ -44,6 +44,7 @@ enum class FieldSource {
     kept,      ///< the film's own fields
     other,     ///< the film's fields, of which others are made for this standard's rate
     pictures,  ///< a field of each frame of a film of 48 or more a second
+    merged,    ///< there are none any more: whole pictures are made of the film's
 };
 
 /// Where a film's picture lies in a raster; the rest is black. Columns and rows from the top left.
@@ -82,6 +83,7 @@ struct Conversion {
     bool keepsPitch = true;     ///< then: does the sound keep its pitch, or rise with the speed?
     int frames = 1;             ///< of the disc's film, as they are stored
     double seconds = 0;         ///< of the disc's film
+    Edges cut;                  ///< what is left out of the film's picture
     bool isWide = false;        ///< is its frame 16:9, or else 4:3?
     Placement placement{};      ///< in that frame
     SourceColors colors;
@@ -96,7 +98,7 @@ struct Conversion {
     std::vector<Chapter> chapters;  ///< in seconds of the disc's film: the first at 0, rising
     std::string note;  ///< what is worth telling about its motion, in some words; mostly empty
 
-    bool hasFields() const { return fields != FieldSource::none; }
+    bool hasFields() const { return fields != FieldSource::none && fields != FieldSource::merged; }
 
     /// Of the disc's film, as they are stored.
     FrameRate frameRate() const;

@@ -47,7 +47,8 @@ std::string titleOf(const Project& project, const std::vector<DiscFilm>& films) 
     if (project.title) return *project.title;
     if (project.films.empty()) return "";
     const auto folder = [](const FilmRequest& film) {
-        return std::filesystem::path(film.path).parent_path();
+        const std::filesystem::path path = film.path;
+        return film.folder.empty() ? path.parent_path() : std::filesystem::path(film.folder);
     };
     const auto first = folder(project.films.front());
     const bool isOneDvd = std::ranges::all_of(project.films, [&](const FilmRequest& film) {
@@ -199,7 +200,8 @@ DiscPlan planDisc(const Project& project, std::vector<Film> films) {
     plan.title = titleOf(project, plan.films);
     plan.language = project.labels.language;
     for (DiscFilm& film : plan.films) {
-        const bool isReady = whyNotDvdReady(film.film, plan.standard).empty();
+        const bool isReady =
+            !film.film.isAltered && whyNotDvdReady(film.film, plan.standard).empty();
         convert(film, project, plan.standard, isReady && !project.evenVolume);
     }
     // Films that are ready stay as they are, unless there is no room for them.

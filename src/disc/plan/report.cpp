@@ -122,7 +122,13 @@ std::vector<std::string> leftOutLines(const DiscFilm& film) {
 }  // namespace
 
 std::string passedOverLine(const std::vector<std::string>& names) {
-    return fmt::format("Passed over, since not a film: {}", fmt::join(names, ", "));
+    constexpr std::size_t kMostNames = 8;
+    const std::size_t told = names.size() > kMostNames + 1 ? kMostNames : names.size();
+    const auto rest = names.size() - told;
+    return fmt::format(
+        "Passed over, since not a film: {}{}",
+        fmt::join(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(told), ", "),
+        rest == 0 ? "" : fmt::format(" and {} more", rest));
 }
 
 std::vector<std::string> planLines(const DiscPlan& plan) {

@@ -35,8 +35,8 @@ bool mayKeepSubtitles(const Film& film) {
     const auto isOwn = [](const FilmSubtitle& subtitle) {
         return subtitle.path.empty() && subtitle.codec == "dvd_subtitle";
     };
-    return film.palette && film.hasNavigation && !film.audio.empty() && !film.subtitles.empty() &&
-           std::ranges::all_of(film.subtitles, isOwn);
+    return film.palette && film.hasNavigation && !film.picksSound && !film.audio.empty() &&
+           !film.subtitles.empty() && std::ranges::all_of(film.subtitles, isOwn);
 }
 
 std::vector<DiscSubtitle> discSubtitles(const Film& film, bool keepsOwn, std::string_view shown) {

@@ -22,12 +22,12 @@ namespace {
 constexpr const char* kVersion = "tkvDvdDisc " TKV_VERSION;
 constexpr const char* kUsage = R"(Usage: tkvDvdDisc [options] FILM... -o FOLDER
 
-FILM is a film file, a VIDEO_TS folder, the VOBs of a title, or one project file
-(*.toml) with films and settings. A name that begins with a hyphen stands behind
-the word --.
+FILM is a film file, a folder of films, a VIDEO_TS folder, the VOBs of a title,
+or one project file (*.toml) with films and settings. A name that begins with a
+hyphen stands behind the word --.
 )";
 constexpr const char* kExamples = R"(Examples:
-  tkvDvdDisc holiday/*.mp4 -o holiday-dvd
+  tkvDvdDisc holiday -o holiday-dvd
   tkvDvdDisc --title "Our summer" --music waves.flac --ntsc a.mov b.mkv -o out
   tkvDvdDisc --write film.toml *.mp4
   tkvDvdDisc film.toml -o out)";
@@ -122,6 +122,8 @@ std::vector<OptionRow> optionRows() {
          [](Reading& reading, auto&) { reading.options.project.standard = Standard::ntsc; }},
         {kDisc, "--first-film", "", "plays the first film before the menu comes",
          [](Reading& reading, auto&) { reading.options.project.playsFirstFilm = true; }},
+        {kDisc, "--join", "", "one film of the pieces of a recording",
+         [](Reading& reading, auto&) { reading.options.project.joinsClips = true; }},
         {kDisc, "--no-menu", "", "the films just play",
          [](Reading& reading, auto&) { reading.options.project.hasMenu = false; }},
     };

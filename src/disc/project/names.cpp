@@ -104,7 +104,9 @@ std::string captionOf(const FilmRequest& request, std::string_view tag) {
 }
 
 std::string shortName(const FilmRequest& request) {
-    std::string name = lastComponent(request.path);
+    const bool isPlain = isDvdFolder(lastComponent(request.path));
+    std::string name = lastComponent(isPlain ? parentFolder(request.path) : request.path);
+    if (request.parts.size() > 1) name += fmt::format(" and {} more", request.parts.size() - 1);
     if (request.title > 0) name += fmt::format(", title {}", request.title);
     return name;
 }

@@ -22,7 +22,8 @@ std::string withCapital(const std::string& text);
 /// `tag`: its own title; may be empty.
 std::string captionOf(const FilmRequest& request, std::string_view tag);
 
-/// What a film is called where a run tells of it: its name, and of a DVD's titles which.
+/// What a film is called where a run tells of it: its name, and of a DVD's titles which, or how
+/// many parts there are.
 std::string shortName(const FilmRequest& request);
 
 /// What a disc image may be called: the text in capital letters without accents, digits and

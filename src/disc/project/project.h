@@ -51,8 +51,32 @@ struct SubtitleRequest {
     bool operator==(const SubtitleRequest&) const = default;
 };
 
+/// Rows and columns that are cut off a picture as it is shown, upright.
+struct Edges {
+    int left = 0, top = 0, right = 0, bottom = 0;
+    bool operator==(const Edges&) const = default;
+};
+
+/// What somebody wants to be otherwise than it is in a film. Times are the film's own, in seconds
+/// from its first frame.
+struct FilmChoices {
+    double start = 0;             ///< what comes before is left out
+    std::optional<double> end{};  ///< the same of what comes behind
+    /// Two letters of languages, or numbers from 1.
+    std::optional<std::vector<std::string>> audio{};
+    double audioDelay = 0;  ///< seconds by which the sound comes later; below 0: earlier
+    bool cutsBars = false;  ///< are black bars to be found and cut off?
+    Edges edges{};          ///< else what is cut off
+    double aspect = 0;      ///< width to height of the whole picture; 0: its own
+    /// Are whole pictures to be made of fields, or are they whole, whatever the film tells?
+    std::optional<bool> deinterlace{};
+    std::string place{};  ///< where that stands: "film.toml:12"
+    bool operator==(const FilmChoices&) const = default;
+};
+
 struct FilmRequest {
-    std::string path;  ///< absolute; a film, a VIDEO_TS folder, or the first VOB of a title
+    /// Absolute; a film, the first VOB of a title, or a folder: a DVD's, or one with films.
+    std::string path;
     std::optional<std::string> caption;
     std::vector<double> excerpts;  ///< seconds at which the thumbnail's pictures begin, the first
     std::optional<std::vector<Chapter>> chapters;
@@ -62,7 +86,16 @@ struct FilmRequest {
     std::optional<std::string> shown{};
     /// Of a DVD's titles, from 1, the only one that is meant; 0: as Project's.
     int title = 0;
+    std::vector<std::string> parts{};  ///< absolute; files that make it together, `path` the first
+    FilmChoices choices{};
+    std::string folder{};  ///< absolute; the one that was named instead of all that is in it
     bool operator==(const FilmRequest&) const = default;
+
+    /// Whether it says more than one film could be given.
+    bool isOfOne() const {
+        return caption || chapters || subtitles || !excerpts.empty() || title > 0 ||
+               choices.start > 0 || choices.end;
+    }
 };
 
 /// Instead of a language: subtitles that are found stand on the disc, and are shown on demand.
@@ -91,6 +124,7 @@ struct Project {
     Labels labels;
     /// Absolute paths of folders whose names say nothing of the films in them.
     std::vector<std::string> plainFolders{};
+    bool joinsClips = false;  ///< are pieces of one recording one film?
     bool operator==(const Project&) const = default;
 };
 

@@ -6,6 +6,7 @@
 
 #include <sstream>
 
+#include "disc/project/languages.h"
 #include "disc/project/names.h"
 #include "disc/project/settings.h"
 #include "disc/run/fault.h"
@@ -27,7 +28,8 @@ constexpr const char* kAboveLabels = R"(
 )";
 constexpr const char* kAboveFilms = R"(
 # The films, in their order; for each:
-#   path      a film, a VIDEO_TS folder, or the first VOB of a title
+#   path      a film, a folder of films or of a DVD, or the first VOB of a title
+#   parts     instead of path: the files that make it together, in their order
 #   title     of a DVD's titles the only one that is meant: 1, 2 and so on
 #   caption   what the menu calls it
 #   excerpt   where the menu's moving picture begins; else where something is to be seen.
@@ -35,6 +37,12 @@ constexpr const char* kAboveFilms = R"(
 #   chapters  where they begin, with names or without; [] for none; else as said above
 #   subtitles their files, instead of those in the film and beside it; [] for none
 #   show      the language of the subtitles that are shown from the start, or none
+#   start, end   the part of it that is wanted; all times here are those of the film as it is
+#   audio     its sound tracks, by languages or numbers, in their order: ["de", "en"], [2, 1]
+#   audio-delay  seconds by which its sound is to come later; below 0: earlier
+#   crop      "auto" cuts black bars off; or pixels of left, top, right, bottom: [0, 138, 0, 138]
+#   aspect    the shape of its whole picture, where the film tells a wrong one: "16:9", 2.39
+#   deinterlace  true: makes whole pictures of its fields; false: they are whole, whatever it tells
 )";
 constexpr const char* kExcerptExample = "#excerpt = \"1:23\"\n";
 constexpr const char* kSubtitlesExample =
@@ -95,7 +103,14 @@ class Writer {
 
     void writeFilm(const FilmRequest& request) {
         text_ += "\n[[film]]\n";
-        writeLine(false, "path", quoted(shortPath(request.path, folder_)));
+        if (request.parts.empty()) {
+            writeLine(false, "path", quoted(shortPath(request.path, folder_)));
+        } else {
+            std::vector<std::string> parts;
+            for (const std::string& part : request.parts)
+                parts.push_back(quoted(shortPath(part, folder_)));
+            writeLine(false, "parts", fmt::format("[{}]", fmt::join(parts, ", ")));
+        }
         if (request.title > 0) writeLine(false, "title", std::to_string(request.title));
         writeLine(false, "caption", quoted(captionOf(request, "")));
         writeExcerpts(request.excerpts);
@@ -105,6 +120,7 @@ class Writer {
             text_ += kChaptersExample;
         }
         writeSubtitles(request);
+        writeChoices(request.choices);
     }
 
     void append(const char* text) { text_ += text; }
@@ -132,6 +148,28 @@ class Writer {
         } else {
             writeLine(false, "excerpt", fmt::format("[{}]", fmt::join(texts, ", ")));
         }
+    }
+
+    void writeChoices(const FilmChoices& choices) {
+        if (choices.start > 0) writeLine(false, "start", quoted(timeText(choices.start)));
+        if (choices.end) writeLine(false, "end", quoted(timeText(*choices.end)));
+        if (choices.audio) {
+            std::vector<std::string> tracks;
+            for (const std::string& track : *choices.audio)
+                tracks.push_back(isLanguage(track) ? quoted(track) : track);
+            writeLine(false, "audio", fmt::format("[{}]", fmt::join(tracks, ", ")));
+        }
+        if (choices.audioDelay != 0)
+            writeLine(false, "audio-delay", fmt::format("{}", choices.audioDelay));
+        const Edges& edges = choices.edges;
+        if (choices.cutsBars) writeLine(false, "crop", quoted(std::string(kAuto)));
+        if (edges != Edges{})
+            writeLine(
+                false, "crop",
+                fmt::format("[{}, {}, {}, {}]", edges.left, edges.top, edges.right, edges.bottom));
+        if (choices.aspect > 0) writeLine(false, "aspect", fmt::format("{}", choices.aspect));
+        if (choices.deinterlace)
+            writeLine(false, "deinterlace", *choices.deinterlace ? "true" : "false");
     }
 
     void writeSubtitles(const FilmRequest& request) {

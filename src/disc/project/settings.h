@@ -32,11 +32,13 @@ struct FlagSetting {
     std::string_view explanation;  ///< of the file's comment
     bool Project::*value;
 };
-inline constexpr std::array<FlagSetting, 3> kFlagSettings{{
+inline constexpr std::array<FlagSetting, 4> kFlagSettings{{
     {"first-film", "true: the first film plays before the menu comes", &Project::playsFirstFilm},
     {"menu", "false: no menu, the films just play", &Project::hasMenu},
     {"dim", "false: the background stays as bright as it is, however the texts read on it",
      &Project::dimsBackground},
+    {"join", "true: the pieces into which cameras divide a long recording are one film",
+     &Project::joinsClips},
 }};
 
 }  // namespace tkv::disc

@@ -111,6 +111,11 @@ std::vector<FilmSubtitle> allOf(const FilmRequest& request, Film& film) {
     if (!request.subtitles) {
         for (const FilmSubtitle& each : subtitlesBeside(request.path))
             add(each, {});
+        for (const std::string& part : request.parts) {
+            if (part != request.path && !subtitlesBeside(part).empty())
+                film.notes.push_back("the subtitles beside " + lastComponent(part) +
+                                     " are left out");
+        }
         std::ranges::move(film.subtitles, std::back_inserter(all));
         return all;
     }
