@@ -60,6 +60,7 @@ class Chooser {
     }
 
     void chooseTime() {
+        if (choices_.start == 0 && !choices_.end) return;
         const double start = choices_.start, end = choices_.end.value_or(film_.seconds);
         if (start > film_.seconds - kShortest)
             refuse("start {} is behind its end at {}", timeText(start), timeText(film_.seconds));

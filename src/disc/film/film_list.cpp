@@ -166,7 +166,8 @@ std::vector<std::string> FilmList::joinClips(const std::function<Film(const Film
                                 : "look like one recording: --join makes one film of them"));
         if (project_.joinsClips) join(first, end, probe);
     }
-    if (project_.joinsClips && lines.empty())
+    const auto isJoined = [](const FilmRequest& film) { return !film.parts.empty(); };
+    if (project_.joinsClips && std::ranges::none_of(project_.films, isJoined))
         lines.emplace_back("--join: no films look like the pieces of one recording");
     std::ranges::reverse(lines);
     return lines;

@@ -17,12 +17,15 @@ constexpr int kSampleRate = 48000;
 constexpr int kSamplesOfAc3Frame = 1536;
 
 // Where a film is entered whose beginning nobody wants, in seconds after its earliest track begins:
-// so long before that there is a keyframe. A stream whose clock begins anew is read from its start.
+// before a keyframe, also where a stream without an index is entered a little late. One whose clock
+// begins anew is read from its start.
 double entryOf(const Film& film) {
-    constexpr double kLead = 10;
+    constexpr double kLead = 10, kMargin = 2;
     const bool hasOneClock = !film.source.title || film.source.title->runs.size() < 2;
     if (film.skipped == 0 || !hasOneClock) return 0;
-    return std::max(0.0, std::floor(film.video.start - kLead));
+    const auto next = std::ranges::upper_bound(film.keyframes, 0.0);
+    const double keyframe = next == film.keyframes.begin() ? 0 : *(next - 1);
+    return std::max(0.0, std::floor(film.video.start + std::min(-kLead, keyframe - kMargin)));
 }
 
 // The time of the first wanted frame behind that.
