@@ -25,9 +25,6 @@ using namespace tkv::disc;
 volatile std::sig_atomic_t endedBy = 0;
 tkv::ProgramStop run;
 
-/// How long a run may take to notice a signal by itself, in seconds.
-constexpr unsigned kPatience = 2;
-
 /// As the signal would have ended it by itself.
 void endBySignal() {
     static_cast<void>(std::signal(endedBy, SIG_DFL));
@@ -47,7 +44,7 @@ void stopBySignal(int signal) {
     endedBy = signal;
     if (isSecond) endAtOnce(signal);
     static_cast<void>(std::signal(SIGALRM, endAtOnce));
-    alarm(kPatience);
+    alarm(run.patience());
     run.stop();
 }
 

@@ -19,36 +19,44 @@ namespace tkv {
 
 namespace {
 
-// Splits a stream into lines and passes them to a callback.
-class LineReader {
+// Splits a stream into lines and passes them to a callback, or the bytes as they come to another.
+class StreamReader {
   public:
-    LineReader(Descriptor stream, const std::function<void(std::string_view)>& onLine)
-        : stream_(std::move(stream)), onLine_(onLine) {}
+    using OnLine = std::function<void(std::string_view)>;
+    using OnBytes = std::function<bool(std::string_view)>;
+
+    StreamReader(Descriptor stream, const OnLine& onLine, OnBytes onBytes = {})
+        : stream_(std::move(stream)), onLine_(onLine), onBytes_(std::move(onBytes)) {}
 
     int number() const { return stream_.number(); }
     std::size_t bytes() const { return bytes_; }
 
     // Reads what is available; at the end of file passes on the last line and closes the stream.
     void read() {
-        std::array<char, 4096> buffer{};
-        const ssize_t got = ::read(number(), buffer.data(), buffer.size());
+        const ssize_t got = ::read(number(), buffer_.data(), buffer_.size());
         if (got < 0 && errno == EINTR) return;
-        for (ssize_t i = 0; i < got; ++i) {
-            const char byte = buffer[static_cast<std::size_t>(i)];
+        const std::string_view bytes(buffer_.data(), got > 0 ? static_cast<std::size_t>(got) : 0);
+        bytes_ += bytes.size();
+        if (bytes.empty()) handOn();
+        if (bytes.empty() || !take(bytes)) stream_.close();
+    }
+
+  private:
+    static constexpr std::size_t kLongestLine = 65536;
+    static constexpr std::size_t kPipe = 65536;  // A pipe holds no more.
+
+    // False when no more is wanted.
+    bool take(std::string_view bytes) {
+        if (onBytes_) return onBytes_(bytes);
+        for (const char byte : bytes) {
             if (byte == '\n' || byte == '\r') {
                 handOn();
             } else if (line_.size() < kLongestLine) {
                 line_ += byte;
             }
         }
-        if (got > 0) bytes_ += static_cast<std::size_t>(got);
-        if (got > 0) return;
-        handOn();
-        stream_.close();
+        return true;
     }
-
-  private:
-    static constexpr std::size_t kLongestLine = 65536;
 
     void handOn() {
         if (!line_.empty() && onLine_) onLine_(line_);
@@ -56,13 +64,15 @@ class LineReader {
     }
 
     Descriptor stream_;
-    const std::function<void(std::string_view)>& onLine_;
+    const OnLine& onLine_;
+    OnBytes onBytes_;
+    std::vector<char> buffer_ = std::vector<char>(kPipe);
     std::string line_;
     std::size_t bytes_ = 0;
 };
 
 // False when there is more output than that; the rest is not read.
-bool readLines(LineReader& output, LineReader& errors, std::size_t mostOutput) {
+bool readStreams(StreamReader& output, StreamReader& errors, std::size_t mostOutput) {
     while (output.number() >= 0 || errors.number() >= 0) {
         if (output.bytes() > mostOutput) return false;
         // A closed stream's descriptor is -1, which poll ignores.
@@ -185,9 +195,9 @@ ProgramEnd runProgram(Program program, ProgramStop& stop) {
     bool isRead = true;
     {
         const ProgramStop::Slot slot(stop, child);
-        LineReader outputLines(std::move(output.readEnd), program.onOutput);
-        LineReader errorLines(std::move(errors.readEnd), program.onError);
-        isRead = readLines(outputLines, errorLines, program.mostOutput);
+        StreamReader outputStream(std::move(output.readEnd), program.onOutput, program.onBytes);
+        StreamReader errorStream(std::move(errors.readEnd), program.onError);
+        isRead = readStreams(outputStream, errorStream, program.mostOutput);
         if (!isRead) kill(-child, SIGKILL);
         waitFor(child);
     }

@@ -38,6 +38,13 @@ class ProgramStop {
 
     bool isStopped() const { return stopped_; }
 
+    /// Seconds that its programs may need to end once they are asked to. While a disc is burnt, the
+    /// drive has to be brought to rest; killed before that, it stays locked.
+    unsigned patience() const { return patience_; }
+    void setPatience(unsigned seconds) { patience_ = seconds; }
+
+    static constexpr unsigned kPatience = 2;
+
     /// Registers a child process during its lifetime. If all slots are taken, the child is not
     /// stopped.
     class Slot {
@@ -52,8 +59,10 @@ class ProgramStop {
 
   private:
     static_assert(std::atomic<pid_t>::is_always_lock_free);
+    static_assert(std::atomic<unsigned>::is_always_lock_free);
 
     std::atomic<bool> stopped_ = false;
+    std::atomic<unsigned> patience_ = kPatience;
     std::array<std::atomic<pid_t>, 64> running_{};  // 0 is a free slot
 };
 
@@ -66,6 +75,9 @@ struct Program {
     /// Callbacks for each line of standard output and of standard error, as soon as it is written,
     /// without its line end; carriage returns end lines too. Called in the waiting thread.
     std::function<void(std::string_view line)> onOutput, onError;
+    /// Callback for standard output as it comes, instead of its lines. Once it returns false the
+    /// rest is not wanted: the program has nobody left to write to.
+    std::function<bool(std::string_view bytes)> onBytes;
     /// Bytes of standard output after which the program is killed.
     std::size_t mostOutput = std::numeric_limits<std::size_t>::max();
     std::vector<std::string> hiddenVariables;  ///< of this environment, not handed on
