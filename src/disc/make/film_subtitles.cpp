@@ -112,8 +112,8 @@ double aspectOf(PixelSize canvas, const FilmSubtitle& subtitle, const VideoTrack
     if (subtitle.codec == "dvb_subtitle" || canvas == video.size) return video.aspect;
     // A DVD's lie in its frame, of which the film may be a part, as it was cut out.
     if (canvas.height != 480 && canvas.height != 576) return 0;
-    constexpr double kBetween = 1.5;
-    return video.aspect > kBetween ? kWideAspect : kNarrowAspect;
+    constexpr double kMiddleAspect = 1.5;
+    return video.aspect > kMiddleAspect ? kWideAspect : kNarrowAspect;
 }
 
 // Of a DVD's title, whose tables have what its units lack. They count in video's range.
