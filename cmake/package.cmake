@@ -45,12 +45,13 @@ set(CPACK_DEBIAN_DISC_PACKAGE_NAME tkvdvddisc)
 set(CPACK_DEBIAN_DISC_PACKAGE_SOURCE tkvdvdmenuimg)
 set(CPACK_DEBIAN_DISC_PACKAGE_DEPENDS
   "tkvdvdmenuimg (= ${PROJECT_VERSION}), dvdauthor, ffmpeg")
-set(CPACK_DEBIAN_DISC_PACKAGE_RECOMMENDS "genisoimage, tkvdvdcheck (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_DISC_PACKAGE_RECOMMENDS "genisoimage, tkvdvdcheck (= ${PROJECT_VERSION}), xorriso")
+set(CPACK_DEBIAN_DISC_PACKAGE_SUGGESTS growisofs)
 set(CPACK_DEBIAN_DISC_DESCRIPTION "DVD-Video discs with animated menus, from films
 tkvDvdDisc makes a DVD-Video disc of films in one command. It encodes them
 to fit, draws menus whose thumbnails are moving excerpts of the films, adds
-chapter menus where films have chapters, and writes the disc as a folder
-and as an image to be burnt.
+chapter menus where films have chapters, writes the disc as a folder and as
+an image, and burns it.
 
 A second run makes again only what has changed.")
 

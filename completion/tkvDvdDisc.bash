@@ -14,6 +14,10 @@ _tkvDvdDisc() {
             _filedir "@(aac|ac3|flac|m4a|mp3|ogg|opus|wav|$films)"
             COMPREPLY+=($(compgen -W none -- "$cur"))
             ;;
+        --burn)
+            # Without an equals sign a film follows.
+            $split && COMPREPLY=($(compgen -W "$(compgen -G '/dev/sr*')" -- "$cur")) && return
+            ;;&
         --size) COMPREPLY=($(compgen -W 'dvd5 dvd9' -- "$cur")) ;;
         --chapters)
             COMPREPLY=($(compgen -W 'marks none every=' -- "$cur"))
@@ -33,7 +37,7 @@ _tkvDvdDisc() {
         *)
             $split && return
             if [[ $cur == -* ]]; then
-                COMPREPLY=($(compgen -W '--output --preview --write --no-image --clean
+                COMPREPLY=($(compgen -W '--output --preview --write --no-image --burn --erase --clean
                     --keep-going --verify --quiet --pal --ntsc --first-film --join --no-menu --title --background --music --size
                     --chapters --subtitles --titles --volume --pitch --language --label --help --version' -- "$cur"))
             else

@@ -16,6 +16,8 @@ $disc -s o -l output -x -a '(__fish_complete_directories)' -d 'the place of all 
 $disc -l preview -d 'only pictures of the menus'
 $disc -l write -x -a '(__tkvDvdDisc_files toml)' -d 'only a project file, to be edited'
 $disc -l no-image -d 'make no disc.iso'
+$disc -l burn -d 'write the disc and compare it'
+$disc -l erase -d 'write over what is on the disc'
 $disc -l clean -d 'keep no intermediate results'
 $disc -l keep-going -d 'leave out films that turn out to be faulty'
 $disc -l verify -d 'read kept results whole and make damaged ones anew'

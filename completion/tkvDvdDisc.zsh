@@ -25,6 +25,8 @@ _arguments -S \
     '--preview[only pictures of the menus]' \
     '--write=[only a project file, to be edited]:file:_files -g "*.toml(-.)"' \
     '--no-image[make no disc.iso]' \
+    '--burn=-[write the disc and compare it]::drive:_files -g "/dev/sr*"' \
+    '--erase[write over what is on the disc]' \
     '--clean[keep no intermediate results]' \
     '--keep-going[leave out films that turn out to be faulty]' \
     '--verify[read kept results whole and make damaged ones anew]' \

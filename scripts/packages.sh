@@ -11,7 +11,7 @@ test_packages=(
     libgtest-dev
     imagemagick libimage-exiftool-perl libjpeg-turbo-progs libopenjp2-tools
     libavif-gdk-pixbuf webp-pixbuf-loader
-    lsdvd poppler-utils
+    lsdvd poppler-utils xorriso
     fonts-noto-color-emoji fonts-vlgothic
     lomiri-wallpapers-16.04
 )

@@ -194,6 +194,18 @@ TEST(CommandLine, SetsEverything) {
     EXPECT_EQ(names, (Strings{"[a,b]", "c: d&%'\".mp4", "a\xFF|", "-o.mp4", "--", "--pal"}));
 }
 
+TEST(CommandLine, TakesNoFilmForADrive) {
+    const std::string here = fs::current_path();
+    for (const auto& [word, drive] : {std::pair{"--burn", std::string()},
+                                      {"--burn=/dev/sr1", "/dev/sr1"},
+                                      {"--burn=sr1", here + "/sr1"},
+                                      {"--burn=stdio:x.img", "stdio:" + here + "/x.img"}}) {
+        const Options options = optionsOf({word, "a.mp4", "-o", "out"});
+        EXPECT_TRUE(options.burns && options.project.films.size() == 1) << word;
+        EXPECT_EQ(options.drive, drive);
+    }
+}
+
 TEST(CommandLine, TakesTheVobsOfATitleForOneFilm) {
     EXPECT_EQ(pathsOf({"-o", "x", "/d/VIDEO_TS.IFO", "/d/VIDEO_TS.VOB", "/d/VTS_01_0.BUP",
                        "/d/VTS_01_0.VOB", "/d/vts_01_1.vob", "/d/VTS_01_2.VOB", "/d/VTS_01_3.VOB",
@@ -218,6 +230,13 @@ TEST(CommandLine, TellsWhatIsWrong) {
           {{"a.mp4", "-out", "x"}, "no option '-out': did you mean --output?"},
           {{"a.mp4", "--write", "a.txt"}, "a project file (*.toml), not 'a.txt'"},
           {{"a.mp4", "-o", "out", "--pal", "--ntsc"}, "exclude each other"},
+          {{"a.mp4", "-o", "out", "--burn", "--preview"},
+           "--burn and --preview exclude each other"},
+          {{"a.mp4", "--write", "x.toml", "--burn=/dev/sr0"}, "--burn and --write exclude"},
+          {{"a.mp4", "-o", "out", "--burn", "--no-image"}, "--burn and --no-image exclude"},
+          {{"a.mp4", "-o", "out", "--erase"}, "give --burn, too"},
+          {{"a.mp4", "-o", "out", "--burn=stdio:"}, "--burn wants a path"},
+          {{"--burn", "-o", "out"}, "no film"},
           {{"a.mp4", "-o", "out", "--quiet=no"}, "--quiet takes no value"},
           {{"a.mp4", "-o", "out", "--size", "cd"}, "--size wants dvd5 or dvd9, not 'cd'"},
           {{"a.mp4", "-o", "out", "--chapters", "every=0"}, "--chapters wants marks"},

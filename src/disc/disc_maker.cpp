@@ -11,6 +11,8 @@
 #include "disc/author/disc_check.h"
 #include "disc/author/layer_break.h"
 #include "disc/author/output_folder.h"
+#include "disc/burn/burning.h"
+#include "disc/burn/drive.h"
 #include "disc/film/ffprobe.h"
 #include "disc/film/film_choices.h"
 #include "disc/film/film_list.h"
@@ -119,9 +121,11 @@ class DiscMaker {
 
   private:
     void make() {
+        if (options_.burns) lookAtDrive();
         requireSettings();
         findFilms();
         plan(films_.project());
+        if (options_.burns) requireMedium(plan_.bytes);
         lookAtFilms();
         if (!options_.isPreview && isSharedOut(plan_)) shareByHardness();
         for (const std::string& line : planLines(plan_))
@@ -135,13 +139,36 @@ class DiscMaker {
         }
         progress_.expect(kMenuWeight * static_cast<double>(plan_.pages.size()) +
                          writingWeight(plan_.bytes) * (options_.makesImage ? 2 : 1) +
-                         checkingWeight(plan_.bytes));
+                         checkingWeight(plan_.bytes) +
+                         (options_.burns ? burningWeight(plan_.bytes) : 0));
         while (!makePieces()) {
         }
         author();
         workshop_.removeUnused();
         made_.bytes = bytesIn(folder_.path() + "/disc");
+        if (options_.burns) {
+            // Beside the workshop, where its programs run.
+            burn({drive_, options_.erases, "../disc.iso", made_.firstLayer}, workshop_, progress_);
+            made_.drive = drive_.address();
+        }
         tell(madeLines(options_, plan_, made_));
+    }
+
+    // What stands in it may be another disc by the time that this one is made, and is looked at
+    // again then.
+    void lookAtDrive() {
+        drive_ = findDrive(options_.drive);
+        requireOutside(options_.output, drive_.path);
+        const Progress::Task task(progress_, "Looking at " + drive_.address(), 0);
+        medium_ = lookAt(drive_, options_.erases, workshop_.tools());
+        requireMedium(0);
+    }
+
+    void requireMedium(std::int64_t bytes) const {
+        const std::string why = whyNotBurnable(drive_, medium_, bytes, options_.erases);
+        if (!why.empty()) throw DiscError(why, "--burn");
+        if (medium_.isDualLayer() && bytes > capacityOf(DiscSize::dvd5))
+            requirePrograms({"growisofs"});
     }
 
     // What the person gives besides films is looked at before them.
@@ -384,6 +411,8 @@ class DiscMaker {
     MenuSetting setting_;
     DiscPieces pieces_;
     MadeDisc made_;
+    Drive drive_;
+    Medium medium_;
 };
 
 }  // namespace
@@ -393,6 +422,7 @@ Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop
         requirePrograms({"ffmpeg", "ffprobe"});
         if (!options.isPreview) requirePrograms({"spumux", "dvdauthor"});
         if (!options.isPreview && options.makesImage) requirePrograms({"genisoimage"});
+        if (options.burns) requirePrograms({"xorriso"});
         return DiscMaker(options, receiver, stop).run();
     });
 }

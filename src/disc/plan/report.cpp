@@ -178,6 +178,10 @@ std::vector<std::string> madeLines(const Options& options, const DiscPlan& plan,
     if (made.bytes > capacityOf(plan.size))
         lines.emplace_back("It is too large for the blank disc that was asked for.");
     lines.push_back(fmt::format("Play it:  vlc {}", shellWord("dvd://" + disc)));
+    if (!made.drive.empty()) {
+        lines.push_back(fmt::format("disc.iso is written to {} and compared.", made.drive));
+        return lines;
+    }
     const std::string layers =
         made.firstLayer ? fmt::format(" -use-the-force-luke=break:{}", *made.firstLayer) : "";
     lines.push_back(fmt::format("Burn it:  growisofs -dvd-compat{} -Z /dev/sr0{}{}", layers,

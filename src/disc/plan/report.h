@@ -28,6 +28,7 @@ struct MadeDisc {
     std::int64_t bytes = 0;  ///< of the disc
     bool hasCover = false;
     std::optional<std::int64_t> firstLayer;  ///< its sectors, where a burner is to be told
+    std::string drive;                       ///< in which it is burnt; empty: in none
 };
 
 /// What was made, and how to play and burn it.

@@ -42,6 +42,9 @@ template <typename... Args>
     throw UsageError(fmt::format(format, std::forward<Args>(args)...));
 }
 
+// What CLI11 takes for the value of a flag without one.
+constexpr const char* kNoValue = "true";
+
 // What options change, and where their paths begin.
 struct Reading {
     Options options;
@@ -50,6 +53,15 @@ struct Reading {
     std::string pathOf(const char* option, const std::string& value) const {
         if (value.empty()) refuse("{} wants a path, not an empty word", option);
         return absolutePath(value, surroundings.folder);
+    }
+
+    // "/dev/sr0", "stdio:blank.img"
+    std::string driveOf(const std::string& value) const {
+        if (value == kNoValue) return {};
+        constexpr std::string_view kFile = "stdio:";
+        const bool isFile = value.starts_with(kFile);
+        return (isFile ? std::string(kFile) : "") +
+               pathOf("--burn", value.substr(isFile ? kFile.size() : 0));
     }
 };
 
@@ -61,6 +73,9 @@ struct OptionRow {
     std::string argument;  // empty: a flag
     std::string explanation;
     Apply apply;
+
+    // A value that may be left out stands behind an equals sign, so that it is never a film.
+    bool isFlag() const { return argument.empty() || argument.starts_with('['); }
 };
 
 // What is none of them would be a film.
@@ -108,6 +123,13 @@ std::vector<OptionRow> optionRows() {
          }},
         {kRun, "--no-image", "", "the disc as a folder only, without disc.iso",
          [](Reading& reading, auto&) { reading.options.makesImage = false; }},
+        {kRun, "--burn", "[=DRIVE]", "writes the disc, and compares what is on it then",
+         [](Reading& reading, auto& value) {
+             reading.options.burns = true;
+             reading.options.drive = reading.driveOf(value);
+         }},
+        {kRun, "--erase", "", "writes over what is on a disc that can be erased",
+         [](Reading& reading, auto&) { reading.options.erases = true; }},
         {kRun, "--clean", "", "keeps no intermediate results for a next run",
          [](Reading& reading, auto&) { reading.options.cleans = true; }},
         {kRun, "--keep-going", "", "leaves out films that turn out to be faulty",
@@ -140,6 +162,11 @@ std::vector<OptionRow> optionRows() {
 
 class Usage : public CLI::Formatter {
     std::string make_usage(const CLI::App*, std::string) const override { return kUsage; }
+
+    std::string make_option_opts(const CLI::Option* option) const override {
+        const std::string text = CLI::Formatter::make_option_opts(option);
+        return text.starts_with(" [=") ? text.substr(1) : text;
+    }
 };
 
 // The words of a line, sorted by CLI11. It is given no place for the films: it would take a
@@ -177,7 +204,7 @@ class Line {
     void apply(Reading& reading) const {
         for (const Given& given : given_) {
             for (const std::string& value : given.option->results()) {
-                if (given.isFlag && value != "true")
+                if (given.takesNone && value != kNoValue)
                     refuse("{} takes no value", given.option->get_name());
                 given.apply(reading, value);
             }
@@ -218,7 +245,7 @@ class Line {
     struct Given {
         const CLI::Option* option;
         Apply apply;
-        bool isFlag;
+        bool takesNone;
     };
     CLI::App app_{"Makes a DVD with animated menus of your films.\n", "tkvDvdDisc"};
     std::vector<Given> given_;
@@ -240,8 +267,7 @@ class Line {
     }
 
     void add(const OptionRow& row) {
-        CLI::Option* option =
-            row.argument.empty() ? app_.add_flag(row.names) : app_.add_option(row.names);
+        CLI::Option* option = row.isFlag() ? app_.add_flag(row.names) : app_.add_option(row.names);
         option->group(row.group)->description(row.explanation)->option_text(row.argument);
         option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
         given_.push_back({option, row.apply, row.argument.empty()});
@@ -287,6 +313,12 @@ void addFilms(const std::vector<std::string>& words, const std::string& here, Pr
 Options optionsOf(const Line& line, const Surroundings& surroundings) {
     if (line.has("--pal") && line.has("--ntsc"))
         refuse("--pal and --ntsc exclude each other; give one of them");
+    for (const char* other : {"--no-image", "--preview", "--write"}) {
+        if (line.has("--burn") && line.has(other))
+            refuse("--burn and {} exclude each other; give one of them", other);
+    }
+    if (line.has("--erase") && !line.has("--burn"))
+        refuse("--erase is about the disc to be written; give --burn, too");
     std::vector<std::string> words = line.films();
     const auto firstFile = std::stable_partition(
         words.begin(), words.end(), [](const std::string& word) { return !isProjectFile(word); });

@@ -16,6 +16,9 @@ struct Options {
     std::string projectFile;  ///< absolute path of the file to be written; else empty
     bool isPreview = false;   ///< only the pictures of the menus
     bool makesImage = true;
+    bool burns = false;
+    std::string drive;        ///< that the disc is written with, as findDrive takes it
+    bool erases = false;      ///< what is on the disc in it?
     bool cleans = false;      ///< are the intermediate results removed?
     bool keepsGoing = false;  ///< without the films that have a fault?
     bool verifies = false;    ///< are the kept ones read whole before they are used?
