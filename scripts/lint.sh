@@ -21,7 +21,7 @@ climbs() {
 }
 climbing=$(
     climbs '' cli,disc,desktop,check composer imaging utils graphics system
-    climbs disc/ author make plan subtitle film project run
+    climbs disc/ author,burn make plan subtitle film project run
 )
 [ -z "$climbing" ] || {
     printf 'These includes climb a floor:\n%s\n' "$climbing" >&2

@@ -20,12 +20,12 @@ constexpr int kSamplesOfAc3Frame = 1536;
 // before a keyframe, also where a stream without an index is entered a little late. One whose clock
 // begins anew is read from its start.
 double entryOf(const Film& film) {
-    constexpr double kLead = 10, kMargin = 2;
+    constexpr double kLead = 10, kBefore = 2;
     const bool hasOneClock = !film.source.title || film.source.title->runs.size() < 2;
     if (film.skipped == 0 || !hasOneClock) return 0;
     const auto next = std::ranges::upper_bound(film.keyframes, 0.0);
     const double keyframe = next == film.keyframes.begin() ? 0 : *(next - 1);
-    return std::max(0.0, std::floor(film.video.start + std::min(-kLead, keyframe - kMargin)));
+    return std::max(0.0, std::floor(film.video.start + std::min(-kLead, keyframe - kBefore)));
 }
 
 // The time of the first wanted frame behind that.
