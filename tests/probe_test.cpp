@@ -18,8 +18,6 @@ using test::TempFolder;
 
 namespace {
 
-constexpr auto kPal = Standard::pal, kNtsc = Standard::ntsc;
-
 VideoTrack palVideo(Fields fields) {
     VideoTrack track;
     track.size = {720, 576};
@@ -140,8 +138,8 @@ TEST(Probe, TellsWhyAFilmIsNotReadyForADisc) {
     ready.video.maxBitRate = 8'500'000;
     ready.keyframeInterval = 15;
     ready.audio = {{"ac3", 6, 48000, 448'000, "en"}, {"pcm_dvd", 2, 48000, 1'000'000, "xx"}};
-    EXPECT_EQ(whyNotDvdReady(ready, kPal), "");
-    EXPECT_EQ(whyNotDvdReady(ready, kNtsc), "its picture is 720 x 576");
+    EXPECT_EQ(whyNotDvdReady(ready, Standard::pal), "");
+    EXPECT_EQ(whyNotDvdReady(ready, Standard::ntsc), "its picture is 720 x 576");
     const struct {
         void (*change)(Film&);
         const char* why;
@@ -163,8 +161,8 @@ TEST(Probe, TellsWhyAFilmIsNotReadyForADisc) {
     for (const auto& row : cases) {
         Film film = ready;
         row.change(film);
-        EXPECT_NE(whyNotDvdReady(film, kPal).find(row.why), std::string::npos)
-            << whyNotDvdReady(film, kPal) << " beside " << row.why;
+        EXPECT_NE(whyNotDvdReady(film, Standard::pal).find(row.why), std::string::npos)
+            << whyNotDvdReady(film, Standard::pal) << " beside " << row.why;
     }
 }
 
