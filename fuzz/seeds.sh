@@ -10,7 +10,7 @@ mkdir -p "$seeds"
 cd "$seeds"
 for run in jpeg jpeg2000 png gif tiff bmp webp others exif profile encoders text helpers removal \
     heif_items words pages project_file film_answer subtitles plan png_made tiff_made heif_made \
-    heif_items_made profile_made; do
+    heif_items_made profile_made picture_title; do
     mkdir "$run"
 done
 convert=$(command -v magick || command -v convert)
@@ -54,6 +54,11 @@ for side in 1 6; do
     printf 'Exif\0\0' | cat - exif/$side >exif/marked$side
 done
 printf 'MM\0*\0\0\0\010\0\2\001\017\0\2\0\0\0\4abc\0\001\022\0\3\0\0\0\1\0\3\0\0\0\0\0\0' >exif/big
+printf '<x:xmpmeta><dc:title><rdf:Alt><rdf:li xml:lang="x-default">A &amp; B</rdf:li></rdf:Alt></dc:title>' \
+    >picture_title/xmp
+printf 'Photoshop 3.0\0008BIM\4\4\0\0\0\0\0\022\034\2\031\0\1x\034\2\5\0\7Le port' >picture_title/iptc
+printf 'Exif\0\0'"$tiff_header"'\2\0\016\1\2\0\4\0\0\0Pic\0\233\234\1\0\4\0\0\0A\0B\0\0\0\0\0' \
+    >picture_title/exif
 
 # Big-endian 32-bit numbers.
 numbers() {

@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "disc/film/slide_film.h"
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
 #include "system/paths.h"
@@ -106,6 +107,7 @@ FilmSource joinedSource(const FilmRequest& request) {
 std::vector<FilmSource> sourcesOf(const FilmRequest& request, bool areAllWanted,
                                   ProgramStop& stop) {
     if (!request.parts.empty()) return {joinedSource(request)};
+    if (request.slides) return {slideSource(request)};
     FilmSource source = sourceOf(request.path);
     const bool isFolder = std::filesystem::is_directory(request.path);
     Titles titles;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "disc/film/probe.h"
+#include "disc/film/slide_film.h"
 #include "disc/film/title_facts.h"
 #include "disc/run/text_file.h"
 
@@ -104,6 +105,7 @@ void countFramesOnce(Film& film, Workshop& workshop) {
                    }));
         return;
     }
+    if (film.source.slides) return makeSlideSound(film, workshop);
     const std::string name = workshop.result(
         Workshop::nameOf("counts", ".json", {film.source.stamp}), [&](const std::string& made) {
             Film counted = film;

@@ -16,6 +16,7 @@
 #include "disc/film/film_answer.h"
 #include "disc/film/frame_counter.h"
 #include "disc/film/joined_film.h"
+#include "disc/film/slide_film.h"
 #include "disc/film/title_facts.h"
 #include "disc/run/fault.h"
 
@@ -104,6 +105,7 @@ bool tellsItsLength(const std::string& container) {
 }  // namespace
 
 std::string probeAnswer(const FilmSource& source, const Tools& tools) {
+    if (source.slides) return slideAnswer(source, tools);
     std::string answer;
     // Whether there are captions in its pictures is known when one is decoded.
     ask(source,
@@ -114,6 +116,7 @@ std::string probeAnswer(const FilmSource& source, const Tools& tools) {
 }
 
 Film probedFilm(FilmSource source, std::string_view answer, const Tools& tools) {
+    if (source.slides) return slideFilm(std::move(source), answer);
     if (isScrambled(source)) {
         const std::string& path = source.path;
         throw DiscError(fmt::format("{} is encrypted. Leave it out, or decrypt it first.", path),

@@ -194,6 +194,7 @@ std::string inputName(const std::string& file) {
 
 std::string inputName(const FilmSource& source) {
     if (!source.clips.empty()) return listOf(source.clips);
+    if (source.slides) return inputName(source.slides->sound);
     if (!source.parts.empty()) return inputName(source.parts);
     if (source.files.size() == 1) return inputName(source.files.front());
     return fmt::format("concat:{}", fmt::join(source.files, "|"));

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "disc/film/dvd_titles.h"
+#include "disc/film/slides.h"
 
 namespace tkv::disc {
 
@@ -29,13 +30,14 @@ struct FilmSource {
     /// Absolute; one, or in their order those of a film that lies in several: a title's VOBs, or
     /// what a person has joined.
     std::vector<std::string> files;
-    std::vector<FilmClip> clips;     ///< where each file has a clock of its own; else empty
-    std::vector<FilePart> parts;     ///< what is read of them, in order; empty: all
-    std::int64_t bytes = 0;          ///< of all that is read
-    std::string stamp;               ///< differs after any of the files has changed
-    std::optional<DvdTitle> title;   ///< where they are those of a DVD's title set
-    std::vector<std::string> notes;  ///< what is worth telling of it, a sentence each
-    bool looksFurther = false;       ///< do streams begin where ffmpeg does not look by itself?
+    std::vector<FilmClip> clips;      ///< where each file has a clock of its own; else empty
+    std::vector<FilePart> parts;      ///< what is read of them, in order; empty: all
+    std::int64_t bytes = 0;           ///< of all that is read
+    std::string stamp;                ///< differs after any of the files has changed
+    std::optional<DvdTitle> title;    ///< where they are those of a DVD's title set
+    std::optional<SlideShow> slides;  ///< where they are pictures, and the music to them
+    std::vector<std::string> notes;   ///< what is worth telling of it, a sentence each
+    bool looksFurther = false;        ///< do streams begin where ffmpeg does not look by itself?
 };
 
 /// The files that an absolute path stands for: itself, the VOBs of a VIDEO_TS folder's largest
@@ -58,7 +60,7 @@ bool takeTitle(FilmSource& source, DvdTitle title);
 
 /// What is given to ffmpeg and ffprobe as the name of a file or film, whatever it is called.
 /// Several files or parts are read as one; their names then hold no '|'. Of a film of clips it is a
-/// list for ffmpeg's demuxer "concat", as inputWords names it.
+/// list for ffmpeg's demuxer "concat", as inputWords names it; of slides it is their sound.
 std::string inputName(const std::string& file);
 std::string inputName(const FilmSource& source);
 

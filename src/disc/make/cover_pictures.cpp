@@ -11,6 +11,7 @@
 #include "disc/film/source.h"
 #include "disc/make/film_encoding.h"
 #include "disc/make/scenes.h"
+#include "disc/make/slide_frames.h"
 #include "disc/run/fault.h"
 #include "graphics/drawing.h"
 #include "graphics/formats.h"
@@ -27,6 +28,9 @@ constexpr float kFrontQuality = 0.9F;
 
 // That are spread over the disc. One may stand on the front, or the dullest be left out.
 constexpr std::size_t kShots = kCoverStills + 1;
+
+// As the front is high at these dots.
+constexpr double kSlideRows = 2200;
 
 // As half of the back is wide at 300 dots per inch.
 constexpr Raster kStill = ofSquares({640, 360});
@@ -112,8 +116,26 @@ Raster wholeRaster(const VideoTrack& video) {
     return {{even(video.shown.height * video.aspect), even(video.shown.height)}, video.aspect};
 }
 
-// The same at a moment, by its name in the workshop.
+// The picture that a drawn film shows at a moment: the front has room for more of it than a frame.
+std::string wholeSlide(const DiscFilm& film, double seconds, Workshop& workshop) {
+    const SlideShow& show = *film.film.source.slides;
+    const std::string& path = show.slides[SlideTimes(show, film.conversion).slideAt(seconds)].path;
+    return workshop.result(
+        Workshop::nameOf("slide", ".jpg", {stampOf({path})}), [&](const std::string& made) {
+            const auto picture = decodePicture(path, [](PixelSize full) {
+                const double factor = std::min(1.0, kSlideRows / full.height);
+                return sufficientFor({full.width * factor, full.height * factor});
+            });
+            const auto jpeg =
+                picture ? encodePicture(*picture, "jpg", kFrontQuality) : std::nullopt;
+            const std::string output = workshop.path(made);
+            if (!jpeg || !writeFile(output, *jpeg)) failOn(output, "written");
+        });
+}
+
+// The same of any film, by its name in the workshop.
 std::string wholePicture(const DiscFilm& film, double seconds, Workshop& workshop) {
+    if (film.conversion.isDrawn) return wholeSlide(film, seconds, workshop);
     const auto commandFor = [&](const std::string& output) {
         return pictureCommand(film.film, film.conversion.colors, {seconds, true},
                               wholeRaster(film.film.video), output);

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "disc/make/slide_feed.h"
 #include "disc/plan/budget.h"
 
 namespace tkv::disc {
@@ -33,7 +34,8 @@ double startOf(const Film& film) {
     return film.video.start - entryOf(film);
 }
 
-Arguments startedOn(const Film& film) {
+// The film is input 0; of one that we draw, its sound is input 1.
+Arguments startedOn(const Film& film, const Conversion& conversion) {
     Arguments arguments = ffmpegStart();
     // Told often enough to say where a decoder complains.
     append(arguments, {"-stats_period", "0.1"});
@@ -42,8 +44,19 @@ Arguments startedOn(const Film& film) {
         constexpr double kTail = 5;
         append(arguments, {"-t", fmt::format("{:.6f}", startOf(film) + film.seconds + kTail)});
     }
-    append(arguments, inputWords(film.source));
+    if (conversion.isDrawn) append(arguments, drawnInput(conversion));
+    if (!conversion.isDrawn || !film.audio.empty()) append(arguments, inputWords(film.source));
     return arguments;
+}
+
+// Of the film's own sound.
+int soundInput(const Conversion& conversion) {
+    return conversion.isDrawn ? 1 : 0;
+}
+
+// Of subtitles: behind the film and its sound, which may be silence.
+int subtitleInput(const Conversion& conversion) {
+    return conversion.isDrawn || conversion.tracks.empty() ? 2 : 1;
 }
 
 Arguments dvdOutput(const std::string& path) {
@@ -219,7 +232,7 @@ Arguments soundArguments(const Film& film, const Conversion& conversion, double 
     Arguments arguments = {"-c:a", "ac3"};
     for (std::size_t i = 0; i < conversion.tracks.size(); ++i) {
         const DiscTrack& track = conversion.tracks[i];
-        append(arguments, {"-map", fmt::format("0:{}", track.index)});
+        append(arguments, {"-map", fmt::format("{}:{}", soundInput(conversion), track.index)});
         if (track.isCopied) {
             append(arguments, {fmt::format("-c:a:{}", i), "copy", fmt::format("-bsf:a:{}", i),
                                framesWithin(film, conversion)});
@@ -258,7 +271,7 @@ std::string framesFrom(double seconds, const FrameRate& rate) {
 
 Arguments encodingCommand(const Film& film, const Conversion& conversion, const EncoderRun& run,
                           const std::string& output) {
-    Arguments arguments = startedOn(film);
+    Arguments arguments = startedOn(film, conversion);
     const bool hasSound = run.pass != Pass::first;
     if (hasSound && conversion.tracks.empty()) append(arguments, silentInput());
     if (hasSound) appendSubtitleInput(arguments, run.subtitles);
@@ -274,7 +287,7 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
         return arguments;
     }
     append(arguments, soundArguments(film, conversion, run.gain));
-    appendSubtitles(arguments, run.subtitles, conversion.tracks.empty() ? 2 : 1);
+    appendSubtitles(arguments, run.subtitles, subtitleInput(conversion));
     append(arguments, dvdOutput(output));
     for (std::size_t i = 0; i < run.excerpts.size(); ++i) {
         append(arguments, {"-map", fmt::format("[excerpt{}]", i)});
@@ -285,7 +298,7 @@ Arguments encodingCommand(const Film& film, const Conversion& conversion, const 
 
 Arguments remuxCommand(const Film& film, const Conversion& conversion, const std::string& subtitles,
                        const std::string& output) {
-    Arguments arguments = startedOn(film);
+    Arguments arguments = startedOn(film, conversion);
     if (conversion.tracks.empty()) append(arguments, silentInput());
     appendSubtitleInput(arguments, subtitles);
     append(arguments, {"-map", fmt::format("0:{}", film.video.index), "-c", "copy"});
@@ -295,7 +308,7 @@ Arguments remuxCommand(const Film& film, const Conversion& conversion, const std
         append(arguments, {"-map", "1:a", "-c:a", "ac3", "-b:a", fmt::format("{}k", kStereoRate),
                            "-af", fmt::format("atrim=end_sample={}", samplesOf(film.seconds))});
     }
-    appendSubtitles(arguments, subtitles, conversion.tracks.empty() ? 2 : 1);
+    appendSubtitles(arguments, subtitles, subtitleInput(conversion));
     append(arguments, dvdOutput(output));
     return arguments;
 }
@@ -343,6 +356,13 @@ Arguments excerptCommand(const std::string& dvdFilm, const Film& film, const Con
 
 Arguments pictureCommand(const Film& film, const SourceColors& colors, const Moment& moment,
                          const Raster& raster, const std::string& output) {
+    if (film.source.slides) {
+        Arguments arguments = ffmpegStart();
+        append(arguments, drawnStill());
+        append(arguments, {"-vf", stillFilters(film.video, colors, raster), "-frames:v", "1",
+                           "-c:v", "mjpeg", "-q:v", "3", output});
+        return arguments;
+    }
     // A stream without an index is entered anywhere, and one keyframe at least is to come from
     // there.
     const double tail = film.container.starts_with("mpeg") ? 12 : 1;

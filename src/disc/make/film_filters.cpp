@@ -171,18 +171,20 @@ std::string_view weavingFilter(FieldSource source) {
 
 std::string discFrames(const Conversion& conversion) {
     const PixelSize raster{kRasterWidth, factsOf(conversion.standard).rasterHeight};
+    const std::string finished = fmt::format(
+        "setdar={}{},setparams=field_mode={}:range=unspecified:color_primaries=unknown"
+        ":color_trc=unknown:colorspace=unknown",
+        conversion.isWide ? "16/9" : "4/3", weavingFilter(conversion.fields),
+        conversion.hasFields() ? "tff" : "prog");
+    if (conversion.isDrawn) return fmt::format("{},trim=end_frame={}", finished, conversion.frames);
     const Placement& placement = conversion.placement;
     const Rows rows = conversion.fields == FieldSource::kept ? Rows::byFields : Rows::together;
     // What rounding leaves out or puts in at the end is made good, but no more: a film that ends
     // too early is to be noticed.
-    return fmt::format(
-        "{}{}{}{},setdar={}{},setparams=field_mode={}:range=unspecified:color_primaries=unknown"
-        ":color_trc=unknown:colorspace=unknown,tpad=stop=2:stop_mode=clone,trim=end_frame={}",
-        cutOff(conversion.cut), motionFilters(conversion),
-        scaled(conversion.colors, {placement.width, placement.height}, rows),
-        padded(placement, raster), conversion.isWide ? "16/9" : "4/3",
-        weavingFilter(conversion.fields), conversion.hasFields() ? "tff" : "prog",
-        conversion.frames);
+    return fmt::format("{}{}{}{},{},tpad=stop=2:stop_mode=clone,trim=end_frame={}",
+                       cutOff(conversion.cut), motionFilters(conversion),
+                       scaled(conversion.colors, {placement.width, placement.height}, rows),
+                       padded(placement, raster), finished, conversion.frames);
 }
 
 std::string excerptFilters(const std::vector<FrameRange>& ranges, PixelSize size,

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <nlohmann/json.hpp>
@@ -12,6 +13,7 @@
 #include "disc/make/ffmpeg_arguments.h"
 #include "disc/make/film_encoding.h"
 #include "disc/make/film_filters.h"
+#include "disc/make/slide_feed.h"
 #include "disc/run/fault.h"
 #include "disc/run/text_file.h"
 
@@ -44,9 +46,13 @@ Arguments lookCommand(const Film& film, const Conversion& conversion, double sec
     Arguments arguments = ffmpegStart();
     // Raw streams have no times to look for.
     const FilmPlace place = placeIn(film, seconds, seconds);
-    if (place.seconds > 0)
-        append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.3f}", place.seconds)});
-    append(arguments, {"-i", place.input});
+    if (conversion.isDrawn) {
+        append(arguments, drawnInput(conversion));
+    } else {
+        if (place.seconds > 0)
+            append(arguments, {"-noaccurate_seek", "-ss", fmt::format("{:.3f}", place.seconds)});
+        append(arguments, {"-i", place.input});
+    }
     std::string outputs;
     for (const int quantiser : kLookQuantisers)
         outputs += fmt::format("[with{}]", quantiser);
@@ -73,7 +79,8 @@ struct Look {
 
 void addSample(Look& look, const DiscFilm& film, double seconds, const std::string& output,
                const Workshop& workshop) {
-    const int frames = workshop.tools().encode(
+    const int frames = encodeFilm(
+        film, framesOf(film, seconds, framesOfSample(film.conversion)), workshop.tools(),
         lookCommand(film.film, film.conversion, seconds, output),
         {film.request.path, fmt::format("{} could not be looked at", film.request.path), ""});
     // Where nothing is left of the film, nothing is written.
@@ -83,13 +90,21 @@ void addSample(Look& look, const DiscFilm& film, double seconds, const std::stri
         look.bytes[i] += fs::file_size(workshop.path(outputOf(output, kLookQuantisers[i])));
 }
 
+// Evenly apart; of slides each at another moment of one, since most of their time nothing changes.
+double placeOf(int sample, int samples, const Film& film) {
+    const double seconds = film.seconds * (sample + 0.5) / samples;
+    if (!film.source.slides) return seconds;
+    const double step = film.source.slides->step;
+    return (std::floor(seconds / step) + (sample + 0.5) / samples) * step;
+}
+
 Look sampled(const DiscFilm& film, const std::string& output, const Workshop& workshop) {
     const Conversion& conversion = film.conversion;
     const int samples = std::clamp(conversion.frames / framesOfSample(conversion), 1, kSamples);
     Look look;
     for (int i = 0; i < samples; ++i) {
         try {
-            addSample(look, film, film.film.seconds * (i + 0.5) / samples, output, workshop);
+            addSample(look, film, placeOf(i, samples, film.film), output, workshop);
         } catch (const DiscError&) {
             // A place that is damaged; or a file that is read from its beginning only.
             continue;

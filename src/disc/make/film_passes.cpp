@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "disc/make/film_damage.h"
+#include "disc/make/slide_feed.h"
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
 
@@ -59,13 +60,14 @@ void FilmPasses::encode(const EncoderRun& run, const std::string& output, double
     const double seconds = film_.conversion.seconds;
     const double part = run.pass == Pass::first ? kFirstPart : 1 - from;
     FilmDamage damage(film_.film.lost > 0);
-    const int frames = workshop_.tools().encode(
+    const int frames = encodeFilm(
+        film_, wholeOf(film_), workshop_.tools(),
         encodingCommand(film_.film, film_.conversion, run, output), failing(film_, "encoded"),
         [&](double written) {
             task_.reach(from + part * written / seconds);
             damage.reach(written);
         },
-        Descriptor(-1), [&](std::string_view line) { damage.take(line); });
+        [&](std::string_view line) { damage.take(line); });
     expectFrames(film_, frames);
     damage_ = damage.sentence(film_.request.path);
 }

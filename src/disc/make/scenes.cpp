@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "disc/make/film_encoding.h"
+#include "disc/make/slide_feed.h"
 #include "disc/project/names.h"
 #include "disc/run/fault.h"
 #include "graphics/formats.h"
@@ -82,13 +83,19 @@ std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, con
     };
     Arguments inputs = commandFor("");
     inputs.push_back(film.film.source.stamp);
+    if (film.conversion.isDrawn) inputs.push_back(fmt::format("{:.3f}", moment.seconds));
     const std::string name = Workshop::nameOf("picture", ".jpg", inputs);
     const bool isNew = !workshop.has(name);
     const std::string made = isNew ? Workshop::unfinished(name) : name;
     if (isNew) {
         const std::string& path = film.request.path;
-        workshop.tools().run(commandFor(made),
-                             {path, fmt::format("No picture of {} could be taken", path), ""});
+        const Failure failure{path, fmt::format("No picture of {} could be taken", path), ""};
+        if (film.conversion.isDrawn) {
+            encodeFilm(film, stillOf(film, moment.seconds), workshop.tools(), commandFor(made),
+                       failure);
+        } else {
+            workshop.tools().run(commandFor(made), failure);
+        }
     }
     const std::optional<Bitmap> picture = decodePicture(workshop.path(made));
     if (!picture) return std::nullopt;
@@ -98,7 +105,24 @@ std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, con
 
 }  // namespace
 
-Scene findScene(const DiscFilm& film, const Span& span, const Raster& raster, Workshop& workshop) {
+namespace {
+
+// Of slides all are worth seeing: the next moment at which one is there alone, and was half a
+// second before.
+double slideMoment(const SlideShow& show, double seconds) {
+    constexpr double kBefore = 0.5;
+    const double slide = std::floor(seconds / show.step), begin = slide * show.step;
+    if (begin + show.step - fadeSeconds(show.step) < seconds) return begin + show.step + kBefore;
+    return std::max(seconds, begin + (slide == 0 ? kBlackSeconds : 0) + kBefore);
+}
+
+}  // namespace
+
+Scene findScene(const DiscFilm& film, const Span& wanted, const Raster& raster,
+                Workshop& workshop) {
+    Span span = wanted;
+    const auto& slides = film.film.source.slides;
+    if (slides && span.until > span.from) span.from = span.until = slideMoment(*slides, span.from);
     Scene best;
     double bestContrast = -1;
     const double length = std::max(0.0, span.until - span.from);

@@ -177,6 +177,10 @@ Conversion conversionOf(const Film& film, Standard standard, bool isCopied) {
     conversion.isCopied = isCopied;
     if (isCopied) {
         conversion.isPulledDown = storesCinema(film, standard);
+    } else if (film.source.slides) {
+        conversion.isDrawn = true;
+        if (film.source.slides->request.moves) conversion.fields = FieldSource::kept;
+        conversion.isTopFirst = true;
     } else {
         decideMotion(film.video, conversion);
     }

@@ -75,6 +75,7 @@ struct DiscTrack {
 struct Conversion {
     Standard standard = Standard::pal;
     bool isCopied = false;        ///< its pictures and sound stay as they are
+    bool isDrawn = false;         ///< we draw its frames, as the disc has them
     bool keepsSubtitles = false;  ///< and its own subtitles, which nothing is drawn beside
     FieldSource fields = FieldSource::none;
     bool isPulledDown = false;  ///< is it cinema's 24 pictures, with flags that make them 29.97?

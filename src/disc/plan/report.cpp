@@ -10,6 +10,7 @@
 
 #include "disc/plan/chapters.h"
 #include "disc/project/names.h"
+#include "system/paths.h"
 
 namespace tkv::disc {
 
@@ -68,6 +69,17 @@ std::string subtitleWords(const DiscFilm& film) {
     return words;
 }
 
+// "60 pictures, 6 s each, music: a.flac, b.mp3"
+std::string slideWords(const SlideShow& show) {
+    std::string words =
+        fmt::format("{}, {:.3g} s each", counted(show.slides.size(), "picture"), show.step);
+    std::vector<std::string> names;
+    for (const std::string& path : show.request.music)
+        names.push_back(lastComponent(path));
+    if (!names.empty()) words += fmt::format(", music: {}", fmt::join(names, ", "));
+    return words;
+}
+
 std::string filmLine(const DiscFilm& film) {
     const VideoTrack& video = film.film.video;
     const Conversion& conversion = film.conversion;
@@ -75,10 +87,13 @@ std::string filmLine(const DiscFilm& film) {
         film.film.lost < kShortLoss
             ? ""
             : fmt::format(", without the {:.1f} s before its first keyframe", film.film.lost);
-    std::string line = fmt::format(
-        "  {}  {}, {} x {}, {:.4g} frames a second: ", timeText(std::round(film.film.seconds)),
-        shortName(film.request), video.shown.width, video.shown.height,
-        video.frameRate.perSecond());
+    const auto& slides = film.film.source.slides;
+    const std::string what = slides
+                                 ? slideWords(*slides)
+                                 : fmt::format("{} x {}, {:.4g} frames a second", video.shown.width,
+                                               video.shown.height, video.frameRate.perSecond());
+    std::string line = fmt::format("  {}  {}, {}: ", timeText(std::round(film.film.seconds)),
+                                   shortName(film.request), what);
     if (conversion.isCopied) return line + "copied as it is" + lost + subtitleWords(film);
     line += fmt::format("{} at {} kb/s", conversion.isWide ? "16:9" : "4:3", conversion.videoRate);
     return fmt::format("{}{}{}{}{}", line, conversion.note.empty() ? "" : ", ", conversion.note,

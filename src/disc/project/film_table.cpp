@@ -1,5 +1,7 @@
 #include "disc/project/film_table.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -7,6 +9,7 @@
 
 #include "disc/project/languages.h"
 #include "disc/project/names.h"
+#include "disc/project/slide_request.h"
 
 namespace tkv::disc {
 
@@ -21,6 +24,9 @@ constexpr double kMostDelay = 10;
 constexpr int kMostCut = 16384;
 
 constexpr double kLeastAspect = 0.2, kMostAspect = 5;
+
+// Of slides, instead of kNone.
+constexpr std::string_view kSlow = "slow";
 
 constexpr const char* kLanguage = "the two letters of a language";
 constexpr const char* kTime = "a time such as \"1:23\", or seconds";
@@ -56,6 +62,7 @@ using Reader = TableReader;
 using Node = toml::node;
 
 void readTitle(const Reader& reader, const Node& node, FilmRequest& film) {
+    if (film.slides) reader.refuse(node, "title", "a DVD, which slides are not");
     const auto number = node.value_exact<std::int64_t>().value_or(0);
     if (number < 1 || number > kMostTitles)
         reader.refuse(node, "title", "the number of a DVD's title, from 1");
@@ -69,6 +76,51 @@ void readParts(const Reader& reader, const Node& node, FilmRequest& film) {
     if (film.parts.size() < 2) reader.refuse(node, "parts", kWanted);
     if (!film.path.empty()) reader.fail(node.source(), "a film has a path or parts, not both");
     film.path = film.parts.front();
+}
+
+// Names of files, or one.
+std::vector<std::string> pathsIn(const Reader& reader, const Node& node, std::string_view key) {
+    constexpr const char* kWanted = "a name, or a list such as [\"a\", \"b\"]";
+    std::vector<std::string> paths;
+    for (const Node* element : reader.listIn(node, key, kWanted, Reader::Single::allowed))
+        paths.push_back(reader.pathIn(*element, key, kWanted));
+    if (paths.empty()) reader.refuse(node, key, kWanted);
+    return paths;
+}
+
+void readSlides(const Reader& reader, const Node& node, FilmRequest& film) {
+    if (!film.path.empty()) reader.refuse(node, "slides", "no path or parts beside it");
+    FilmRequest pictures = filmOfPictures(pathsIn(reader, node, "slides"));
+    film.path = std::move(pictures.path);
+    film.slides = std::move(pictures.slides);
+}
+
+SlideRequest& slidesOf(const Reader& reader, const Node& node, std::string_view key,
+                       FilmRequest& film) {
+    if (!film.slides) reader.refuse(node, key, "a film of slides");
+    return *film.slides;
+}
+
+void readSeconds(const Reader& reader, const Node& node, FilmRequest& film) {
+    double& seconds = slidesOf(reader, node, "seconds", film).seconds;
+    seconds = timeOf(node).value_or(0);
+    if (seconds < kLeastSlideSeconds || seconds > kMostSlideSeconds)
+        reader.refuse(node, "seconds",
+                      fmt::format("a number from {} to {}", kLeastSlideSeconds, kMostSlideSeconds));
+}
+
+void readMotion(const Reader& reader, const Node& node, FilmRequest& film) {
+    constexpr const char* kWanted = "none or slow";
+    const std::string text = reader.textIn(node, "motion", kWanted);
+    if (text != kNone && text != kSlow) reader.refuse(node, "motion", kWanted);
+    slidesOf(reader, node, "motion", film).moves = text == kSlow;
+}
+
+void readFit(const Reader& reader, const Node& node, FilmRequest& film) {
+    SlideRequest& slides = slidesOf(reader, node, "fit", film);
+    if (reader.textIn(node, "fit", "music") != "music") reader.refuse(node, "fit", "music");
+    if (slides.music.empty()) reader.refuse(node, "fit", "music to be there");
+    slides.fitsMusic = true;
 }
 
 // A time, or a list of such for the pictures of a strip.
@@ -186,6 +238,18 @@ constexpr std::array kKeys{
                 film.path = reader.pathIn(node, "path", "the name of a film");
             }},
     FilmKey{"parts", readParts},
+    FilmKey{"slides", readSlides},
+    FilmKey{"seconds", readSeconds},
+    FilmKey{"motion", readMotion},
+    FilmKey{"music",
+            [](const Reader& reader, const Node& node, FilmRequest& film) {
+                slidesOf(reader, node, "music", film).music = pathsIn(reader, node, "music");
+            }},
+    FilmKey{"fit", readFit},
+    FilmKey{"titles",
+            [](const Reader& reader, const Node& node, FilmRequest& film) {
+                slidesOf(reader, node, "titles", film).showsTitles = reader.flagIn(node, "titles");
+            }},
     FilmKey{"title", readTitle},
     FilmKey{"caption",
             [](const Reader& reader, const Node& node, FilmRequest& film) {
@@ -221,6 +285,8 @@ FilmRequest filmIn(const toml::table& table, const TableReader& reader) {
     for (const FilmKey& key : kKeys) {
         if (const Node* node = table.get(key.name)) key.read(reader, *node, film);
     }
+    if (film.slides && film.choices != FilmChoices{.place = film.choices.place})
+        reader.fail(table.source(), "slides have no start, end, audio, crop and the like");
     if (film.path.empty()) reader.fail(table.source(), "this film has no path and no parts");
     return film;
 }

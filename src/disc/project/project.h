@@ -74,8 +74,23 @@ struct FilmChoices {
     bool operator==(const FilmChoices&) const = default;
 };
 
+/// Seconds for which a picture of a film of such may be shown.
+inline constexpr double kLeastSlideSeconds = 1.5, kMostSlideSeconds = 600;
+
+/// Pictures that make a film, one after another.
+struct SlideRequest {
+    std::vector<std::string> paths;  ///< absolute; pictures, or folders of them
+    double seconds = 6;              ///< each
+    bool moves = false;              ///< does each fill the frame, and move slowly?
+    std::vector<std::string> music;  ///< absolute paths; under the whole film
+    bool fitsMusic = false;          ///< do they share its length, instead of `seconds`?
+    bool showsTitles = false;        ///< are their own titles drawn onto them?
+    bool operator==(const SlideRequest&) const = default;
+};
+
 struct FilmRequest {
-    /// Absolute; a film, the first VOB of a title, or a folder: a DVD's, or one with films.
+    /// Absolute; a film, the first VOB of a title, or a folder: a DVD's, or one with films. Of
+    /// slides the folder that they are called by.
     std::string path;
     std::optional<std::string> caption;
     std::vector<double> excerpts;  ///< seconds at which the thumbnail's pictures begin, the first
@@ -86,6 +101,7 @@ struct FilmRequest {
     std::optional<std::string> shown{};
     /// Of a DVD's titles, from 1, the only one that is meant; 0: as Project's.
     int title = 0;
+    std::optional<SlideRequest> slides{};  ///< of which it is made, instead of a file
     std::vector<std::string> parts{};  ///< absolute; files that make it together, `path` the first
     FilmChoices choices{};
     std::string folder{};  ///< absolute; the one that was named instead of all that is in it

@@ -30,6 +30,9 @@ constexpr const char* kAboveFilms = R"(
 # The films, in their order; for each:
 #   path      a film, a folder of films or of a DVD, or the first VOB of a title
 #   parts     instead of path: the files that make it together, in their order
+#   slides    instead of path: pictures that make a film, or folders of them; then also
+#             seconds (each), motion (none or slow), music (under all of it),
+#             fit = "music" (they share its length) and titles = true (their own, on them)
 #   title     of a DVD's titles the only one that is meant: 1, 2 and so on
 #   caption   what the menu calls it
 #   excerpt   where the menu's moving picture begins; else where something is to be seen.
@@ -47,6 +50,7 @@ constexpr const char* kAboveFilms = R"(
 constexpr const char* kExcerptExample = "#excerpt = \"1:23\"\n";
 constexpr const char* kSubtitlesExample =
     "#subtitles = [\"film.fr.srt\", { path = \"signs.ass\", language = \"en\", forced = true }]\n";
+constexpr const char* kMusicExample = "#music = [\"song.flac\", \"another.mp3\"]\n";
 constexpr const char* kShowExample = "#show = \"fr\"\n";
 constexpr const char* kChaptersExample = "#chapters = [\"0:00 Departure\", \"12:34\"]\n";
 
@@ -103,13 +107,12 @@ class Writer {
 
     void writeFilm(const FilmRequest& request) {
         text_ += "\n[[film]]\n";
-        if (request.parts.empty()) {
-            writeLine(false, "path", quoted(shortPath(request.path, folder_)));
+        if (request.slides) {
+            writeSlides(*request.slides);
+        } else if (!request.parts.empty()) {
+            writePaths("parts", request.parts);
         } else {
-            std::vector<std::string> parts;
-            for (const std::string& part : request.parts)
-                parts.push_back(quoted(shortPath(part, folder_)));
-            writeLine(false, "parts", fmt::format("[{}]", fmt::join(parts, ", ")));
+            writeLine(false, "path", quoted(shortPath(request.path, folder_)));
         }
         if (request.title > 0) writeLine(false, "title", std::to_string(request.title));
         writeLine(false, "caption", quoted(captionOf(request, "")));
@@ -170,6 +173,27 @@ class Writer {
         if (choices.aspect > 0) writeLine(false, "aspect", fmt::format("{}", choices.aspect));
         if (choices.deinterlace)
             writeLine(false, "deinterlace", *choices.deinterlace ? "true" : "false");
+    }
+
+    void writePaths(std::string_view key, const std::vector<std::string>& paths) {
+        std::string list;
+        for (const std::string& path : paths)
+            list += fmt::format("    {},\n", quoted(shortPath(path, folder_)));
+        writeLine(false, key, "[\n" + list + "]");
+    }
+
+    void writeSlides(const SlideRequest& slides) {
+        static const SlideRequest defaults;
+        writePaths("slides", slides.paths);
+        writeLine(slides.seconds == defaults.seconds, "seconds", fmt::format("{}", slides.seconds));
+        writeLine(!slides.moves, "motion", "\"slow\"");
+        if (slides.music.empty()) {
+            text_ += kMusicExample;
+        } else {
+            writePaths("music", slides.music);
+        }
+        writeLine(!slides.fitsMusic, "fit", "\"music\"");
+        writeLine(!slides.showsTitles, "titles", "true");
     }
 
     void writeSubtitles(const FilmRequest& request) {
