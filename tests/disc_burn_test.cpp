@@ -1,5 +1,5 @@
 #include <algorithm>
-#include <random>
+#include <cstdint>
 
 #include "disc/burn/burner.h"
 #include "disc/burn/burning.h"
@@ -131,9 +131,12 @@ TEST(Burner, TellsHowFarItIsAndWhyItFails) {
 class Burning : public testing::Test {
   protected:
     Burning() : workshop_(folder_.file("work"), stop_) {
-        std::minstd_rand random;
-        std::string bytes(5'000 * 2048, '\0');
-        std::ranges::generate(bytes, [&] { return static_cast<char>(random() >> 8); });
+        std::uint32_t number = 1;
+        std::string bytes(std::size_t{5000} * 2048, '\0');
+        std::ranges::generate(bytes, [&] {
+            number = number * 1103515245U + 12345U;
+            return static_cast<char>(number >> 24U);
+        });
         folder_.write("disc.iso", bytes);
         folder_.write("blank.img", "");
     }

@@ -11,6 +11,7 @@
 #include "disc/film/film_sources.h"
 #include "disc/film/folder.h"
 #include "disc/film/joined_film.h"
+#include "disc/project/slide_request.h"
 #include "disc/run/parallel_tasks.h"
 #include "system/paths.h"
 
@@ -33,6 +34,22 @@ bool isFull(std::int64_t bytes) {
     });
 }
 
+// Where all that is named are pictures, and perhaps music to them, they are a film.
+std::vector<FilmRequest> withPictures(std::vector<FilmRequest> requests) {
+    SlideRequest slides;
+    for (const FilmRequest& request : requests) {
+        const FileKind kind = kindOf(request.path);
+        const bool isPicture = kind == FileKind::picture;
+        if (!request.isListed || (!isPicture && kind != FileKind::sound)) return requests;
+        (isPicture ? slides.paths : slides.music).push_back(request.path);
+    }
+    // One alone was hardly meant to be a film.
+    if (slides.paths.size() < 2) return requests;
+    FilmRequest film = filmOfPictures(slides.paths);
+    film.slides = std::move(slides);
+    return {film};
+}
+
 // Of items that belong to one film each, those of films without a fault.
 template <typename Item>
 void keepFaultless(std::vector<Item>& items, const std::vector<std::optional<Fault>>& faults) {
@@ -48,7 +65,7 @@ void keepFaultless(std::vector<Item>& items, const std::vector<std::optional<Fau
 
 FilmList::FilmList(Project project, const std::string& output, bool keepsGoing, ProgramStop& stop)
     : project_(std::move(project)), keepsGoing_(keepsGoing) {
-    for (const FilmRequest& request : std::exchange(project_.films, {})) {
+    for (const FilmRequest& request : withPictures(std::exchange(project_.films, {}))) {
         const auto fault = faultOf([&] {
             for (const FilmRequest& film : requestsIn(request, output))
                 find(film, stop);
@@ -68,8 +85,14 @@ std::vector<FilmRequest> FilmList::requestsIn(const FilmRequest& request,
     std::error_code error;
     if (!std::filesystem::is_directory(path, error)) return {request};
     const FolderContents contents = contentsOf(path, output);
-    if (contents.films.empty())
+    if (contents.films.empty() && contents.pictures.empty())
         throw DiscError(fmt::format("{} is a folder in which there is no film.", path), path);
+    if (contents.films.empty()) {
+        notePassedOver(contents.others);
+        FilmRequest slides = request;
+        slides.slides = SlideRequest{.paths = contents.pictures, .music = contents.sounds};
+        return {slides};
+    }
     const bool isOne = contents.films.size() == 1;
     // A DVD is called as the folder that holds its own.
     if (isOne && (contents.films[0] == path || contents.films[0] == joinPath(path, "VIDEO_TS")))
@@ -87,11 +110,14 @@ std::vector<FilmRequest> FilmList::requestsIn(const FilmRequest& request,
         requests.back().folder = path;
         requests.back().isListed = true;
     }
-    for (const auto* const names : {&contents.pictures, &contents.sounds, &contents.others}) {
-        for (const std::string& name : *names)
-            passedOver_.push_back(lastComponent(name));
-    }
+    for (const auto* const names : {&contents.pictures, &contents.sounds, &contents.others})
+        notePassedOver(*names);
     return requests;
+}
+
+void FilmList::notePassedOver(const std::vector<std::string>& paths) {
+    for (const std::string& path : paths)
+        passedOver_.push_back(lastComponent(path));
 }
 
 void FilmList::find(const FilmRequest& request, ProgramStop& stop) {

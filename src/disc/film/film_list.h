@@ -17,9 +17,10 @@ namespace tkv::disc {
 class FilmList {
   public:
     /// Looks for the films' files; a request for a folder becomes one for each film in it, but for
-    /// what is in `output`, one for a DVD becomes one for each of its titles. `keepsGoing`: does
-    /// the run go on without films that have a fault? Else it ends with all that are found at once.
-    /// Throws DiscError then, and where no film is left, or more than a disc holds.
+    /// what is in `output`, or without any one of its pictures; so do pictures without a film; one
+    /// for a DVD becomes one for each of its titles. `keepsGoing`: does the run go on without films
+    /// that have a fault? Else it ends with all that are found at once. Throws DiscError then, and
+    /// where no film is left, or more than a disc holds.
     FilmList(Project project, const std::string& output, bool keepsGoing, ProgramStop& stop);
 
     /// What the person asks for, with the films that are left.
@@ -53,6 +54,7 @@ class FilmList {
   private:
     std::vector<FilmRequest> requestsIn(const FilmRequest& request, const std::string& output);
     void find(const FilmRequest& request, ProgramStop& stop);
+    void notePassedOver(const std::vector<std::string>& paths);
     bool goesOn(std::size_t film) const;
     void join(std::size_t first, std::size_t end,
               const std::function<Film(const FilmSource&)>& probe);

@@ -75,15 +75,17 @@ class FolderReader {
 
   private:
     void take(const std::string& path, std::vector<std::string>& films) {
-        const std::string extension = asciiLowered(pathExtension(path));
-        if (isAmong(kFilms, extension)) {
-            films.push_back(path);
-        } else if (isAmong(kPictures, extension)) {
-            contents_.pictures.push_back(path);
-        } else if (isAmong(kSounds, extension)) {
-            contents_.sounds.push_back(path);
-        } else if (!isAmong(kBeside, extension)) {
-            contents_.others.push_back(path);
+        switch (kindOf(path)) {
+            case FileKind::film:
+                return films.push_back(path);
+            case FileKind::picture:
+                return contents_.pictures.push_back(path);
+            case FileKind::sound:
+                return contents_.sounds.push_back(path);
+            case FileKind::other:
+                return contents_.others.push_back(path);
+            case FileKind::beside:
+                return;
         }
     }
 
@@ -92,6 +94,14 @@ class FolderReader {
 };
 
 }  // namespace
+
+FileKind kindOf(const std::string& path) {
+    const std::string extension = asciiLowered(pathExtension(path));
+    if (isAmong(kFilms, extension)) return FileKind::film;
+    if (isAmong(kPictures, extension)) return FileKind::picture;
+    if (isAmong(kSounds, extension)) return FileKind::sound;
+    return isAmong(kBeside, extension) ? FileKind::beside : FileKind::other;
+}
 
 FolderContents contentsOf(const std::string& folder, const std::string& except) {
     FolderReader reader(except);

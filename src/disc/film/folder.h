@@ -5,6 +5,16 @@
 
 namespace tkv::disc {
 
+/// What a file seems to be, by its name's extension.
+enum class FileKind {
+    film,
+    picture,
+    sound,
+    beside,  ///< a film's: its subtitles, and what cameras and desktops leave
+    other,
+};
+FileKind kindOf(const std::string& path);
+
 /// What a person's folder holds, and the folders in it, sorted by the names' extensions: absolute
 /// paths in natural order, a folder's own files first.
 struct FolderContents {

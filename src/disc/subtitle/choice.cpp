@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "disc/film/folder.h"
 #include "disc/film/subtitle_words.h"
 #include "disc/run/fault.h"
 #include "disc/subtitle/vobsub_index.h"
@@ -24,10 +25,6 @@ constexpr std::array<std::string_view, 12> kCodecs{
     "subrip", "srt",     "ass",     "ssa",          "webvtt",       "mov_text",
     "text",   "eia_608", kCaptions, "dvd_subtitle", "dvb_subtitle", "hdmv_pgs_subtitle"};
 
-constexpr std::array<std::string_view, 16> kFilms{"mkv", "mp4", "m4v",  "mov", "avi", "mpg",
-                                                  "vob", "ts",  "m2ts", "mts", "mxf", "webm",
-                                                  "wmv", "flv", "ogv",  "mpeg"};
-
 // A DVD's own, whose colours are known.
 bool areCopied(const FilmSubtitle& subtitle, const Film& film) {
     return film.palette && subtitle.path.empty() && subtitle.codec == "dvd_subtitle";
@@ -39,7 +36,7 @@ bool isOfAnother(const std::string& subtitle, const std::string& stem,
     return std::ranges::any_of(names, [&](const std::string& name) {
         const std::string other = withoutExtension(name);
         return other.size() > stem.size() && subtitle.starts_with(other + ".") &&
-               std::ranges::find(kFilms, asciiLowered(pathExtension(name))) != kFilms.end();
+               kindOf(name) == FileKind::film;
     });
 }
 
