@@ -16,11 +16,12 @@ namespace tkv::disc {
 /// end the run.
 class FilmList {
   public:
-    /// Looks for the films' files; a request for a folder becomes one for each film in it, but for
-    /// what is in `output`, or without any one of its pictures; so do pictures without a film; one
-    /// for a DVD becomes one for each of its titles. `keepsGoing`: does the run go on without films
-    /// that have a fault? Else it ends with all that are found at once. Throws DiscError then, and
-    /// where no film is left, or more than a disc holds.
+    /// Looks for the films' files. A request for a folder becomes one for each film in it, but for
+    /// what is in `output`, or where there is none one for its pictures together, and so do
+    /// pictures and sounds without a film; one for a DVD becomes one for each of its titles.
+    /// `keepsGoing`: does the run go on without films that have a fault? Else it ends with all that
+    /// are found at once. Throws DiscError then, and where no film is left, or more than a disc
+    /// holds.
     FilmList(Project project, const std::string& output, bool keepsGoing, ProgramStop& stop);
 
     /// What the person asks for, with the films that are left.

@@ -31,10 +31,10 @@ namespace {
 using Json = nlohmann::json;
 
 // Names that are told of those that are left out.
-constexpr std::size_t kMostTold = 5;
+constexpr std::size_t kMostNamed = 5;
 
 // Seconds: a film that is longer has chapters, one each of these.
-constexpr double kShortFilm = 240, kChapterSeconds = 150;
+constexpr double kWithoutChapters = 240, kChapterSeconds = 150;
 
 constexpr double kSoundFadeIn = 0.5, kSoundFadeOut = 3;
 
@@ -101,7 +101,7 @@ std::vector<std::string> leftOutLines(const std::map<std::string, std::vector<st
     for (const auto& [reason, paths] : all) {
         std::vector<std::string> names;
         for (const std::string& path : paths) {
-            if (names.size() < kMostTold) names.push_back(lastComponent(path));
+            if (names.size() < kMostNamed) names.push_back(lastComponent(path));
         }
         if (names.size() < paths.size())
             names.push_back(fmt::format("{} more", paths.size() - names.size()));
@@ -115,7 +115,7 @@ std::vector<Chapter> marksOf(const SlideShow& show) {
     const auto slides = static_cast<double>(show.slides.size());
     const double seconds = slides * show.step;
     std::vector<Chapter> marks;
-    if (seconds < kShortFilm) return marks;
+    if (seconds < kWithoutChapters) return marks;
     const double count = std::min(slides, std::round(seconds / kChapterSeconds));
     for (double i = 0; i < count; ++i)
         marks.push_back({std::round(i * slides / count) * show.step, ""});

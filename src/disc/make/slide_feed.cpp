@@ -18,7 +18,7 @@ namespace tkv::disc {
 namespace {
 
 // More than a frame, so that who draws and who encodes seldom wait for each other.
-constexpr int kPipeBytes = 1 << 20;
+constexpr int kFedBytes = 1 << 20;
 
 // Ends when all is written, or nobody reads it any more.
 void feed(const DiscFilm& film, const FilmPart& part, const ProgramStop& stop, Descriptor encoder) {
@@ -87,7 +87,7 @@ int encodeFilm(const DiscFilm& film, const FilmPart& part, const Tools& tools,
                std::function<void(std::string_view line)> onError) {
     if (!film.film.source.slides)
         return tools.encode(command, failure, onSeconds, Descriptor(-1), std::move(onError));
-    std::optional<Pipe> pipe = makePipe(kPipeBytes);
+    std::optional<Pipe> pipe = makePipe(kFedBytes);
     if (!pipe) throw DiscError(failure.task + ": too many open files.", failure.about);
     std::future<void> feeding = std::async(
         std::launch::async, [&film, &part, &tools, encoder = std::move(pipe->writeEnd)]() mutable {

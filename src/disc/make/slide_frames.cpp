@@ -26,7 +26,7 @@ SlideStage readStage(const Slide& slide, const SlideLook& look, PixelSize raster
         slide.path);
 }
 
-double between(double from, double to, double part) {
+double partWay(double from, double to, double part) {
     return from + (to - from) * part;
 }
 
@@ -94,7 +94,7 @@ void SlideFrames::prepare(std::size_t slide) {
     stages_.emplace(slide, std::async(std::launch::async, read).share());
 }
 
-const Planes& SlideFrames::seen(std::size_t slide, int moment, Rows rows, Planes& drawn) {
+const Planes& SlideFrames::seen(std::size_t slide, int moment, RowSet rows, Planes& drawn) {
     prepare(slide);
     const SlideStage& stage = *stages_.at(slide).get();
     if (!stage.motion) return stage.picture;
@@ -104,16 +104,16 @@ const Planes& SlideFrames::seen(std::size_t slide, int moment, Rows rows, Planes
     const double part = times_.lifeOf(slide, moment);
     const PixelSize size = stage.picture.front().size;
     const double across = size.width / stage.width, down = size.height / stage.height;
-    const double side = between(from.size, to.size, part);
+    const double side = partWay(from.size, to.size, part);
     resample(stage.picture,
-             {between(from.x, to.x, part) * across, between(from.y, to.y, part) * down,
+             {partWay(from.x, to.x, part) * across, partWay(from.y, to.y, part) * down,
               side * across, side * down},
              ColorSite::left, rows, drawn);
     if (stage.caption) cover(drawn, *stage.caption, rows);
     return drawn;
 }
 
-void SlideFrames::drawMoment(int moment, Rows rows, std::span<std::uint8_t> frame) {
+void SlideFrames::drawMoment(int moment, RowSet rows, std::span<std::uint8_t> frame) {
     const SlideMoment now = times_.at(moment);
     if (!show_.request.moves && last_ == now) return;
     last_ = now;

@@ -83,8 +83,8 @@ class SlideFrames {
     using Stage = std::shared_ptr<const SlideStage>;
 
     void prepare(std::size_t slide);
-    void drawMoment(int moment, Rows rows, std::span<std::uint8_t> frame);
-    const Planes& seen(std::size_t slide, int moment, Rows rows, Planes& drawn);
+    void drawMoment(int moment, RowSet rows, std::span<std::uint8_t> frame);
+    const Planes& seen(std::size_t slide, int moment, RowSet rows, Planes& drawn);
 
     const SlideShow& show_;
     SlideTimes times_;

@@ -16,7 +16,7 @@ constexpr int kHalf = kOne / 2;
 constexpr int kVector = 8;  // taps that are summed at once
 constexpr std::array<int, 3> kBlack{16 * kLevel, 128 * kLevel, 128 * kLevel};
 
-constexpr std::size_t index(int value) {
+constexpr std::size_t asIndex(int value) {
     return static_cast<std::size_t>(value);
 }
 
@@ -35,7 +35,7 @@ double mixtureOf(std::uint32_t pixel, const Mixture& mixture) {
 // Sets each level of a plane to what `valueOf` makes of the pixel; of four where the plane has half
 // the resolution, to their mean.
 template <typename ValueOf>
-void fill(Plane& plane, const Bitmap& picture, const ValueOf& valueOf) {
+void fillPlane(Plane& plane, const Bitmap& picture, const ValueOf& valueOf) {
     const int step = picture.width() / plane.size.width;
     for (int y = 0; y < plane.size.height; ++y) {
         std::int16_t* const to = plane.row(y);
@@ -68,7 +68,7 @@ struct Taps {
     std::vector<int> firsts;
     std::vector<std::int16_t> weights;
 
-    const std::int16_t* of(int i) const { return weights.data() + index(i) * index(count); }
+    const std::int16_t* of(int i) const { return weights.data() + asIndex(i) * asIndex(count); }
 };
 
 // How one side is scaled.
@@ -86,9 +86,9 @@ Taps tapsOf(const Scaling& scaling, int pixels, int made, int atOnce) {
     const int needed = static_cast<int>(std::ceil(4 * scale));
     Taps taps;
     taps.count = (needed + atOnce - 1) / atOnce * atOnce;
-    taps.firsts.reserve(index(made));
-    taps.weights.resize(index(made) * index(taps.count));
-    std::vector<double> parts(index(taps.count));
+    taps.firsts.reserve(asIndex(made));
+    taps.weights.resize(asIndex(made) * asIndex(taps.count));
+    std::vector<double> parts(asIndex(taps.count));
     for (int i = 0; i < made; ++i) {
         const double center = from + (i + 0.5 - shift) * step - 0.5;
         const int begin = static_cast<int>(std::floor(center - taps.count / 2.0)) + 1;
@@ -96,15 +96,15 @@ Taps tapsOf(const Scaling& scaling, int pixels, int made, int atOnce) {
         const int first = std::clamp(begin, 0, pixels - taps.count);
         double sum = 0;
         for (int tap = 0; tap < taps.count; ++tap)
-            sum += parts[index(tap)] = kernelAt((begin + tap - center) / scale);
-        std::int16_t* const weights = &taps.weights[index(i) * index(taps.count)];
+            sum += parts[asIndex(tap)] = kernelAt((begin + tap - center) / scale);
+        std::int16_t* const weights = &taps.weights[asIndex(i) * asIndex(taps.count)];
         // Their running sum is rounded, so that they come to one.
         double part = 0;
         int before = 0;
         const double factor = kOne / sum;
         constexpr double kLifted = kOne + 0.5;  // rounds by a cut, above zero
         for (int tap = 0; tap < taps.count; ++tap) {
-            part += parts[index(tap)];
+            part += parts[asIndex(tap)];
             const int now = static_cast<int>(part * factor + kLifted) - kOne;
             const int at = std::clamp(begin + tap, 0, pixels - 1) - first;
             weights[at] = static_cast<std::int16_t>(weights[at] + now - before);
@@ -158,7 +158,8 @@ struct Sampling {
 };
 
 // `right`: of a colour made, by which it lies left of the middle of its pixels.
-Sampling samplingOf(const PixelRect& part, double right, Rows rows, PixelSize from, PixelSize to) {
+Sampling samplingOf(const PixelRect& part, double right, RowSet rows, PixelSize from,
+                    PixelSize to) {
     // A field's rows are half as far above or below the middle of two as they are apart.
     const bool isField = rows.step == 2;
     const double above = isField ? 0.25 - 0.5 * rows.first : 0;
@@ -169,13 +170,13 @@ Sampling samplingOf(const PixelRect& part, double right, Rows rows, PixelSize fr
 
 void resample(const Plane& from, const Sampling& sampling, Plane& to) {
     const auto& [columns, rows] = sampling;
-    const auto mixThese = kMixRows.at(index(rows.count - kFewestRows));
+    const auto mixThese = kMixRows.at(asIndex(rows.count - kFewestRows));
     const auto mixAcross = columns.count == kVector ? mixColumns<kVector> : mixColumns<0>;
     const int begin = columns.firsts.front();
     const int end = std::min(columns.firsts.back() + columns.count, from.size.width);
-    std::vector<std::int16_t> mixed(index(from.size.width + columns.count));
+    std::vector<std::int16_t> mixed(asIndex(from.size.width + columns.count));
     for (int y = 0; y < to.size.height; ++y) {
-        mixThese(from, rows.firsts[index(y)], rows.of(y), begin, end, mixed.data());
+        mixThese(from, rows.firsts[asIndex(y)], rows.of(y), begin, end, mixed.data());
         mixAcross(mixed.data(), columns, to.row(y));
     }
 }
@@ -189,8 +190,8 @@ Plane blurredAcross(const Plane& plane, const std::vector<double>& weights) {
         for (int x = 0; x < plane.size.width; ++x) {
             double sum = 0;
             for (int at = -reach; at <= reach; ++at)
-                sum +=
-                    row[std::clamp(x + at, 0, plane.size.width - 1)] * weights[index(std::abs(at))];
+                sum += row[std::clamp(x + at, 0, plane.size.width - 1)] *
+                       weights[asIndex(std::abs(at))];
             turned.row(x)[y] = static_cast<std::int16_t>(std::lround(sum));
         }
     }
@@ -219,14 +220,14 @@ std::vector<std::vector<std::int16_t>> patternOf() {
         for (int x = 0; x < kWidest; ++x) {
             // Steps of the two roots of a cubic, which never come near the same place twice.
             const double place = 0.7548776662 * x + 0.5698402910 * y;
-            pattern[index(y)][index(x)] =
+            pattern[asIndex(y)][asIndex(x)] =
                 static_cast<std::int16_t>((place - std::floor(place)) * kLevel);
         }
     }
     return pattern;
 }
 
-std::uint8_t cut(int level) {
+std::uint8_t cutLevel(int level) {
     return static_cast<std::uint8_t>(std::clamp(level >> 6, 1, 254));
 }
 
@@ -240,8 +241,9 @@ Planes emptyPlanes(PixelSize size) {
 Planes planesOf(const Bitmap& picture) {
     Planes planes = emptyPlanes(picture.size());
     for (std::size_t i = 0; i < planes.size(); ++i) {
-        fill(planes[i], picture,
-             [&](std::uint32_t pixel, int) { return kBlack[i] + mixtureOf(pixel, kMixtures[i]); });
+        fillPlane(planes[i], picture, [&](std::uint32_t pixel, int) {
+            return kBlack[i] + mixtureOf(pixel, kMixtures[i]);
+        });
     }
     return planes;
 }
@@ -255,7 +257,7 @@ void put(const Planes& picture, int left, int top, Planes& onto) {
     }
 }
 
-void resample(const Planes& from, const PixelRect& part, ColorSite site, Rows rows, Planes& to) {
+void resample(const Planes& from, const PixelRect& part, ColorSite site, RowSet rows, Planes& to) {
     resample(from[0], samplingOf(part, 0, rows, from[0].size, to[0].size), to[0]);
     const PixelRect half{part.left / 2, part.top / 2, part.width / 2, part.height / 2};
     const double right = site == ColorSite::left ? 0.25 : 0;
@@ -282,19 +284,19 @@ Overlay overlayOf(const Bitmap& colors, std::span<const double> shade) {
     Overlay overlay{emptyPlanes(colors.size()), emptyPlanes(colors.size())};
     const auto bare = [](std::uint32_t pixel) { return 1 - alphaOf(pixel) / 255.0; };
     const auto coverAt = [&](std::uint32_t pixel, int y) {
-        return 1 - bare(pixel) * (1 - shade[index(y)]);
+        return 1 - bare(pixel) * (1 - shade[asIndex(y)]);
     };
     for (std::size_t i = 0; i < overlay.added.size(); ++i) {
-        fill(overlay.cover[i], colors,
-             [&](std::uint32_t pixel, int y) { return coverAt(pixel, y) * kOne; });
-        fill(overlay.added[i], colors, [&](std::uint32_t pixel, int y) {
+        fillPlane(overlay.cover[i], colors,
+                  [&](std::uint32_t pixel, int y) { return coverAt(pixel, y) * kOne; });
+        fillPlane(overlay.added[i], colors, [&](std::uint32_t pixel, int y) {
             return kBlack[i] * coverAt(pixel, y) + mixtureOf(pixel, kMixtures[i]);
         });
     }
     return overlay;
 }
 
-void cover(Planes& picture, const Overlay& overlay, Rows rows) {
+void cover(Planes& picture, const Overlay& overlay, RowSet rows) {
     for (std::size_t i = 0; i < picture.size(); ++i) {
         for (int y = 0; y < picture[i].size.height; ++y) {
             std::int16_t* const levels = picture[i].row(y);
@@ -310,10 +312,10 @@ void cover(Planes& picture, const Overlay& overlay, Rows rows) {
 }
 
 std::size_t frameBytes(PixelSize size) {
-    return index(size.width) * index(size.height) * 3 / 2;
+    return asIndex(size.width) * asIndex(size.height) * 3 / 2;
 }
 
-void writeFrame(const Planes& picture, const Planes& other, const Turning& turning, Rows rows,
+void writeFrame(const Planes& picture, const Planes& other, const Turning& turning, RowSet rows,
                 std::span<std::uint8_t> frame) {
     static const auto pattern = patternOf();
     const int turned = static_cast<int>(std::lround(turning.part * kOne));
@@ -324,21 +326,21 @@ void writeFrame(const Planes& picture, const Planes& other, const Turning& turni
         const int black = kBlack[i];
         for (int y = 0; y < height; ++y) {
             const int row = rows.first + rows.step * y;
-            const std::int16_t* const added = pattern[index(row % kPattern)].data();
+            const std::int16_t* const added = pattern[asIndex(row % kPattern)].data();
             const std::int16_t* const from = picture[i].row(y);
             const std::int16_t* const next = other[i].row(y);
-            std::uint8_t* const to = plane + index(row) * index(width);
+            std::uint8_t* const to = plane + asIndex(row) * asIndex(width);
             if (turned == 0 && lit == kOne) {
                 for (int x = 0; x < width; ++x)
-                    to[x] = cut(from[x] + added[x]);
+                    to[x] = cutLevel(from[x] + added[x]);
                 continue;
             }
             for (int x = 0; x < width; ++x) {
                 const int mixed = from[x] + (((next[x] - from[x]) * turned + kHalf) >> kShift);
-                to[x] = cut(black + (((mixed - black) * lit + kHalf) >> kShift) + added[x]);
+                to[x] = cutLevel(black + (((mixed - black) * lit + kHalf) >> kShift) + added[x]);
             }
         }
-        plane += index(width) * index(height * rows.step);
+        plane += asIndex(width) * asIndex(height * rows.step);
     }
 }
 

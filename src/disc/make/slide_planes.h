@@ -51,15 +51,15 @@ void put(const Planes& picture, int left, int top, Planes& onto);
 enum class ColorSite { middle, left };
 
 /// The rows of a frame that a picture has: all, or those of a field.
-struct Rows {
+struct RowSet {
     int first = 0, step = 1;
 };
-inline constexpr Rows kAllRows{}, kTopField{0, 2}, kBottomField{1, 2};
+inline constexpr RowSet kAllRows{}, kTopField{0, 2}, kBottomField{1, 2};
 
 /// The part of a picture, whose edges may be fractional, at the size of a frame with such rows;
 /// beyond the picture its edges repeat. Shrinking drops what would be too fine, and of a field what
 /// would flicker.
-void resample(const Planes& from, const PixelRect& part, ColorSite site, Rows rows, Planes& to);
+void resample(const Planes& from, const PixelRect& part, ColorSite site, RowSet rows, Planes& to);
 
 /// Blurs a picture; `sigma`: in pixels of its brightness.
 void blur(Planes& picture, double sigma);
@@ -75,7 +75,7 @@ struct Overlay {
 /// An overlay of the same size as a picture, of premultiplied colours, and of a shade behind them:
 /// how much each row is darkened.
 Overlay overlayOf(const Bitmap& colors, std::span<const double> shade);
-void cover(Planes& picture, const Overlay& overlay, Rows rows);
+void cover(Planes& picture, const Overlay& overlay, RowSet rows);
 
 /// The bytes of a frame in the format yuv420p.
 std::size_t frameBytes(PixelSize size);
@@ -89,7 +89,7 @@ struct Turning {
 
 /// Writes rows of a frame. Pictures that are equal stay what they are while one turns into the
 /// other.
-void writeFrame(const Planes& picture, const Planes& other, const Turning& turning, Rows rows,
+void writeFrame(const Planes& picture, const Planes& other, const Turning& turning, RowSet rows,
                 std::span<std::uint8_t> frame);
 
 }  // namespace tkv::disc

@@ -34,7 +34,7 @@ constexpr double kZoomSpeed = 0.018, kMostZoom = 0.12, kPanSpeed = 0.05;
 // Of that zoom, what is left to a picture that is to stay whole.
 constexpr double kWholePart = 0.4;
 
-double aspectOf(const Bitmap& picture) {
+double shapeOf(const Bitmap& picture) {
     const Size size = picture.nominalSize();
     return size.width / size.height;
 }
@@ -78,7 +78,7 @@ Planes wholeOnGround(const Bitmap& picture, PixelSize size) {
     weaken(ground, kGroundLight, kGroundColor);
     Planes made = emptyPlanes(size);
     resample(ground, {0, 0, kGround.width, kGround.height}, ColorSite::middle, kAllRows, made);
-    const Placement place = placedIn(size, kWideAspect, aspectOf(picture), {2, 2});
+    const Placement place = placedIn(size, kWideAspect, shapeOf(picture), {2, 2});
     put(stretched(picture, allOf(picture), {place.width, place.height}), place.x, place.y, made);
     return made;
 }
@@ -119,12 +119,13 @@ std::optional<Overlay> captionOverlay(const std::string& caption, PixelSize rast
     if (!blend(page, *letters, 1) ||
         !drawPicture(made, page, allOf(page), allOf(made), Compositing::sourceOver, 1))
         throw std::bad_alloc();
-    // Behind the letters the picture grows darker to its foot.
-    const double foot = 2.2 * (rows * kMarginPart + height);
+    // To its foot the picture grows so dark that letters can be read on white, too: at 6:1.
+    constexpr double kShade = 0.62;
+    const double middle = rows * kMarginPart + height / 2, foot = 2.2 * (middle + height / 2);
     std::vector<double> shade;
     for (int y = 0; y < raster.height; ++y) {
-        const double part = std::clamp(1 - (rows - y) / foot, 0.0, 1.0);
-        shade.push_back(0.65 * part * part * (3 - 2 * part));
+        const double part = std::clamp((foot - (rows - y)) / (foot - middle), 0.0, 1.0);
+        shade.push_back(kShade * part * part * (3 - 2 * part));
     }
     return overlayOf(made, shade);
 }
@@ -173,7 +174,7 @@ Motion motionOf(double width, double height, bool isFilling, const SlideLook& lo
 
 SlideStage stageOf(const Bitmap& picture, const std::string& caption, const SlideLook& look,
                    PixelSize raster) {
-    const double aspect = aspectOf(picture), finer = look.moves ? kFiner : 1;
+    const double aspect = shapeOf(picture), finer = look.moves ? kFiner : 1;
     const PixelSize frame{even(raster.width * finer), even(raster.height * finer)};
     const bool isFilling = fillsFrame(aspect, look.moves);
     SlideStage stage;
