@@ -297,7 +297,7 @@ TEST(ProjectFile, TellsTheLineOfAnError) {
           {"\n[[film]]\ncaption = 'x'", ":2: this film has no path"},
           {"[[film]]\npath = 'x'\nmusik = 'x'", ":3: nothing here is called 'musik'"},
           {"[[film]]\npath = 'x'\nmusic = 'x'", ":3: music wants a film of slides"},
-          {"[[film]]\npath = 'x'\nslides = 'x'", ":3: slides wants no path beside it"},
+          {"[[film]]\npath = 'x'\nslides = 'x'", ":3: slides wants no path or parts"},
           {"[[film]]\nslides = []", ":2: slides wants a name, or a list"},
           {"[[film]]\nslides = ['a',\n1]", ":3: slides wants a name, or a list"},
           {"[[film]]\nslides = 'x'\nseconds = 1.4", ":3: seconds wants a number from 1.5 to 600"},
