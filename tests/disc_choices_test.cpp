@@ -204,4 +204,19 @@ TEST_F(Choices, JoinRecordings) {
     EXPECT_EQ(greysOf(film_), greys);
 }
 
+TEST_F(Choices, MakeFilmsOfPictures) {
+    fs::create_directories(file("photos/2"));
+    for (const char* name : {"photos/b.jpg", "photos/2/a.png", "photos/song.wav"})
+        make(name, std::string(name).ends_with("wav") ? "-f lavfi -i sine=d=1"
+                                                      : "-f lavfi -i testsrc2 -frames:v 1");
+    folder_.write("photos/letter.txt", "no picture");
+    const std::string said = makeDisc("photos --preview -o out");
+    for (const char* line : {"Passed over, since not a film: letter.txt\n",
+                             "photos, 2 pictures, 6 s each, music: song.wav: 16:9"})
+        EXPECT_NE(said.find(line), std::string::npos) << said;
+    EXPECT_NE(
+        makeDisc("photos/b.jpg photos/2/a.png --preview -o out").find("2 pictures, 6 s each:"),
+        std::string::npos);
+}
+
 }  // namespace tkv::test::disc
