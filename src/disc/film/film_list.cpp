@@ -83,7 +83,7 @@ std::vector<FilmRequest> FilmList::requestsIn(const FilmRequest& request,
                                               const std::string& output) {
     const std::string& path = request.path;
     std::error_code error;
-    if (!std::filesystem::is_directory(path, error)) return {request};
+    if (request.slides || !std::filesystem::is_directory(path, error)) return {request};
     const FolderContents contents = contentsOf(path, output);
     if (contents.films.empty() && contents.pictures.empty())
         throw DiscError(fmt::format("{} is a folder in which there is no film.", path), path);
