@@ -37,10 +37,11 @@ class Show {
         const SlideTimes times(show_, conversion_);
         SlideFrames frames(show_, times, first + count, raster_);
         std::vector<std::uint8_t> frame(frameBytes(raster_));
+        const auto brightness = static_cast<std::ptrdiff_t>(frame.size() / 3 * 2);
         std::vector<std::vector<std::uint8_t>> all;
         for (int number = first; number < first + count; ++number) {
             frames.draw(number, frame);
-            all.emplace_back(frame.begin(), frame.begin() + raster_.width * raster_.height);
+            all.emplace_back(frame.begin(), frame.begin() + brightness);
         }
         return all;
     }
@@ -87,7 +88,8 @@ TEST(Slides, KeepTheirShapes) {
             // Of the first slide's life the last frame before the next one comes.
             const double radius = 0.2 * std::min(size.width, size.height);
             const Show show(
-                1, [&](std::size_t) { return withDisc(size, radius); }, moves, standard);
+                1, [&, wanted = size](std::size_t) { return withDisc(wanted, radius); }, moves,
+                standard);
             const auto frame = show.frames(show.frameAt(1), 1).front();
             const auto [width, rasterHeight] = show.raster();
             // White in columns and in rows; the frame is a picture of 16 x 9.
@@ -128,12 +130,12 @@ TEST(Slides, TurnIntoEachOther) {
     const auto frames = show.frames(0, 150);
     const auto level = [&](int frame) { return frames[static_cast<std::size_t>(frame)].front(); };
     EXPECT_EQ(level(49), 16);
-    EXPECT_NEAR(level(62), (16 + 235) / 2, 6);
+    EXPECT_NEAR(level(62), 125.5, 6);
     for (int frame = 50; frame < 75; ++frame)
         EXPECT_NEAR(level(frame) - level(frame - 1), 219 / 26.0, 1.5) << frame;
     EXPECT_EQ(level(75), 235);
     EXPECT_EQ(level(136), 235);
-    EXPECT_NEAR(level(149), 16 + 219 / 13, 3);
+    EXPECT_NEAR(level(149), 16 + 219 / 13.0, 3);
 }
 
 TEST(Slides, MoveWithoutJitter) {

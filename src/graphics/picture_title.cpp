@@ -117,7 +117,7 @@ std::string utf8Of(const std::string& wide) {
 
 // What older programs write is Latin-1.
 std::string utf8OfBytes(const std::string& bytes) {
-    const std::string text = bytes.substr(0, bytes.find('\0'));
+    std::string text = bytes.substr(0, bytes.find('\0'));
     if (isUtf8(text)) return text;
     std::string wide;
     for (const char byte : text) {

@@ -116,8 +116,8 @@ std::vector<Chapter> marksOf(const SlideShow& show) {
     const double seconds = slides * show.step;
     std::vector<Chapter> marks;
     if (seconds < kWithoutChapters) return marks;
-    const double count = std::min(slides, std::round(seconds / kChapterSeconds));
-    for (double i = 0; i < count; ++i)
+    const auto count = static_cast<int>(std::min(slides, std::round(seconds / kChapterSeconds)));
+    for (int i = 0; i < count; ++i)
         marks.push_back({std::round(i * slides / count) * show.step, ""});
     return marks;
 }
