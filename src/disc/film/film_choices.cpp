@@ -108,6 +108,7 @@ class Chooser {
                              [&](const AudioTrack& track) { return track.language == which; });
         if (!called.empty()) return called;
         std::vector<std::string> languages;
+        languages.reserve(tracks.size());
         for (const AudioTrack& track : tracks)
             languages.push_back(track.language == "xx" ? "unknown" : track.language);
         refuse("it has no sound track '{}', but {}{}{}", which, tracks.size(),

@@ -43,7 +43,7 @@ std::string TableReader::textIn(const toml::node& node, std::string_view key,
 
 std::string TableReader::pathIn(const toml::node& node, std::string_view key,
                                 std::string_view wanted) const {
-    const std::string path = pathOf(textIn(node, key, wanted));
+    std::string path = pathOf(textIn(node, key, wanted));
     if (path.empty()) refuse(node, key, wanted);
     return path;
 }
