@@ -15,8 +15,9 @@ class Choices : public Films {
         return makeDisc("--pal --no-menu --no-image -o out x.toml");
     }
 
-    // The brightness of each picture, from 16 to 235; of fields the upper ones.
-    std::vector<int> greysOf(const std::string& film, const std::string& filters = "null") {
+    // The brightness of each picture's foot, from 16 to 235; of fields the upper ones.
+    std::vector<int> greysOf(const std::string& film,
+                             const std::string& filters = "crop=iw:ih/4:0:3*ih/4") {
         const std::string greys =
             raw(film, "-map 0:v -vf '" + filters +
                           ",scale=1:1:flags=area,format=yuv420p,extractplanes=y' -fps_mode "
@@ -52,9 +53,11 @@ class Choices : public Films {
     const std::string film_ = file("out") + kFirstFilm;
 };
 
-// Each picture is brighter than the one before, over and over; the tone climbs by 400 Hz a second.
+// Each picture's foot is brighter than the one before, over and over; the tone climbs by 400 Hz a
+// second.
 const std::string kClimbing =
-    "-f lavfi -i \"color=s=64x36:r=25:d=24,format=yuv420p,geq=lum='20+4*mod(N,50)':cb=128:cr=128,"
+    "-f lavfi -i \"color=s=64x36:r=25:d=24,format=yuv420p,"
+    "geq=lum='if(lt(Y,H/2),235,20+4*mod(N,50))':cb=128:cr=128,"
     "scale=320:180:flags=neighbor\" -f lavfi -i 'aevalsrc=sin(2*PI*t*(400+200*t))/4:s=48000:d=24' "
     "-c:v libx264 -crf 10 -g 250 ";
 
@@ -89,7 +92,7 @@ TEST_F(Choices, PickSoundTracks) {
     const auto tone = [](int hertz) {
         return fmt::format("-f lavfi -i sine={}:r=48000:d=2 ", hertz);
     };
-    make("a.mkv", "-f lavfi -i color=s=320x180:r=25:d=2 " + tone(300) + tone(600) + tone(900) +
+    make("a.mkv", "-f lavfi -i testsrc2=s=320x180:r=25:d=2 " + tone(300) + tone(600) + tone(900) +
                       "-map 0 -map 1 -map 2 -map 3 -c:a ac3 -ac 2 -metadata:s:a:0 language=eng "
                       "-metadata:s:a:1 language=ger -metadata:s:a:2 language=ita");
     const auto tones = [&] {
@@ -161,7 +164,7 @@ TEST_F(Choices, JoinRecordings) {
     // A camera's pieces: of the sound there are as many whole frames as fit.
     fs::create_directories(file("it's a trip/DCIM/100GOPRO"));
     run("cd " + quoted(folder_.path()) +
-        R"(; ffmpeg -v error -f lavfi -i color=s=64x36:r=25:d=9,format=yuv420p,geq=lum='20+4*mod(N\,50)':cb=128:cr=128,scale=320:180:flags=neighbor -g 25 -sc_threshold 0 -flags +cgop -c:v libx264 -crf 10 v.mp4;
+        R"(; ffmpeg -v error -f lavfi -i color=s=64x36:r=25:d=9,format=yuv420p,geq=lum='if(lt(Y\,H/2)\,235\,20+4*mod(N\,50))':cb=128:cr=128,scale=320:180:flags=neighbor -g 25 -sc_threshold 0 -flags +cgop -c:v libx264 -crf 10 v.mp4;
         ffmpeg -v error -f lavfi -i sine=440:r=48000:d=9 -b:a 128k -f adts a.aac;
         for s in v.mp4 a.aac; do
             ffmpeg -v error -i $s -c copy -f segment -segment_times 3,6 -reset_timestamps 1 %d$s; done

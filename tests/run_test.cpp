@@ -140,6 +140,12 @@ TEST(Programs, EndWithWhatTheyHaveStarted) {
 #endif
 }
 
+TEST(Programs, SpeakTheirOwnLanguage) {
+    const ScopedVariable all("LC_ALL", "no locale"), german("LANG", "de_DE.UTF-8");
+    ProgramStop stop;
+    EXPECT_EQ(Tools("", stop).run({"bash", "-c", "echo [$LC_ALL$LANG] >&2"}, {}), "[]\n");
+}
+
 TEST(ParallelTasks, StopTheirOwnRunAtAFault) {
     ProgramStop stop, other;
     std::atomic<int> begun = 0;

@@ -103,10 +103,6 @@ std::optional<Taken> takePicture(const DiscFilm& film, const Moment& moment, con
     return Taken{name, contrastOf(*picture)};
 }
 
-}  // namespace
-
-namespace {
-
 // Of slides all are worth seeing: the next moment at which one is there alone, and was half a
 // second before.
 double slideMoment(const SlideShow& show, double seconds) {

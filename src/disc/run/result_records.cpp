@@ -26,7 +26,7 @@ std::uint32_t checksumOf(std::string_view bytes, std::uint32_t before) {
 
 std::uint32_t checksumOfFile(const std::string& path, std::uint32_t checksum) {
     std::ifstream file(path, std::ios::binary);
-    std::vector<char> buffer(1 << 20);
+    std::vector<char> buffer(64 << 10);
     while (file.read(buffer.data(), static_cast<std::streamsize>(buffer.size())) ||
            file.gcount() > 0) {
         const auto got = static_cast<std::size_t>(file.gcount());

@@ -21,10 +21,12 @@ namespace tkv::disc {
 
 namespace {
 
-// With these set, programs write files that nobody asked for, colour their lines, or take another
-// standard than that which their input says.
-constexpr std::array kHiddenVariables{"FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR",
-                                      "VIDEO_FORMAT"};
+// With these set, programs write files that nobody asked for, colour their lines, take another
+// standard than that which their input says, or speak another language; a script in a program's
+// place complains of locales that are not installed, as if that was the film's fault.
+constexpr std::array kHiddenVariables{
+    "FFREPORT", "AV_LOG_FORCE_COLOR", "FFMPEG_DATADIR", "VIDEO_FORMAT", "LANG",   "LANGUAGE",
+    "LC_ALL",   "LC_CTYPE",           "LC_MESSAGES",    "LC_NUMERIC",   "LC_TIME"};
 
 // Bytes of what a program says that are kept at least, the last ones.
 constexpr std::size_t kMostErrors = 64 << 10;
