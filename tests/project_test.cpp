@@ -236,6 +236,7 @@ TEST(CommandLine, TellsWhatIsWrong) {
           {{"a.mp4", "-o", "out", "--burn", "--no-image"}, "--burn and --no-image exclude"},
           {{"a.mp4", "-o", "out", "--erase"}, "give --burn, too"},
           {{"a.mp4", "-o", "out", "--burn=stdio:"}, "--burn wants a path"},
+          {{"a.mp4", "-o", "out", "--burn="}, "nothing behind the '=' of --burn="},
           {{"--burn", "-o", "out"}, "no film"},
           {{"a.mp4", "-o", "out", "--quiet=no"}, "--quiet takes no value"},
           {{"a.mp4", "-o", "out", "--size", "cd"}, "--size wants dvd5 or dvd9, not 'cd'"},

@@ -13,13 +13,10 @@
 #include "disc/author/output_folder.h"
 #include "disc/burn/burning.h"
 #include "disc/burn/drive.h"
+#include "disc/disc_planner.h"
 #include "disc/film/ffprobe.h"
-#include "disc/film/film_choices.h"
 #include "disc/film/film_list.h"
-#include "disc/film/kept_film.h"
-#include "disc/make/bars.h"
 #include "disc/make/cover_pictures.h"
-#include "disc/make/film_hardness.h"
 #include "disc/make/film_maker.h"
 #include "disc/make/film_subtitles.h"
 #include "disc/make/menu_maker.h"
@@ -31,8 +28,6 @@
 #include "disc/run/parallel_tasks.h"
 #include "disc/run/text_file.h"
 #include "disc/run/workshop.h"
-#include "disc/subtitle/choice.h"
-#include "disc/subtitle/texts.h"
 #include "graphics/sheet.h"
 #include "system/files.h"
 #include "system/paths.h"
@@ -43,18 +38,9 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Seconds of work to take a film's pictures, or to draw a page.
-constexpr double kLookingWeight = 0.5;
+constexpr double kDrawingWeight = 0.5;  // seconds of work for a page's picture
 
 // A run replaces nothing that it is made of.
-void requireOutside(const std::string& output, const std::string& path) {
-    if (!isReplacedIn(output, path)) return;
-    throw DiscError(fmt::format("{} lies where a run puts its results in {}. Move it, or name "
-                                "another folder with -o.",
-                                path, output),
-                    path);
-}
-
 void requireNothingLost(const Options& options, const FilmList& films) {
     for (const FilmSource& source : films.sources()) {
         for (const std::string& file : source.files)
@@ -89,21 +75,21 @@ std::size_t lastFilmOf(const MenuPage& page) {
 // The steps of one run, from the films to the folder's new disc.
 class DiscMaker {
   public:
-    DiscMaker(const Options& options, ProgressReceiver& receiver, ProgramStop& stop)
+    DiscMaker(const Options& options, FilmList films, ProgressReceiver& receiver, ProgramStop& stop)
         : options_(options),
           stop_(stop),
           progress_(receiver),
-          films_(safeFilms(options, stop)),
           folder_(options.output),
           workshop_(folder_.workPath(), stop,
-                    {options.verifies, [this](std::string_view line) { progress_.say(line); }}) {}
+                    {options.verifies, [this](std::string_view line) { progress_.say(line); }}),
+          planner_(options, std::move(films), workshop_, progress_, stop) {}
 
     /// Returns what is wrong with the films that were left out.
     std::vector<Fault> run() {
         try {
             make();
             if (options_.cleans) workshop_.removeAll();
-            return films_.leftOut();
+            return planner_.films().leftOut();
         } catch (const Interrupted&) {
             const auto ready = std::ranges::count_if(pieces_.films, [&](const std::string& name) {
                 return fs::exists(workshop_.path(name));
@@ -111,7 +97,7 @@ class DiscMaker {
             progress_.say(
                 fmt::format("Interrupted. {} of {} films {} ready; the same command goes "
                             "on from there.",
-                            ready, films_.sources().size(), ready == 1 ? "is" : "are"));
+                            ready, planner_.films().sources().size(), ready == 1 ? "is" : "are"));
             throw;
         } catch (const DiscError&) {
             folder_.requireInPlace();  // Whatever failed, did so for that.
@@ -123,11 +109,10 @@ class DiscMaker {
     void make() {
         if (options_.burns) lookAtDrive();
         requireSettings();
-        findFilms();
-        plan(films_.project());
+        planner_.plan();
         if (options_.burns) requireMedium(plan_.bytes);
-        lookAtFilms();
-        if (!options_.isPreview && isSharedOut(plan_)) shareByHardness();
+        planner_.lookAtFilms();
+        if (!options_.isPreview && isSharedOut(plan_)) planner_.shareByHardness();
         for (const std::string& line : planLines(plan_))
             progress_.say(line);
         for (const std::string& line : missingLetterLines(plan_, labels()))
@@ -179,92 +164,6 @@ class DiscMaker {
         if (background && background != kNone) cutBackground(*background, workshop_);
     }
 
-    void findFilms() {
-        const auto probe = [&](const FilmSource& source) {
-            return probeFilmOnce(source, workshop_);
-        };
-        const auto passedOver = films_.probe(stop_, probe);
-        if (!passedOver.empty()) progress_.say(passedOverLine(passedOver));
-        for (const std::string& line : films_.joinClips(probe))
-            progress_.say(line);
-        films_.visit([&](Film& film, const FilmRequest& request) {
-            chooseSubtitles(request, options_.project, film);
-            for (const FilmSubtitle& subtitle : film.subtitles) {
-                if (!subtitle.path.empty()) requireOutside(options_.output, subtitle.path);
-            }
-        });
-        if (!options_.isPreview) {
-            films_.visit([&](Film& film, const FilmRequest& request) {
-                const Progress::Task task(progress_,
-                                          fmt::format("Looking through {}", shortName(request)), 0);
-                countFramesOnce(film, workshop_);
-                readSubtitles(film, workshop_);
-            });
-        }
-        films_.visit([&](Film& film, FilmRequest& request) {
-            applyChoices(request, film);
-            if (request.choices.cutsBars) cutEdges(film, barsOf(film, workshop_));
-        });
-        sayLeftOut();
-    }
-
-    void sayLeftOut() {
-        for (; leftOutSaid_ < films_.leftOut().size(); ++leftOutSaid_)
-            progress_.say("Left out: " + films_.leftOut()[leftOutSaid_].words);
-    }
-
-    void plan(const Project& project) {
-        plan_ = planDisc(project, films_.films());
-        if (const std::string why = whyNoDisc(plan_); !why.empty()) throw DiscError(why);
-        setting_ = menuSettingOf(project, plan_);
-    }
-
-    // A film that cannot be decoded is told of before others are encoded for hours.
-    void lookAtFilms() {
-        std::vector<std::optional<Fault>> faults(plan_.films.size());
-        progress_.expect(kLookingWeight * static_cast<double>(faults.size()));
-        sideBySide(faults.size(), stop_, [&](std::size_t number) {
-            const DiscFilm& film = plan_.films[number];
-            const Progress::Task task(
-                progress_, fmt::format("Looking at {}", shortName(film.request)), kLookingWeight);
-            const Workshop::Lock lock(workshop_, film.film.source.stamp);
-            faults[number] = faultOf([&] { lookAt(film, workshop_); });
-        });
-        goOnWithout(faults);
-    }
-
-    // What is made already keeps its name: that of its standard and its rate.
-    void goOnWithout(const std::vector<std::optional<Fault>>& faults) {
-        if (std::ranges::none_of(faults, &std::optional<Fault>::has_value)) return;
-        films_.leaveOut(faults);
-        sayLeftOut();
-        const DiscPlan earlier = std::exchange(plan_, {});
-        Project project = films_.project();
-        project.standard = earlier.standard;
-        plan(project);
-        std::size_t number = 0;
-        for (const DiscFilm& film : earlier.films) {
-            if (faults[film.number]) continue;
-            DiscFilm& same = plan_.films[number++];
-            same.hardness = film.hardness;
-            if (same.conversion.isCopied) continue;
-            same.conversion.videoRate = film.conversion.videoRate;
-            same.conversion.isExact = film.conversion.isExact;
-        }
-    }
-
-    void shareByHardness() {
-        sideBySide(plan_.films.size(), stop_, [&](std::size_t number) {
-            DiscFilm& film = plan_.films[number];
-            if (film.conversion.isCopied) return;
-            const Progress::Task task(progress_,
-                                      fmt::format("Looking at {}", shortName(film.request)), 0);
-            const Workshop::Lock lock(workshop_, film.film.source.stamp);
-            film.hardness = hardnessOf(film, workshop_);
-        });
-        shareOut(plan_);
-    }
-
     void makePreviews() {
         MenuMaker menus = menuMaker();
         const std::string pictures = workshop_.newFolder("menus");
@@ -274,9 +173,9 @@ class DiscMaker {
             const Workshop::Lock lock(workshop_, film.film.source.stamp);
             stills[number] = stillExcerpts(film, findScenes(film, workshop_), workshop_);
         });
-        progress_.expect(kLookingWeight * static_cast<double>(plan_.pages.size()));
+        progress_.expect(kDrawingWeight * static_cast<double>(plan_.pages.size()));
         for (const MenuPage& page : plan_.pages) {
-            const Progress::Task task(progress_, "Drawing " + page.name, kLookingWeight);
+            const Progress::Task task(progress_, "Drawing " + page.name, kDrawingWeight);
             menus.drawPreview(page, thumbnailsOf(page, stills), pictureOf(page, pictures));
         }
         folder_.put(pictures, "menus");
@@ -309,12 +208,12 @@ class DiscMaker {
             films.rethrow();
             throw;
         }
-        goOnWithout(faults);
+        planner_.leaveOut(faults);
         if (plan_.films.size() < faults.size()) return false;
 
         const std::string jacket = Workshop::unfinished("jacket.jpg");
         menus.drawJacket(plan_.title, jacketLine(plan_, labels().minutes),
-                         makeJacketPicture(setting_, plan_, workshop_), jacket);
+                         makeJacketPicture(planner_.setting(), plan_, workshop_), jacket);
         folder_.put(jacket, "jacket.jpg");
         makeCover();
         return true;
@@ -323,9 +222,10 @@ class DiscMaker {
     void makeCover() {
         const Progress::Task task(progress_, "Drawing the cover", 0);
         const std::string cover = Workshop::unfinished("cover.pdf");
-        const auto pdf = sheetPdf(coverSheet(
-            plan_, labels(), makeCoverPictures(setting_, plan_, options_.paper, workshop_),
-            options_.paper));
+        const auto pdf = sheetPdf(
+            coverSheet(plan_, labels(),
+                       makeCoverPictures(planner_.setting(), plan_, options_.paper, workshop_),
+                       options_.paper));
         made_.hasCover = pdf.has_value();
         if (!pdf) {
             folder_.drop("cover.pdf");
@@ -376,8 +276,9 @@ class DiscMaker {
 
     MenuMaker menuMaker() {
         const bool hasBackground =
-            !plan_.pages.empty() || setting_.background == BackgroundKind::picture;
-        return {setting_, hasBackground ? makeBackground(setting_, plan_, workshop_) : "",
+            !plan_.pages.empty() || planner_.setting().background == BackgroundKind::picture;
+        return {planner_.setting(),
+                hasBackground ? makeBackground(planner_.setting(), plan_, workshop_) : "",
                 workshop_, progress_};
     }
 
@@ -403,12 +304,10 @@ class DiscMaker {
     const Options& options_;
     ProgramStop& stop_;
     Progress progress_;
-    FilmList films_;
-    std::size_t leftOutSaid_ = 0;
     OutputFolder folder_;
     Workshop workshop_;
-    DiscPlan plan_;
-    MenuSetting setting_;
+    DiscPlanner planner_;
+    const DiscPlan& plan_ = planner_.disc();
     DiscPieces pieces_;
     MadeDisc made_;
     Drive drive_;
@@ -423,7 +322,7 @@ Outcome makeDisc(const Options& options, ProgressReceiver& receiver, ProgramStop
         if (!options.isPreview) requirePrograms({"spumux", "dvdauthor"});
         if (!options.isPreview && options.makesImage) requirePrograms({"genisoimage"});
         if (options.burns) requirePrograms({"xorriso"});
-        return DiscMaker(options, receiver, stop).run();
+        return DiscMaker(options, safeFilms(options, stop), receiver, stop).run();
     });
 }
 

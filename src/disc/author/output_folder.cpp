@@ -85,10 +85,14 @@ void move(const OwnFolder& folder, const std::string& from, const std::string& t
 
 }  // namespace
 
-bool isReplacedIn(const std::string& output, const std::string& path) {
+void requireOutside(const std::string& output, const std::string& path) {
     const fs::path folder = resolved(output), file = resolved(path);
-    return std::ranges::any_of(kResults,
-                               [&](const char* name) { return isAtOrBelow(file, folder / name); });
+    const auto holds = [&](const char* name) { return isAtOrBelow(file, folder / name); };
+    if (std::ranges::none_of(kResults, holds)) return;
+    throw DiscError(fmt::format("{} lies where a run puts its results in {}. Move it, or name "
+                                "another folder with -o.",
+                                path, output),
+                    path);
 }
 
 OutputFolder::OutputFolder(const std::string& path) : folder_(path), lock_(lockedMarker(path)) {

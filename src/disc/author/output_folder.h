@@ -8,10 +8,10 @@
 
 namespace tkv::disc {
 
-/// Whether a run with this output folder replaces a file: it is one of the results in the folder,
-/// or below one, whatever links lead there. `output`, `path`: absolute; the folder need not be
-/// there.
-bool isReplacedIn(const std::string& output, const std::string& path);
+/// Throws DiscError when a run with this output folder replaces a file that it is made of: one of
+/// the results in the folder, or below one, whatever links lead there. `output`, `path`: absolute;
+/// the folder need not be there.
+void requireOutside(const std::string& output, const std::string& path);
 
 /// The folder in which a disc is made: the disc, its image, its pictures, and "work" with the
 /// intermediate results. Nothing in a folder that somebody else has filled is ever touched.

@@ -185,8 +185,9 @@ class Line {
     }
 
     // False when the words ask for a text, which has been written.
-    bool parse(std::vector<std::string> words) {
-        refuseGlued(words);
+    bool parse(const std::vector<std::string>& given) {
+        refuseGlued(given);
+        std::vector<std::string> words = withEmptyValues(given);
         std::reverse(words.begin(), words.end());
         try {
             app_.parse(words);
@@ -259,6 +260,25 @@ class Line {
         return names;
     }
 
+    // CLI11 takes the word behind "--title=" for its value.
+    std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) const {
+        std::vector<std::string> result;
+        for (auto word = words.begin(); word != words.end(); ++word) {
+            if (*word == "--") {
+                result.insert(result.end(), word, words.end());
+                break;
+            }
+            const bool isEmpty = word->starts_with("--") && word->find('=') == word->size() - 1;
+            result.push_back(isEmpty ? word->substr(0, word->size() - 1) : *word);
+            if (!isEmpty) continue;
+            const CLI::Option* option = app_.get_option_no_throw(result.back());
+            if (option != nullptr && option->get_expected_max() == 0)
+                refuse("there is nothing behind the '=' of {}; leave it out", *word);
+            result.emplace_back();
+        }
+        return result;
+    }
+
     [[noreturn]] void refuseOption(const std::string& word) const {
         const std::string name = nearestName(word.substr(0, word.find('=')), optionNames());
         if (!name.empty())
@@ -273,21 +293,6 @@ class Line {
         given_.push_back({option, row.apply, row.argument.empty()});
     }
 };
-
-// CLI11 takes the word behind "--title=" for its value.
-std::vector<std::string> withEmptyValues(const std::vector<std::string>& words) {
-    std::vector<std::string> result;
-    for (auto word = words.begin(); word != words.end(); ++word) {
-        if (*word == "--") {
-            result.insert(result.end(), word, words.end());
-            break;
-        }
-        const bool isEmpty = word->starts_with("--") && word->find('=') == word->size() - 1;
-        result.push_back(isEmpty ? word->substr(0, word->size() - 1) : *word);
-        if (isEmpty) result.emplace_back();
-    }
-    return result;
-}
 
 // The VOBs of a title, given one by one as a shell's wildcard does, are one film, that of the
 // first; what else is in their folder is none.
@@ -354,7 +359,7 @@ std::optional<Options> readCommandLine(const std::vector<std::string>& words,
     std::string error;
     try {
         Line line;
-        if (!line.parse(withEmptyValues(words))) return {};
+        if (!line.parse(words)) return {};
         return optionsOf(line, surroundings);
     } catch (const UsageError& wrong) {
         error = wrong.what();
