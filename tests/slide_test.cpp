@@ -213,6 +213,11 @@ TEST(PictureTitle, IsWhatPeopleWrote) {
         {"drone.jpg", "-ImageDescription='DCIM\\100MEDIA\\DJI_0001.JPG'", ""},
         {"blank.jpg", "-ImageDescription='   - '", ""},
         {"xmp.png", "-XMP-dc:Title='In a PNG'", "In a PNG"},
+        {"exif.png", "-ImageDescription='Also there'", "Also there"},
+        {"exif.webp", "-ImageDescription='Et là'", "Et là"},
+        {"exif.avif", "-ImageDescription='Am See'", "Am See"},
+        {"caption.jpg", "-XMP-dc:Description='By Lightroom' -ImageDescription=image",
+         "By Lightroom"},
     };
     for (const auto& [name, words, title] : rows)
         EXPECT_EQ(titled(name, words), title) << name;

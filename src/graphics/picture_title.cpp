@@ -1,5 +1,6 @@
 #include "graphics/picture_title.h"
 
+#include <fmt/format.h>
 #include <libexif/exif-data.h>
 
 #include <algorithm>
@@ -49,15 +50,24 @@ std::string plain(std::string_view xml) {
     return text;
 }
 
-// The first of the alternatives in several languages.
-std::string titleOfXmp(std::string_view file) {
+// A property of XMP: the first of its alternatives in several languages.
+std::string propertyOfXmp(std::string_view file, std::string_view name) {
     const std::size_t begin = file.find("<x:xmpmeta");
     if (begin == std::string_view::npos) return {};
     const std::string_view packet = file.substr(begin, kMostXmp);
-    const std::string_view title = between(packet, "<dc:title>", "</dc:title>");
-    const std::string_view item = between(title, "<rdf:li", "</rdf:li>");
+    const std::string_view property =
+        between(packet, fmt::format("<{}>", name), fmt::format("</{}>", name));
+    const std::string_view item = between(property, "<rdf:li", "</rdf:li>");
     const std::size_t text = item.find('>');
     return text == std::string_view::npos ? "" : plain(item.substr(text + 1));
+}
+
+std::string titleOfXmp(std::string_view file) {
+    return propertyOfXmp(file, "dc:title");
+}
+
+std::string descriptionOfXmp(std::string_view file) {
+    return propertyOfXmp(file, "dc:description");
 }
 
 // The object's name in a record of IPTC: marked by 28, the record's number and the field's, and its
@@ -127,11 +137,25 @@ std::string utf8OfBytes(const std::string& bytes) {
     return utf8Of(wide);
 }
 
+// EXIF data begin as a TIFF file does, a little behind their mark: "Exif" in JPEG and HEIF, "eXIf"
+// in PNG, "EXIF" in WebP.
+std::string_view exifIn(std::string_view file) {
+    constexpr std::size_t kNear = 10;
+    for (const std::string_view begin : {std::string_view("II*\0", 4), {"MM\0*", 4}}) {
+        for (std::size_t at = file.find(begin); at != std::string_view::npos;
+             at = file.find(begin, at + 1)) {
+            const std::size_t mark = at - std::min(at, kNear);
+            if (asciiLowered(file.substr(mark, at - mark)).find("exif") != std::string::npos)
+                return file.substr(at, kMostExif);
+        }
+    }
+    return {};
+}
+
 std::string titleOfExif(std::string_view file) {
-    constexpr std::string_view kHeader{"Exif\0\0", 6};
-    const std::size_t begin = file.find(kHeader);
-    if (begin == std::string_view::npos) return {};
-    const std::string_view bytes = file.substr(begin, kMostExif);
+    const std::string_view exif = exifIn(file);
+    if (exif.empty()) return {};
+    const std::string bytes = std::string("Exif\0\0", 6).append(exif);  // as in a JPEG
     const std::unique_ptr<ExifData, Releaser<exif_data_unref>> data(exif_data_new_from_data(
         reinterpret_cast<const unsigned char*>(bytes.data()), static_cast<unsigned>(bytes.size())));
     if (!data) return {};
@@ -185,7 +209,7 @@ bool isCameraTitle(const std::string& title) {
 
 std::string titleOfPicture(std::span<const std::uint8_t> file) {
     const std::string_view bytes(reinterpret_cast<const char*>(file.data()), file.size());
-    for (const auto& titleIn : {titleOfXmp, titleOfIptc, titleOfExif}) {
+    for (const auto& titleIn : {titleOfXmp, titleOfIptc, titleOfExif, descriptionOfXmp}) {
         std::string title = tidied(titleIn(bytes));
         if (!isCameraTitle(title)) return title;
     }

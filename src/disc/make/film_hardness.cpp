@@ -91,7 +91,7 @@ void addSample(Look& look, const DiscFilm& film, double seconds, const std::stri
 }
 
 // Evenly apart; of slides each at another moment of one, since most of their time nothing changes.
-double placeOf(int sample, int samples, const Film& film) {
+double secondsOf(int sample, int samples, const Film& film) {
     const double seconds = film.seconds * (sample + 0.5) / samples;
     if (!film.source.slides) return seconds;
     const double step = film.source.slides->step;
@@ -104,7 +104,7 @@ Look sampled(const DiscFilm& film, const std::string& output, const Workshop& wo
     Look look;
     for (int i = 0; i < samples; ++i) {
         try {
-            addSample(look, film, placeOf(i, samples, film.film), output, workshop);
+            addSample(look, film, secondsOf(i, samples, film.film), output, workshop);
         } catch (const DiscError&) {
             // A place that is damaged; or a file that is read from its beginning only.
             continue;
